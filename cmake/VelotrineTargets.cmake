@@ -1,0 +1,57 @@
+# What every target of this project shares: language, warnings, sanitizers, include root.
+
+include_guard(GLOBAL)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+find_program(VELOTRINE_CCACHE ccache)
+if(VELOTRINE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${VELOTRINE_CCACHE}")
+endif()
+
+# Our own code: warnings are errors. A library's headers come in as SYSTEM and are not ours to judge.
+add_library(velotrine_own_code INTERFACE)
+target_compile_options(
+  velotrine_own_code
+  INTERFACE -Wall
+            -Wextra
+            -Werror
+            -Wpedantic
+            -Wconversion
+            -Wsign-conversion
+            -Wdouble-promotion
+            -Wshadow
+            -Wold-style-cast
+            -Wnon-virtual-dtor
+            -Woverloaded-virtual
+            -Wcast-align
+            -Wformat=2
+            -Wnull-dereference
+            # Where a processor could fuse a multiply and an add, the last bit would change from one machine to the
+            # next, and with it, sooner or later, a note.
+            -ffp-contract=off)
+
+if(VELOTRINE_SANITIZE)
+  target_compile_options(velotrine_own_code INTERFACE -fsanitize=${VELOTRINE_SANITIZE} -fno-sanitize-recover=all
+                                                      -fno-omit-frame-pointer)
+  # The sanitizers' own checks confuse this one warning.
+  target_compile_options(velotrine_own_code INTERFACE -Wno-null-dereference)
+  add_link_options(-fsanitize=${VELOTRINE_SANITIZE})
+endif()
+
+# velotrine_library(NAME SOURCES...): a library whose headers are included from the repository's root.
+function(velotrine_library name)
+  add_library(${name} STATIC ${ARGN})
+  target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}")
+  target_compile_features(${name} PUBLIC cxx_std_20)
+  target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:velotrine_own_code>)
+endfunction()
