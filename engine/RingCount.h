@@ -1,0 +1,11 @@
+#pragma once
+
+namespace velotrine {
+
+/// Rings are counted from the innermost, 0, to the outermost, 4.
+inline constexpr int ringCount = 5;
+
+/// Spots per ring that the display can show as fired.
+inline constexpr int maxSpotsPerRing = 16;
+
+} // namespace velotrine
