@@ -1,0 +1,68 @@
+#include "audiounit/CycleRenderer.h"
+
+#include "engine/FatalError.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace velotrine {
+
+void CycleRenderer::setup(AURenderBlock block, int cycleFrames)
+{
+    if (cycleFrames < 1)
+        fatalError("CycleRenderer: a render cycle without frames");
+    renderBlock = std::move(block);
+    cycleLength = cycleFrames;
+    leftCycle.assign(static_cast<std::size_t>(cycleFrames), 0.0f);
+    rightCycle.assign(static_cast<std::size_t>(cycleFrames), 0.0f);
+    available = 0;
+    consumed = 0;
+    timestamp = {};
+}
+
+AUAudioUnitStatus CycleRenderer::render(float* left, float* right, int frames, LastCycle lastCycle) noexcept
+{
+    AUAudioUnitStatus status = noErr;
+    for (int done = 0; done < frames;) {
+        if (framesLeftOver() == 0) {
+            const int remaining = frames - done;
+            const bool cut = lastCycle == LastCycle::cutShort && remaining < cycleLength;
+            status = renderCycle(cut ? remaining : cycleLength);
+            if (status != noErr) {
+                std::fill(left + done, left + frames, 0.0f);
+                std::fill(right + done, right + frames, 0.0f);
+                return status;
+            }
+        }
+        done += handOut(left + done, right + done, frames - done);
+    }
+    return status;
+}
+
+AUAudioUnitStatus CycleRenderer::renderCycle(int frames) noexcept
+{
+    const auto bytes = static_cast<std::uint32_t>(static_cast<std::size_t>(frames) * sizeof(float));
+    std::array<AudioBuffer, 2> channels{{{1, bytes, leftCycle.data()}, {1, bytes, rightCycle.data()}}};
+    AudioBufferList output{channels};
+    AudioUnitRenderActionFlags flags = 0;
+    const auto status =
+        renderBlock(&flags, &timestamp, static_cast<AUAudioFrameCount>(frames), 0, &output, nullptr, nullptr);
+    if (status == noErr) {
+        timestamp.mSampleTime += frames;
+        available = frames;
+        consumed = 0;
+    }
+    return status;
+}
+
+int CycleRenderer::handOut(float* left, float* right, int frames) noexcept
+{
+    const int count = std::min(frames, framesLeftOver());
+    std::copy_n(leftCycle.data() + consumed, count, left);
+    std::copy_n(rightCycle.data() + consumed, count, right);
+    consumed += count;
+    return count;
+}
+
+} // namespace velotrine

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/AUAudioUnit.h"
+
+#include <vector>
+
+namespace velotrine {
+
+/// Pulls sound from an audio unit in render cycles of one fixed length and hands it out in any number of
+/// frames.
+///
+/// Notes start at the first frame of a render cycle. Short cycles on a grid of their own keep every note
+/// close to its crossing, and make the sound independent of how many frames a host asks for at a time. What a
+/// call leaves over of a cycle begins the next call; nothing is delayed.
+class CycleRenderer
+{
+public:
+    static constexpr int defaultCycleFrames = 32;
+
+    /// Whether a call renders a whole last cycle and keeps what is left of it, or cuts that cycle short, so
+    /// that what comes next takes effect at exactly this frame.
+    enum class LastCycle
+    {
+        whole,
+        cutShort,
+    };
+
+    /// Takes over the render block of a unit whose maximum number of frames is at least the cycle's, and
+    /// forgets what was left over. The one function that allocates; not while rendering.
+    /// @param cycleFrames  1 or more; fewer is a fatal error
+    void setup(AURenderBlock block, int cycleFrames = defaultCycleFrames);
+
+    /// Fills both channels. Where the unit refuses to render, the rest is silence and its error the answer.
+    /// @param frames  any number; none for fewer than 1
+    AUAudioUnitStatus render(float* left, float* right, int frames,
+                             LastCycle lastCycle = LastCycle::whole) noexcept;
+
+    /// Frames rendered but not yet handed out.
+    [[nodiscard]] int framesLeftOver() const noexcept { return available - consumed; }
+
+private:
+    AUAudioUnitStatus renderCycle(int frames) noexcept;
+    int handOut(float* left, float* right, int frames) noexcept;
+
+    AURenderBlock renderBlock;
+    int cycleLength = defaultCycleFrames;
+    std::vector<float> leftCycle;
+    std::vector<float> rightCycle;
+    int available = 0; ///< frames in the cycle buffers
+    int consumed = 0;  ///< of these, handed out
+    AudioTimeStamp timestamp;
+};
+
+} // namespace velotrine

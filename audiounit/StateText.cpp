@@ -1,0 +1,131 @@
+#include "audiounit/StateText.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <stdexcept>
+
+namespace velotrine {
+
+namespace {
+
+constexpr int version = 1;
+
+/// Numbers as floats, so that 0.7f is written "0.7", and keys in the order in which they are put in.
+using Output = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool, std::int64_t,
+                                    std::uint64_t, float>;
+using Input = nlohmann::json;
+
+/// A text that is not a state; the message says why.
+struct Refusal : std::runtime_error
+{
+    using std::runtime_error::runtime_error;
+};
+
+Input parse(std::string_view text)
+{
+    if (text.size() > maxStateBytes)
+        throw Refusal("it is larger than 1 MiB");
+    try {
+        return Input::parse(text);
+    } catch (const Input::exception& error) {
+        // "[json.exception.parse_error.101] parse error at line 1, column 2: ...": only the part for people.
+        const std::string_view message = error.what();
+        const auto bracket = message.find("] ");
+        throw Refusal("it is not valid JSON: " +
+                      std::string(bracket == std::string_view::npos ? message : message.substr(bracket + 2)));
+    }
+}
+
+const Input& member(const Input& object, const char* key, Input::value_t type, const char* expected)
+{
+    const auto found = object.find(key);
+    if (found == object.end())
+        throw Refusal(std::string("\"") + key + "\" is missing");
+    if (found->type() != type)
+        throw Refusal(std::string("\"") + key + "\" must be " + expected);
+    return *found;
+}
+
+void checkVersion(const Input& document)
+{
+    const auto found = document.find("version");
+    if (found == document.end())
+        throw Refusal("\"version\" is missing");
+    if (!found->is_number_integer())
+        throw Refusal("\"version\" must be a whole number");
+    if (*found != version)
+        throw Refusal("\"version\" is " + found->dump() + ", but this program reads version 1");
+}
+
+/// A number too large for a float becomes the largest float: it is out of every range, and will be bounded.
+float narrowed(double value)
+{
+    constexpr auto largest = static_cast<double>(std::numeric_limits<float>::max());
+    return static_cast<float>(std::clamp(value, -largest, largest));
+}
+
+std::optional<AUAudioUnitPreset> readPreset(const Input& document)
+{
+    const auto found = document.find("preset");
+    if (found == document.end() || found->is_null())
+        return std::nullopt;
+    if (!found->is_object())
+        throw Refusal("\"preset\" must be an object or null");
+    const auto number = found->find("number");
+    if (number == found->end())
+        throw Refusal("\"number\" is missing in \"preset\"");
+    const bool beyond64Bits = number->is_number_unsigned() && number->get<std::uint64_t>() > INT64_MAX;
+    if (!number->is_number_integer() || beyond64Bits)
+        throw Refusal("\"number\" in \"preset\" must be a whole number");
+    return AUAudioUnitPreset{number->get<std::int64_t>(),
+                             member(*found, "name", Input::value_t::string, "a text").get<std::string>()};
+}
+
+AUFullState readState(const Input& document)
+{
+    if (!document.is_object())
+        throw Refusal("it must be a JSON object");
+    checkVersion(document);
+
+    AUFullState state;
+    state.currentPreset = readPreset(document);
+    const auto& parameters = member(document, "parameters", Input::value_t::object, "an object");
+    for (const auto& [identifier, value] : parameters.items()) {
+        if (!value.is_number())
+            throw Refusal("the value of \"" + identifier + "\" in \"parameters\" must be a number");
+        state.parameters.emplace_back(identifier, narrowed(value.get<double>()));
+    }
+    return state;
+}
+
+} // namespace
+
+std::string textFromState(const AUFullState& state)
+{
+    Output parameters = Output::object();
+    for (const auto& [identifier, value] : state.parameters)
+        parameters[identifier] = value;
+
+    Output preset;
+    if (state.currentPreset)
+        preset = {{"number", state.currentPreset->number}, {"name", state.currentPreset->name}};
+
+    const Output document{{"version", version}, {"preset", preset}, {"parameters", parameters}};
+    constexpr int indent = 2;
+    return document.dump(indent, ' ', false, Output::error_handler_t::replace) + "\n";
+}
+
+StateFromText stateFromText(std::string_view text)
+{
+    try {
+        return {readState(parse(text)), {}};
+    } catch (const Refusal& refusal) {
+        return {std::nullopt, refusal.what()};
+    }
+}
+
+} // namespace velotrine

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/AUAudioUnit.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace velotrine {
+
+/// A state larger than this is not one of ours.
+inline constexpr std::size_t maxStateBytes = 1024 * 1024;
+
+/// Writes a state as JSON, version 1: the same text for the same state, values in as few digits as give them
+/// back.
+[[nodiscard]] std::string textFromState(const AUFullState& state);
+
+/// A state, or a sentence that says what is wrong with the text and where.
+struct StateFromText
+{
+    std::optional<AUFullState> state;
+    std::string error;
+};
+
+/// Reads such a text. Strict about form: it must be JSON of version 1, of the right types, with finite
+/// numbers, within maxStateBytes. Forgiving about content: identifiers may be missing, unknown or repeated,
+/// and values out of range. Never throws for what the text says.
+[[nodiscard]] StateFromText stateFromText(std::string_view text);
+
+} // namespace velotrine

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "engine/VelotrineDSPKernel.h"
+#include "platform/AUAudioUnit.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace velotrine {
+
+/// The instrument as a host sees it: 39 parameters, ten presets, one stereo output, no input, no MIDI.
+/// Threads: see AUAudioUnit. The kernel may be read and written as VelotrineDSPKernel says.
+class VelotrineAudioUnit final : public AUAudioUnit
+{
+public:
+    /// Throws AUError when the base class or the output bus cannot be made.
+    VelotrineAudioUnit(const AudioComponentDescription& description,
+                       AudioComponentInstantiationOptions options);
+
+    [[nodiscard]] std::shared_ptr<AUParameterTree> parameterTree() const override { return _parameterTree; }
+
+    void setParameterTree(std::shared_ptr<AUParameterTree> tree) override
+    {
+        _parameterTree = std::move(tree);
+    }
+
+    [[nodiscard]] std::shared_ptr<AUAudioUnitBusArray> inputBusses() override;
+    [[nodiscard]] std::shared_ptr<AUAudioUnitBusArray> outputBusses() override;
+
+    [[nodiscard]] AUAudioFrameCount maximumFramesToRender() const override { return maxFrames; }
+
+    void setMaximumFramesToRender(AUAudioFrameCount frames) override { maxFrames = frames; }
+
+    void allocateRenderResources() override;
+    void deallocateRenderResources() override;
+
+    [[nodiscard]] const std::vector<AUAudioUnitPreset>& factoryPresets() override;
+
+    [[nodiscard]] std::optional<AUAudioUnitPreset> currentPreset() const override { return _currentPreset; }
+
+    /// Never replaced. Parameters are written through the tree or, while rendering, by events.
+    const std::shared_ptr<VelotrineDSPKernel> dspKernel = std::make_shared<VelotrineDSPKernel>();
+
+protected:
+    [[nodiscard]] AUInternalRenderBlock internalRenderBlock() override;
+    void applyCurrentPreset(const std::optional<AUAudioUnitPreset>& preset) override;
+    void restoreCurrentPreset(const std::optional<AUAudioUnitPreset>& preset) override;
+
+private:
+    /// The host's blocks, which come at allocation, behind an object that a render block can hold from
+    /// before.
+    struct ContextHolder
+    {
+        AUHostMusicalContextBlock musicalContext;
+        AUHostTransportStateBlock transportState;
+    };
+
+    /// The kernel for as long as the unit lives, for closures that may outlive both.
+    struct KernelHandle
+    {
+        std::shared_ptr<VelotrineDSPKernel> kernel;
+    };
+
+    static void readHostContext(VelotrineDSPKernel& kernel, const ContextHolder& context) noexcept;
+    static void applyEvents(VelotrineDSPKernel& kernel, const AURenderEvent* events) noexcept;
+    static void renderInto(VelotrineDSPKernel& kernel, const AudioBufferList& output,
+                           int frameCount) noexcept;
+    [[nodiscard]] std::shared_ptr<AUParameterTree> makeParameterTree() const;
+
+    std::shared_ptr<KernelHandle> kernelHandle = std::make_shared<KernelHandle>(KernelHandle{dspKernel});
+    std::shared_ptr<ContextHolder> contextHolder = std::make_shared<ContextHolder>();
+    std::shared_ptr<AUParameterTree> _parameterTree;
+    std::shared_ptr<AUAudioUnitBus> outputBus;
+    std::shared_ptr<AUAudioUnitBusArray> _outputBusses;
+    AUAudioFrameCount maxFrames = 512;
+    std::optional<AVAudioFormat> pcmFormat;
+    std::vector<AUAudioUnitPreset> _factoryPresets;
+    std::optional<AUAudioUnitPreset> _currentPreset;
+};
+
+} // namespace velotrine

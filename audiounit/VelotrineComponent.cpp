@@ -1,0 +1,25 @@
+#include "audiounit/VelotrineComponent.h"
+
+#include "audiounit/VelotrineAudioUnit.h"
+#include "platform/AudioComponentRegistry.h"
+
+namespace velotrine {
+
+AudioComponentDescription velotrineComponentDescription() noexcept
+{
+    return {.componentType = kAudioUnitType_Generator,
+            .componentSubType = fourCharCode("VelI"),
+            .componentManufacturer = fourCharCode("mb*k"),
+            .componentFlags = 0,
+            .componentFlagsMask = 0};
+}
+
+void registerVelotrineComponent()
+{
+    const auto description = velotrineComponentDescription();
+    if (!AudioComponentRegistry::shared().find(description))
+        AUAudioUnit::registerSubclass<VelotrineAudioUnit>(description, velotrineComponentName,
+                                                          velotrineComponentVersion);
+}
+
+} // namespace velotrine

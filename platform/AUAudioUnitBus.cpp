@@ -1,0 +1,26 @@
+#include "platform/AUAudioUnitBus.h"
+
+#include "platform/AUError.h"
+
+namespace velotrine {
+
+namespace {
+
+const AVAudioFormat& checked(const AVAudioFormat& format)
+{
+    if (!AVAudioFormat::standardFormat(format.sampleRate, format.channelCount))
+        throw AUError(kAudioUnitErr_FormatNotSupported,
+                      "A bus needs a positive, finite sample rate and at least one channel.");
+    return format;
+}
+
+} // namespace
+
+AUAudioUnitBus::AUAudioUnitBus(const AVAudioFormat& format) : format_(checked(format)) {}
+
+void AUAudioUnitBus::setFormat(const AVAudioFormat& format)
+{
+    format_ = checked(format);
+}
+
+} // namespace velotrine

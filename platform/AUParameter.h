@@ -1,0 +1,106 @@
+#pragma once
+
+#include "platform/AudioTypes.h"
+#include "platform/ObserverList.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velotrine {
+
+class AUParameter;
+
+enum class AudioUnitParameterUnit : std::uint32_t
+{
+    generic = 0,
+    indexed = 1,
+    boolean = 2,
+    bpm = 22,
+};
+
+using AudioUnitParameterOptions = std::uint32_t;
+
+inline constexpr AudioUnitParameterOptions kAudioUnitParameterFlag_CanRamp = 0x02000000;
+inline constexpr AudioUnitParameterOptions kAudioUnitParameterFlag_IsReadable = 0x40000000;
+inline constexpr AudioUnitParameterOptions kAudioUnitParameterFlag_IsWritable = 0x80000000;
+
+using AUParameterObserverToken = ObserverToken;
+using AUParameterObserver = std::function<void(AUParameterAddress, AUValue)>;
+using AUImplementorValueObserver = std::function<void(const AUParameter&, AUValue)>;
+using AUImplementorValueProvider = std::function<AUValue(const AUParameter&)>;
+
+/// What a parameter is, fixed for its life.
+struct AUParameterDefinition
+{
+    std::string identifier;
+    std::string name;
+    AUParameterAddress address = 0;
+    AUValue minValue = 0.0f;
+    AUValue maxValue = 1.0f;
+    AudioUnitParameterUnit unit = AudioUnitParameterUnit::generic;
+    std::string unitName;
+    AudioUnitParameterOptions flags = 0;
+    std::vector<std::string> valueStrings;
+    std::vector<AUParameterAddress> dependentParameters;
+};
+
+/// What the parameters of one tree share with it.
+struct AUParameterClosures
+{
+    AUImplementorValueObserver implementorValueObserver;
+    AUImplementorValueProvider implementorValueProvider;
+    ObserverList<AUParameterAddress, AUValue> observers;
+};
+
+/// One setting of an audio unit. Reading and writing: any thread but the render thread, for which there are
+/// events.
+class AUParameter
+{
+public:
+    explicit AUParameter(AUParameterDefinition definition) : definition_(std::move(definition)) {}
+
+    [[nodiscard]] const std::string& identifier() const noexcept { return definition_.identifier; }
+
+    [[nodiscard]] const std::string& displayName() const noexcept { return definition_.name; }
+
+    [[nodiscard]] AUParameterAddress address() const noexcept { return definition_.address; }
+
+    [[nodiscard]] AUValue minValue() const noexcept { return definition_.minValue; }
+
+    [[nodiscard]] AUValue maxValue() const noexcept { return definition_.maxValue; }
+
+    [[nodiscard]] AudioUnitParameterUnit unit() const noexcept { return definition_.unit; }
+
+    [[nodiscard]] const std::string& unitName() const noexcept { return definition_.unitName; }
+
+    [[nodiscard]] AudioUnitParameterOptions flags() const noexcept { return definition_.flags; }
+
+    [[nodiscard]] const std::vector<std::string>& valueStrings() const noexcept
+    {
+        return definition_.valueStrings;
+    }
+
+    [[nodiscard]] const std::vector<AUParameterAddress>& dependentParameters() const noexcept
+    {
+        return definition_.dependentParameters;
+    }
+
+    /// What the tree's value provider says; the value last set while there is no tree or no provider.
+    [[nodiscard]] AUValue value() const;
+
+    /// Hands the value, as it is, to the tree's value observer, then tells the tree's other observers, except
+    /// the one whose token the writer passes.
+    void setValue(AUValue value, AUParameterObserverToken originator = 0);
+
+private:
+    friend class AUParameterTree;
+
+    AUParameterDefinition definition_;
+    std::atomic<AUValue> ownValue{0.0f};
+    std::weak_ptr<AUParameterClosures> closures;
+};
+
+} // namespace velotrine

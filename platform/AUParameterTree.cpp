@@ -1,0 +1,62 @@
+#include "platform/AUParameterTree.h"
+
+#include "platform/AUError.h"
+
+#include <algorithm>
+#include <set>
+#include <string>
+#include <utility>
+
+namespace velotrine {
+
+std::shared_ptr<AUParameter> AUParameterTree::createParameter(AUParameterDefinition definition)
+{
+    return std::make_shared<AUParameter>(std::move(definition));
+}
+
+std::shared_ptr<AUParameterTree> AUParameterTree::createTree(
+    std::vector<std::shared_ptr<AUParameter>> children)
+{
+    std::set<AUParameterAddress> addresses;
+    for (const auto& child : children)
+        if (!addresses.insert(child->address()).second)
+            throw AUError(kAudioUnitErr_InvalidParameter,
+                          "Two parameters share the address " + std::to_string(child->address()) + ".");
+    return std::shared_ptr<AUParameterTree>(new AUParameterTree(std::move(children)));
+}
+
+AUParameterTree::AUParameterTree(std::vector<std::shared_ptr<AUParameter>> children)
+    : children_(std::move(children))
+{
+    for (const auto& child : children_)
+        child->closures = closures;
+}
+
+void AUParameterTree::setImplementorValueObserver(AUImplementorValueObserver observer)
+{
+    closures->implementorValueObserver = std::move(observer);
+}
+
+void AUParameterTree::setImplementorValueProvider(AUImplementorValueProvider provider)
+{
+    closures->implementorValueProvider = std::move(provider);
+}
+
+std::shared_ptr<AUParameter> AUParameterTree::parameterWithAddress(AUParameterAddress address) const noexcept
+{
+    const auto found =
+        std::ranges::find_if(children_, [address](const auto& child) { return child->address() == address; });
+    return found != children_.end() ? *found : nullptr;
+}
+
+AUParameterObserverToken AUParameterTree::tokenByAddingParameterObserver(AUParameterObserver observer)
+{
+    return closures->observers.add(std::move(observer));
+}
+
+void AUParameterTree::removeParameterObserver(AUParameterObserverToken token)
+{
+    closures->observers.remove(token);
+}
+
+} // namespace velotrine

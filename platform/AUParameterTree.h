@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/AUParameter.h"
+
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace velotrine {
+
+/// All parameters of an audio unit, a flat list in the order given.
+class AUParameterTree
+{
+public:
+    [[nodiscard]] static std::shared_ptr<AUParameter> createParameter(AUParameterDefinition definition);
+
+    /// Two parameters of one address throw AUError.
+    [[nodiscard]] static std::shared_ptr<AUParameterTree> createTree(
+        std::vector<std::shared_ptr<AUParameter>> children);
+
+    /// Where written values go, and where read ones come from. Set both before another thread sees the tree.
+    void setImplementorValueObserver(AUImplementorValueObserver observer);
+    void setImplementorValueProvider(AUImplementorValueProvider provider);
+
+    [[nodiscard]] std::span<const std::shared_ptr<AUParameter>> allParameters() const noexcept
+    {
+        return children_;
+    }
+
+    /// None for an address that no parameter has.
+    [[nodiscard]] std::shared_ptr<AUParameter> parameterWithAddress(
+        AUParameterAddress address) const noexcept;
+
+    /// The observer is told of every write but its own, on the writer's thread.
+    [[nodiscard]] AUParameterObserverToken tokenByAddingParameterObserver(AUParameterObserver observer);
+    void removeParameterObserver(AUParameterObserverToken token);
+
+private:
+    explicit AUParameterTree(std::vector<std::shared_ptr<AUParameter>> children);
+
+    std::vector<std::shared_ptr<AUParameter>> children_;
+    std::shared_ptr<AUParameterClosures> closures = std::make_shared<AUParameterClosures>();
+};
+
+} // namespace velotrine
