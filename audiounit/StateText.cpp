@@ -1,6 +1,6 @@
 #include "audiounit/StateText.h"
 
-#include <nlohmann/json.hpp>
+#include "audiounit/OrderedJson.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,9 +14,6 @@ namespace {
 
 constexpr int version = 1;
 
-/// Numbers as floats, so that 0.7f is written "0.7", and keys in the order in which they are put in.
-using Output = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool, std::int64_t,
-                                    std::uint64_t, float>;
 using Input = nlohmann::json;
 
 /// A text that is not a state; the message says why.
@@ -106,17 +103,17 @@ AUFullState readState(const Input& document)
 
 std::string textFromState(const AUFullState& state)
 {
-    Output parameters = Output::object();
+    OrderedJson parameters = OrderedJson::object();
     for (const auto& [identifier, value] : state.parameters)
         parameters[identifier] = value;
 
-    Output preset;
+    OrderedJson preset;
     if (state.currentPreset)
         preset = {{"number", state.currentPreset->number}, {"name", state.currentPreset->name}};
 
-    const Output document{{"version", version}, {"preset", preset}, {"parameters", parameters}};
+    const OrderedJson document{{"version", version}, {"preset", preset}, {"parameters", parameters}};
     constexpr int indent = 2;
-    return document.dump(indent, ' ', false, Output::error_handler_t::replace) + "\n";
+    return document.dump(indent, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
 }
 
 StateFromText stateFromText(std::string_view text)

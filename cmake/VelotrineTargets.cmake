@@ -35,7 +35,6 @@ target_compile_options(
             -Woverloaded-virtual
             -Wcast-align
             -Wformat=2
-            -Wnull-dereference
             # Where a processor could fuse a multiply and an add, the last bit would change from one machine to the
             # next, and with it, sooner or later, a note.
             -ffp-contract=off)
@@ -43,8 +42,6 @@ target_compile_options(
 if(VELOTRINE_SANITIZE)
   target_compile_options(velotrine_own_code INTERFACE -fsanitize=${VELOTRINE_SANITIZE} -fno-sanitize-recover=all
                                                       -fno-omit-frame-pointer)
-  # The sanitizers' own checks confuse this one warning.
-  target_compile_options(velotrine_own_code INTERFACE -Wno-null-dereference)
   add_link_options(-fsanitize=${VELOTRINE_SANITIZE})
 endif()
 

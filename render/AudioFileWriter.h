@@ -1,0 +1,64 @@
+#pragma once
+
+#include "render/OutputFile.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace velotrine {
+
+enum class AudioContainer
+{
+    wav,
+    flac,
+};
+
+enum class SampleFormat
+{
+    s16,
+    s24,
+    f32,
+};
+
+/// Stereo samples into a WAV or FLAC file. The same samples give the same bytes. All failures are WorkErrors
+/// that name the file.
+class AudioFileWriter
+{
+public:
+    struct Format
+    {
+        AudioContainer container = AudioContainer::wav;
+        SampleFormat samples = SampleFormat::s24;
+        int sampleRate = 48000;          ///< Hz
+        std::int64_t expectedFrames = 0; ///< decides whether a WAV needs sizes beyond 4 GiB
+    };
+
+    /// Whether the container can hold these samples at this rate.
+    [[nodiscard]] static bool isPossible(const Format& format);
+
+    AudioFileWriter(std::string path, const Format& format);
+    ~AudioFileWriter();
+    AudioFileWriter(const AudioFileWriter&) = delete;
+    AudioFileWriter& operator=(const AudioFileWriter&) = delete;
+
+    /// What a person calls the file.
+    [[nodiscard]] const std::string& name() const noexcept { return output.name(); }
+
+    /// @param interleaved  left and right by turns, within [-1, 1]
+    void write(std::span<const float> interleaved);
+
+    /// Completes the file; it appears under its name with commit().
+    void finish();
+
+    void commit() { output.commit(); }
+
+private:
+    struct File;
+
+    OutputFile output;
+    std::unique_ptr<File> file;
+};
+
+} // namespace velotrine

@@ -1,0 +1,38 @@
+#include "render/Interruption.h"
+
+#include <csignal>
+#include <initializer_list>
+
+namespace velotrine {
+
+namespace {
+
+volatile std::sig_atomic_t notedSignal = 0;
+
+void note(int signal)
+{
+    notedSignal = signal;
+}
+
+} // namespace
+
+void noteSignals()
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        std::signal(signal, note);
+    for (const int signal : {SIGPIPE, SIGXFSZ})
+        std::signal(signal, SIG_IGN);
+}
+
+int interruptingSignal() noexcept
+{
+    return notedSignal;
+}
+
+void stopIfInterrupted()
+{
+    if (const int signal = interruptingSignal())
+        throw Interrupted{signal};
+}
+
+} // namespace velotrine

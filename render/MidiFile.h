@@ -1,0 +1,44 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+namespace velotrine {
+
+/// A standard MIDI file of format 1 in the making: tempo and 4/4 metre in the first track, then one track for
+/// each ring, on a channel of its own.
+class MidiFile
+{
+public:
+    static constexpr int ringTracks = 5;
+    static constexpr int ticksPerQuarter = 960;
+
+    /// @param bpm  quarter notes a minute, 40 to 300
+    explicit MidiFile(double bpm) : quartersPerMinute(bpm) {}
+
+    /// A note that the same ring starts again while it sounds ends there. Silent notes (gain 0) are left out.
+    /// @param ring  0 to 4; notes of one ring come in the order of their start
+    /// @param note  a MIDI note number; those outside 0 to 127 are left out
+    /// @param gain  0 to 1, linear
+    void addNote(int ring, int note, double startSeconds, double lengthSeconds, float gain);
+
+    /// The file, complete.
+    [[nodiscard]] std::vector<std::uint8_t> bytes() const;
+
+private:
+    struct Note
+    {
+        std::int64_t start; ///< ticks
+        std::int64_t end;   ///< ticks, after start
+        std::uint8_t key;
+        std::uint8_t velocity;
+    };
+
+    [[nodiscard]] std::int64_t ticksAt(double seconds) const;
+
+    double quartersPerMinute;
+    std::array<std::vector<Note>, ringTracks> notesOfRing;
+};
+
+} // namespace velotrine

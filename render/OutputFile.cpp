@@ -1,0 +1,149 @@
+#include "render/OutputFile.h"
+
+#include "render/Errors.h"
+#include "render/Interruption.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace velotrine {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+[[noreturn]] void fail(const std::string& name, int error)
+{
+    throw WorkError(name + ": could not be written: " + std::strerror(error));
+}
+
+void writeAll(int descriptor, std::span<const std::uint8_t> bytes, const std::string& name)
+{
+    while (!bytes.empty()) {
+        const auto written = ::write(descriptor, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) {
+            stopIfInterrupted();
+            continue;
+        }
+        if (written < 0)
+            fail(name, errno);
+        bytes = bytes.subspan(static_cast<std::size_t>(written));
+    }
+}
+
+} // namespace
+
+OutputFile::OutputFile(std::string path) : name_(std::move(path))
+{
+    if (name_ == "-") {
+        name_ = "standard output";
+        isStream = true;
+    } else {
+        // A link is followed, so that what it points to is replaced and not the link.
+        std::error_code error;
+        target = fs::weakly_canonical(name_, error);
+        if (error)
+            target = name_;
+        if (fs::is_directory(target, error))
+            throw WorkError(name_ + ": could not be written: it is a folder");
+        isStream = fs::exists(target, error) && !fs::is_regular_file(target, error);
+        if (fs::exists(target, error) && ::access(target.c_str(), W_OK) != 0)
+            fail(name_, errno);
+    }
+    openTemporary(isStream ? fs::temp_directory_path() : target.parent_path());
+    if (isStream)
+        removeTemporary();
+    else
+        inheritPermissions();
+}
+
+OutputFile::~OutputFile()
+{
+    if (descriptor_ >= 0)
+        ::close(descriptor_);
+    removeTemporary();
+}
+
+void OutputFile::openTemporary(const fs::path& folder)
+{
+    auto pattern = (folder / ".velotrine-XXXXXX").string();
+    descriptor_ = ::mkostemp(pattern.data(), O_CLOEXEC);
+    if (descriptor_ < 0)
+        fail(name_, errno);
+    temporary = pattern;
+}
+
+/// The temporary file is private by default; the finished one has the rights of the file that it replaces, or
+/// those of any new file.
+void OutputFile::inheritPermissions() const
+{
+    struct stat replaced = {};
+    if (::stat(target.c_str(), &replaced) == 0) {
+        ::fchmod(descriptor_, replaced.st_mode & 0777U);
+        return;
+    }
+    const auto mask = ::umask(0);
+    ::umask(mask);
+    ::fchmod(descriptor_, 0666U & ~mask);
+}
+
+void OutputFile::write(std::span<const std::uint8_t> bytes)
+{
+    writeAll(descriptor_, bytes, name_);
+}
+
+void OutputFile::commit()
+{
+    if (isStream) {
+        copyToStream();
+        return;
+    }
+    if (::close(std::exchange(descriptor_, -1)) != 0)
+        fail(name_, errno);
+    if (::rename(temporary.c_str(), target.c_str()) != 0)
+        fail(name_, errno);
+    temporary.clear();
+}
+
+void OutputFile::copyToStream()
+{
+    const int stream = target.empty() ? ::dup(STDOUT_FILENO) : ::open(target.c_str(), O_WRONLY | O_CLOEXEC);
+    if (stream < 0)
+        fail(name_, errno);
+
+    const struct Closer
+    {
+        int descriptor;
+
+        ~Closer() { ::close(descriptor); }
+    } closer{stream};
+
+    std::array<std::uint8_t, 65536> chunk{};
+    ::lseek(descriptor_, 0, SEEK_SET);
+    for (;;) {
+        stopIfInterrupted();
+        const auto count = ::read(descriptor_, chunk.data(), chunk.size());
+        if (count < 0)
+            fail(name_, errno);
+        if (count == 0)
+            return;
+        writeAll(stream, std::span(chunk).first(static_cast<std::size_t>(count)), name_);
+    }
+}
+
+void OutputFile::removeTemporary() noexcept
+{
+    if (!temporary.empty())
+        ::unlink(temporary.c_str());
+    temporary.clear();
+}
+
+} // namespace velotrine

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+
+namespace velotrine {
+
+/// A file that appears under its name only when it is whole. Until commit() it is a temporary one in the same
+/// folder, and goes away with this object. Standard output ("-"), pipes and devices get all bytes at
+/// commit(). All failures are WorkErrors that name the file.
+class OutputFile
+{
+public:
+    explicit OutputFile(std::string path);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    /// What a person calls the file.
+    [[nodiscard]] const std::string& name() const noexcept { return name_; }
+
+    /// Open for reading and writing, at the start, until commit().
+    [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
+
+    void write(std::span<const std::uint8_t> bytes);
+
+    void commit();
+
+private:
+    void openTemporary(const std::filesystem::path& folder);
+    void inheritPermissions() const;
+    void copyToStream();
+    void removeTemporary() noexcept;
+
+    std::string name_;
+    std::filesystem::path target; ///< empty for standard output
+    bool isStream = false;        ///< cannot be replaced by renaming
+    std::filesystem::path temporary;
+    int descriptor_ = -1;
+};
+
+} // namespace velotrine

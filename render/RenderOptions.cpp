@@ -1,0 +1,244 @@
+#include "render/RenderOptions.h"
+
+#include "audiounit/ParameterText.h"
+#include "audiounit/Parameters.h"
+#include "audiounit/Presets.h"
+#include "render/Errors.h"
+#include "render/NearestName.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <filesystem>
+#include <set>
+#include <string_view>
+
+namespace velotrine {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr double maxBars = 43200.0; ///< a day at 120 beats a minute
+constexpr double minSampleRate = 8000.0;
+constexpr double maxSampleRate = 768000.0;
+constexpr double maxBlockFrames = 8192.0;
+constexpr double maxTailSeconds = 3600.0;
+
+std::string inQuotes(std::string_view text)
+{
+    return '"' + std::string(text) + '"';
+}
+
+std::string lowerCase(std::string text)
+{
+    std::ranges::transform(text, text.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+/// What an option's number may be, and how to say it.
+struct NumberRule
+{
+    const char* option;
+    double min;
+    double max;
+    bool wholeOnly;
+    const char* expected;
+};
+
+double number(const NumberRule& rule, const std::string& text)
+{
+    const auto value = numberFromText(text);
+    const bool right = value && *value >= rule.min && *value <= rule.max &&
+                       (!rule.wholeOnly || *value == std::floor(*value));
+    if (!right)
+        throw UsageError(rule.option, inQuotes(text) + " will not do; give " + rule.expected);
+    return *value;
+}
+
+std::int64_t presetNumber(const std::string& text)
+{
+    const auto& presets = presetTable();
+    std::vector<std::string> names;
+    for (const auto& preset : presets)
+        names.emplace_back(preset.name);
+
+    for (std::size_t i = 0; i < names.size(); ++i)
+        if (lowerCase(names[i]) == lowerCase(text) || text == std::to_string(i))
+            return static_cast<std::int64_t>(i);
+
+    throw UsageError("--preset", "there is no preset " + inQuotes(text) + suggestion(text, names) +
+                                     " (\"velotrine list presets\" shows all " +
+                                     std::to_string(presets.size()) + ")");
+}
+
+std::string allowedValues(const ParameterInfo& parameter)
+{
+    const auto range = "from " + shortestText(parameter.minValue) + " to " + shortestText(parameter.maxValue);
+    switch (parameter.kind) {
+    case ParameterKind::root:
+        return "a note name such as F#, or a whole number " + range;
+    case ParameterKind::scale:
+        return "a scale such as \"Minor Pentatonic\", or a whole number " + range;
+    case ParameterKind::toggle:
+        return "on or off";
+    case ParameterKind::spots:
+    case ParameterKind::octave:
+        return "a whole number " + range;
+    case ParameterKind::amount:
+        return "a number " + range + ", or a percentage";
+    case ParameterKind::turns:
+    case ParameterKind::tempo:
+        break;
+    }
+    return "a number " + range;
+}
+
+const ParameterInfo& parameterNamed(const std::string& setting, const std::string& identifier)
+{
+    if (const auto* const parameter = parameterWithIdentifier(identifier))
+        return *parameter;
+
+    std::vector<std::string> identifiers;
+    for (const auto& info : parameterTable())
+        identifiers.push_back(info.identifier);
+    throw UsageError("--set " + setting, "there is no parameter " + inQuotes(identifier) +
+                                             suggestion(identifier, identifiers) +
+                                             " (\"velotrine list parameters\" shows all " +
+                                             std::to_string(parameterTable().size()) + ")");
+}
+
+std::pair<ParameterAddress, float> parameterSetting(const std::string& setting)
+{
+    const auto equals = setting.find('=');
+    if (equals == std::string::npos || equals == 0)
+        throw UsageError("--set " + setting, "write IDENTIFIER=VALUE, for instance activity=0.7");
+
+    const auto& parameter = parameterNamed(setting, setting.substr(0, equals));
+    const auto text = setting.substr(equals + 1);
+    const auto value = parameterFromText(parameter, text);
+    const bool right = value && *value >= parameter.minValue && *value <= parameter.maxValue &&
+                       (!parameter.isDiscrete() || *value == std::floor(*value));
+    if (!right)
+        throw UsageError("--set " + setting, inQuotes(text) + " will not do for " + parameter.name +
+                                                 "; give " + allowedValues(parameter));
+    return {parameter.address, *value};
+}
+
+SampleFormat sampleFormat(const std::string& text)
+{
+    if (text == "s16")
+        return SampleFormat::s16;
+    if (text == "s24")
+        return SampleFormat::s24;
+    if (text == "f32")
+        return SampleFormat::f32;
+    throw UsageError("--format", inQuotes(text) + " is not a format; give s16, s24 or f32");
+}
+
+AudioContainer containerOf(const std::string& path)
+{
+    std::error_code error;
+    const bool isDevice = fs::exists(path, error) && fs::is_other(path, error);
+    if (path == "-" || isDevice)
+        return AudioContainer::wav;
+    const auto ending = lowerCase(fs::path(path).extension().string());
+    if (ending == ".wav")
+        return AudioContainer::wav;
+    if (ending == ".flac")
+        return AudioContainer::flac;
+    throw UsageError("--out", inQuotes(path) + " must end in .wav or .flac, or be - for standard output");
+}
+
+void readTail(const std::string& text, RenderOptions& options)
+{
+    if (text == "auto")
+        options.tail = RenderOptions::Tail::untilSilent;
+    else if (text == "none")
+        options.tail = RenderOptions::Tail::none;
+    else {
+        options.tail = RenderOptions::Tail::fixed;
+        options.tailSeconds = number(
+            {"--tail", 0.0, maxTailSeconds, false, "auto, none, or a number of seconds up to 3600"}, text);
+    }
+}
+
+void readLength(const RenderArguments& arguments, RenderOptions& options)
+{
+    if (!arguments.bars.empty() && !arguments.seconds.empty())
+        throw UsageError("--seconds", "the length is already given by --bars; give one of the two");
+    constexpr double shortest = 1.0e-6;
+    if (!arguments.bars.empty())
+        options.bars =
+            number({"--bars", shortest, maxBars, false, "a number above 0, at most 43200"}, arguments.bars);
+    if (!arguments.seconds.empty())
+        options.seconds =
+            number({"--seconds", shortest, maxRenderSeconds, false, "a number above 0, at most 86400"},
+                   arguments.seconds);
+}
+
+void checkPaths(const RenderOptions& options)
+{
+    if (options.midiPath == "-" || options.saveStatePath == "-")
+        throw UsageError(options.midiPath == "-" ? "--midi" : "--save-state",
+                         "only --out can be standard output; give a file name");
+    std::set<fs::path> seen;
+    for (const auto& [option, path] :
+         {std::pair{"--out", options.outPath}, std::pair{"--midi", options.midiPath},
+          std::pair{"--save-state", options.saveStatePath}})
+        if (!path.empty() && !seen.insert(fs::path(path).lexically_normal()).second)
+            throw UsageError(option, inQuotes(path) + " is already the name of another output");
+}
+
+void readOutput(const RenderArguments& arguments, RenderOptions& options)
+{
+    if (arguments.out.empty())
+        throw UsageError("--out", "is missing; say where the sound goes, for instance --out drums.wav");
+    options.outPath = arguments.out;
+    options.midiPath = arguments.midi;
+    options.saveStatePath = arguments.saveState;
+    options.container = containerOf(options.outPath);
+    if (!arguments.format.empty())
+        options.format = sampleFormat(arguments.format);
+    if (options.container == AudioContainer::flac && options.format == SampleFormat::f32)
+        throw UsageError("--format", "a FLAC file cannot hold f32; give s16 or s24, or a .wav file");
+    if (!AudioFileWriter::isPossible({options.container, options.format, options.sampleRate, 0}))
+        throw UsageError("--sample-rate", "a FLAC file cannot hold " + std::to_string(options.sampleRate) +
+                                              " Hz; give a .wav file");
+    checkPaths(options);
+}
+
+} // namespace
+
+RenderOptions renderOptions(const RenderArguments& arguments)
+{
+    if (arguments.preset.empty() && arguments.state.empty())
+        throw UsageError("--preset", "is missing; say what to play, for instance --preset \"Drum Circle\"");
+
+    RenderOptions options;
+    options.quiet = arguments.quiet;
+    options.statePath = arguments.state;
+    if (!arguments.preset.empty())
+        options.presetNumber = presetNumber(arguments.preset);
+    for (const auto& setting : arguments.settings)
+        options.settings.push_back(parameterSetting(setting));
+    if (!arguments.tempo.empty())
+        options.tempo = static_cast<float>(
+            number({"--tempo", 40.0, 300.0, false, "40 to 300 beats a minute"}, arguments.tempo));
+    if (!arguments.sampleRate.empty())
+        options.sampleRate = static_cast<int>(number(
+            {"--sample-rate", minSampleRate, maxSampleRate, true, "a whole number of Hz from 8000 to 768000"},
+            arguments.sampleRate));
+    if (!arguments.block.empty())
+        options.blockFrames = static_cast<int>(
+            number({"--block", 1.0, maxBlockFrames, true, "a whole number of frames from 1 to 8192"},
+                   arguments.block));
+    if (!arguments.tail.empty())
+        readTail(arguments.tail, options);
+    readLength(arguments, options);
+    readOutput(arguments, options);
+    return options;
+}
+
+} // namespace velotrine
