@@ -2,9 +2,11 @@
 
 #include "engine/FatalError.h"
 #include "engine/RandomGenerator.h"
+#include "engine/SoftClip.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <type_traits>
 
 namespace velotrine {
@@ -57,17 +59,22 @@ double frequencyOf(std::int64_t note) noexcept
                                             static_cast<double>(semitonesPerOctave));
 }
 
-/// Keeps a phase that moved by less than a turn within one turn.
-double wrapBothWays(double phase) noexcept
+/// Whole frames before something at a distance can be reached. A margin far larger than any rounding is left.
+int framesWithin(double distance, double framesPerTurn) noexcept
 {
-    if (phase >= 1.0)
-        return phase - 1.0;
-    return phase < 0.0 ? phase + 1.0 : phase;
+    constexpr double margin = 1.0e-9;
+    constexpr double forLong = 1.0e6;
+    const double frames = (distance - margin) * framesPerTurn;
+    return frames > 0.0 ? static_cast<int>(std::min(frames, forLong)) : 0;
 }
 
-double wrapForward(double phase) noexcept
+/// The part of a turn behind the point, exactly: std::fmod(turns, 1.0), which a processor does not do itself.
+double fractionOf(double turns) noexcept
 {
-    return phase >= 1.0 ? phase - 1.0 : phase;
+    constexpr double allWhole = 4503599627370496.0; // 2^52
+    if (!(std::abs(turns) < allWhole))
+        return std::fmod(turns, 1.0);
+    return turns - static_cast<double>(static_cast<std::int64_t>(turns));
 }
 
 std::size_t checkedRing(std::int64_t ring) noexcept
@@ -191,9 +198,14 @@ void VelotrineDSPKernel::process(float* left, float* right, int frameCount) noex
     if (const auto tempo = currentTempo(transport))
         runClock(*tempo, frameCount);
 
-    std::fill_n(scratchBuf.begin(), frameCount, 0.0f);
-    voicePool->render(scratchBuf.data(), frameCount);
-    writeOutput(left, right, frameCount);
+    if (voicePool->isSilent()) {
+        std::fill_n(left, frameCount, 0.0f);
+        std::fill_n(right, frameCount, 0.0f);
+    } else {
+        std::fill_n(scratchBuf.begin(), frameCount, 0.0f);
+        voicePool->render(scratchBuf.data(), frameCount);
+        softClip(scratchBuf.data(), volume, left, right, frameCount);
+    }
     voicePool->forgetSilentVoices();
     clockPhaseBuf = clockPhase;
 }
@@ -244,11 +256,11 @@ VelotrineDSPKernel::PerRing<VelotrineDSPKernel::RingMotion> VelotrineDSPKernel::
     const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING
 {
     const double quartersPerBar = tempo.quartersPerBar;
-    const double barsPerFrame = tempo.quartersPerMinute / (quartersPerBar * secondsPerMinute * sampleRate);
+    const double barStep = barsPerFrame(tempo);
     const double quartersPerFrame = tempo.quartersPerMinute / (sampleRate * secondsPerMinute);
     const double quartersPerWobbleCycle = quartersPerBar * barsPerWobbleCycle;
     const auto active = static_cast<double>(activity.load());
-    const double rotationStep = barsPerFrame / quartersPerBar * active * rotationDepth;
+    const double rotationStep = barStep / quartersPerBar * active * rotationDepth;
     const double spread = 2.0 * std::max(active - activityWithoutSpread, 0.0);
     const double wobbleAmplitude =
         (static_cast<double>(calories.load()) * wobbleDepth) / (quartersPerBar * quartersPerBar);
@@ -257,65 +269,136 @@ VelotrineDSPKernel::PerRing<VelotrineDSPKernel::RingMotion> VelotrineDSPKernel::
     for (std::size_t ring = 0; ring < ringCount; ++ring) {
         // Ring 4 wobbles once a quarter note; each ring inside it makes one cycle less in eight bars.
         const auto missingCycles = static_cast<double>(ringCount - 1 - ring);
-        motions[ring] = {
-            .ring = ring,
-            .direction = ringDirections[ring],
-            .rotationStep = rotationStep * ringDirections[ring] * (1.0 - spread * ringSpreads[ring]),
-            .wobbleStep =
-                quartersPerFrame * (quartersPerWobbleCycle - missingCycles) / quartersPerWobbleCycle,
-            .wobbleAmplitude = wobbleAmplitude,
-            .phaseOffset = std::max(static_cast<double>(phaseOffsets[ring].load()), minPhaseOffset),
-            .spotCount = spotCounts[ring],
-        };
+        auto& motion = motions[ring];
+        motion.ring = ring;
+        motion.direction = ringDirections[ring];
+        motion.rotationStep = rotationStep * ringDirections[ring] * (1.0 - spread * ringSpreads[ring]);
+        motion.wobbleStep =
+            quartersPerFrame * (quartersPerWobbleCycle - missingCycles) / quartersPerWobbleCycle;
+        motion.wobbleAmplitude = wobbleAmplitude;
+        motion.phaseOffset = std::max(static_cast<double>(phaseOffsets[ring].load()), minPhaseOffset);
+        motion.spotCount = spotCounts[ring];
+
+        motion.spotSpacing = 1.0 / static_cast<double>(motion.spotCount);
+
+        // A sine never moves faster than its argument.
+        const double fastestWobble = std::abs(wobbleAmplitude * twoPi * motion.wobbleStep);
+        const double fastestAhead = std::max(barStep - motion.rotationStep + fastestWobble, 0.0);
+        const double fastestBack = std::max(motion.rotationStep - barStep + fastestWobble, 0.0);
+        motion.framesPerTurnAhead = 1.0 / fastestAhead;
+        motion.framesPerTurnBack = 1.0 / fastestBack;
+        // Otherwise the hand's position can jump by a turn, or the hand pass a ring within a frame.
+        constexpr double roomBelowZero = 1.9;
+        motion.isSteady = motion.phaseOffset + std::abs(wobbleAmplitude) < roomBelowZero &&
+                          fastestAhead < 1.0 && fastestBack < 1.0 && barStep < 1.0 &&
+                          std::abs(motion.rotationStep) < 1.0;
     }
     return motions;
 }
 
+// The clock and the rings move frame by frame, but most of the time no hand can reach a spot for hundreds of
+// frames. So each ring is looked at only when something may happen on it: on the first frame, because
+// parameters may have changed, on the last, for the display, and in between when the hand may have come to a
+// spot.
 void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING
 {
-    const double barsPerFrame =
-        tempo.quartersPerMinute / (tempo.quartersPerBar * secondsPerMinute * sampleRate);
     const auto motions = ringMotions(tempo);
+    loadPhases(tempo, motions);
+    PerRing<int> nextLook{};
+    const int lastFrame = frameCount - 1;
 
-    for (int frame = 0; frame < frameCount; ++frame) {
-        clockPhase = wrapForward(clockPhase + barsPerFrame);
-        for (const auto& motion : motions)
-            turnRing(motion, frame);
+    for (int frame = -1; frame < lastFrame;) {
+        const int next = std::min(*std::ranges::min_element(nextLook), lastFrame);
+        phases.advance(next - frame);
+        frame = next;
+        const auto sines = phases.risingSines();
+        for (const auto& motion : motions) {
+            if (nextLook[motion.ring] > frame && frame < lastFrame)
+                continue;
+            const double hand = lookAtRing(motion, sines[motion.ring], frame);
+            if (frame < lastFrame)
+                nextLook[motion.ring] = frame + 1 + quietFrames(motion, hand);
+        }
+    }
+
+    storePhases();
+}
+
+void VelotrineDSPKernel::loadPhases(const Tempo& tempo,
+                                    const PerRing<RingMotion>& motions) noexcept VELOTRINE_NONBLOCKING
+{
+    for (const auto& motion : motions) {
+        phases.rising[motion.ring] = lfoPhases[motion.ring];
+        phases.risingSteps[motion.ring] = motion.wobbleStep;
+        phases.turning[motion.ring] = activityPhases[motion.ring];
+        phases.turningSteps[motion.ring] = motion.rotationStep;
+    }
+    phases.rising[ClockPhases::barClock] = clockPhase;
+    phases.risingSteps[ClockPhases::barClock] = barsPerFrame(tempo);
+}
+
+void VelotrineDSPKernel::storePhases() noexcept VELOTRINE_NONBLOCKING
+{
+    clockPhase = phases.rising[ClockPhases::barClock];
+    for (std::size_t ring = 0; ring < ringCount; ++ring) {
+        lfoPhases[ring] = phases.rising[ring];
+        activityPhases[ring] = phases.turning[ring];
     }
 }
 
-// Positions are accumulated step by step, in this order of operations: crossings often fall exactly on a
-// frame, and then the rounding of the last bit decides which.
-void VelotrineDSPKernel::turnRing(const RingMotion& motion, int frame) noexcept VELOTRINE_NONBLOCKING
+double VelotrineDSPKernel::barsPerFrame(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING
+{
+    return tempo.quartersPerMinute / (tempo.quartersPerBar * secondsPerMinute * sampleRate);
+}
+
+double VelotrineDSPKernel::lookAtRing(const RingMotion& motion, double sine,
+                                      int frame) noexcept VELOTRINE_NONBLOCKING
 {
     const auto ring = motion.ring;
-    const double rotation = wrapBothWays(activityPhases[ring] + motion.rotationStep);
-    activityPhases[ring] = rotation;
-    lfoPhases[ring] = wrapForward(lfoPhases[ring] + motion.wobbleStep);
-    const double wobble = motion.wobbleAmplitude * std::sin(twoPi * lfoPhases[ring]) * motion.direction;
+    const double wobble = motion.wobbleAmplitude * sine * motion.direction;
     lfoOffsets[ring] = wobble;
-
     if (motion.spotCount < 1) {
         ringInitialised[ring] = false;
-        return;
+        return 0.0;
     }
     // Three turns more than needed keep the argument positive.
-    crossSpots(motion, std::fmod(clockPhase - motion.phaseOffset - rotation - wobble + 3.0, 1.0), frame);
+    const double hand = fractionOf(phases.rising[ClockPhases::barClock] - motion.phaseOffset -
+                                   phases.turning[ring] - wobble + 3.0);
+    crossSpots(motion, hand, frame);
+    return hand;
 }
 
-void VelotrineDSPKernel::crossSpots(const RingMotion& motion, double handPosition,
+int VelotrineDSPKernel::quietFrames(const RingMotion& motion, double hand) noexcept VELOTRINE_NONBLOCKING
+{
+    if (motion.spotCount < 1)
+        return std::numeric_limits<int>::max() / 2;
+    if (!motion.isSteady || hand < 0.0)
+        return 0;
+    const auto spot = static_cast<std::int64_t>(hand * static_cast<double>(motion.spotCount));
+    const double beyondSpot = hand - static_cast<double>(spot) * motion.spotSpacing;
+    const double toHalf = 0.5 - hand;
+    const double ahead = std::min(motion.spotSpacing - beyondSpot, toHalf > 0.0 ? toHalf : 1.0);
+    const double back = std::min(beyondSpot, toHalf > 0.0 ? 1.0 : -toHalf);
+    return std::min(framesWithin(ahead, motion.framesPerTurnAhead),
+                    framesWithin(back, motion.framesPerTurnBack));
+}
+
+void VelotrineDSPKernel::crossSpots(const RingMotion& motion, double hand,
                                     int frame) noexcept VELOTRINE_NONBLOCKING
 {
     const auto ring = motion.ring;
-    const bool passedTheStart = lastRingPhase[ring] > 0.5 && handPosition < 0.5;
+    const bool passedTheStart = lastRingPhase[ring] > 0.5 && hand < 0.5;
     if (ringInitialised[ring] && passedTheStart)
         lastSpotIndex[ring] = -1;
-    lastRingPhase[ring] = handPosition;
+    lastRingPhase[ring] = hand;
 
-    const double spotPosition = handPosition * static_cast<double>(motion.spotCount);
+    const double spotPosition = hand * static_cast<double>(motion.spotCount);
     if (!std::isfinite(spotPosition))
         fatalError("a ring's position is not finite");
-    const auto spot = static_cast<std::int64_t>(spotPosition) % motion.spotCount;
+    // The remainder by the number of spots, which rounding can make as large as that number; a division takes
+    // longer than all the rest.
+    const auto rounded = static_cast<std::int64_t>(spotPosition);
+    const auto spot = std::abs(rounded) == motion.spotCount ? 0 : rounded;
 
     if (!ringInitialised[ring]) {
         ringInitialised[ring] = true;
@@ -397,18 +480,6 @@ VelotrineDSPKernel::StartedNote VelotrineDSPKernel::startNote(std::int64_t ring)
                                  .gain = gain,
                                  .feedback = feedback});
     return {.note = note, .gain = gain, .decaySeconds = timbre.decaySeconds};
-}
-
-void VelotrineDSPKernel::writeOutput(float* left, float* right,
-                                     int frameCount) const noexcept VELOTRINE_NONBLOCKING
-{
-    const float gain = volume;
-    for (int i = 0; i < frameCount; ++i) {
-        const float mix = gain * scratchBuf[static_cast<std::size_t>(i)];
-        const float sample = std::isfinite(mix) ? std::tanh(mix) : 0.0f;
-        left[i] = sample;
-        right[i] = sample;
-    }
 }
 
 } // namespace velotrine

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/ClockPhases.h"
 #include "engine/HostClock.h"
 #include "engine/Nonblocking.h"
 #include "engine/NoteEvent.h"
@@ -163,6 +164,10 @@ private:
         double wobbleAmplitude; ///< turns
         double phaseOffset;     ///< turns
         std::int64_t spotCount;
+        double spotSpacing;        ///< turns
+        double framesPerTurnAhead; ///< at least so many does the hand take for a turn on the ring
+        double framesPerTurnBack;  ///< and so many for one the other way round
+        bool isSteady;             ///< these two bounds hold
     };
 
     struct StartedNote
@@ -180,13 +185,21 @@ private:
         VELOTRINE_NONBLOCKING;
     [[nodiscard]] PerRing<RingMotion> ringMotions(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING;
     void runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING;
-    void turnRing(const RingMotion& motion, int frame) noexcept VELOTRINE_NONBLOCKING;
-    void crossSpots(const RingMotion& motion, double handPosition, int frame) noexcept VELOTRINE_NONBLOCKING;
+    [[nodiscard]] double barsPerFrame(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING;
+    void loadPhases(const Tempo& tempo, const PerRing<RingMotion>& motions) noexcept VELOTRINE_NONBLOCKING;
+    void storePhases() noexcept VELOTRINE_NONBLOCKING;
+    /// Returns where the hand stands on the ring, in turns.
+    double lookAtRing(const RingMotion& motion, double sine, int frame) noexcept VELOTRINE_NONBLOCKING;
+    /// Frames after this one in which the hand can reach neither a spot nor the half turn, at which a ring
+    /// notices that it has passed its start.
+    [[nodiscard]] static int quietFrames(const RingMotion& motion,
+                                         double hand) noexcept VELOTRINE_NONBLOCKING;
+    void crossSpots(const RingMotion& motion, double hand, int frame) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] bool drawsFire(std::size_t ring) noexcept VELOTRINE_NONBLOCKING;
     void fireSpot(std::size_t ring, std::int64_t spot, int frame) noexcept VELOTRINE_NONBLOCKING;
     StartedNote startNote(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING;
-    void writeOutput(float* left, float* right, int frameCount) const noexcept VELOTRINE_NONBLOCKING;
 
+    ClockPhases phases; ///< working copy of clock and rings during a process call
     std::array<NoteEvent, maxNoteEvents> firedNotes{};
     std::size_t firedNoteCount = 0;
 };

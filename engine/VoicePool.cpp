@@ -1,8 +1,10 @@
 #include "engine/VoicePool.h"
 
 #include "engine/FatalError.h"
+#include "engine/VoiceBatch.h"
 
 #include <algorithm>
+#include <span>
 
 namespace velotrine {
 
@@ -39,11 +41,19 @@ FMVoice& VoicePool::allocate() noexcept VELOTRINE_NONBLOCKING
     return voices[static_cast<std::size_t>(index)];
 }
 
+bool VoicePool::isSilent() const noexcept VELOTRINE_NONBLOCKING
+{
+    return std::ranges::none_of(voices, &FMVoice::active);
+}
+
 void VoicePool::render(float* buffer, int frames) noexcept VELOTRINE_NONBLOCKING
 {
+    std::array<FMVoice*, voiceCount> sounding{};
+    std::size_t soundingCount = 0;
     for (auto& voice : voices)
         if (voice.active)
-            voice.render(buffer, frames);
+            sounding[soundingCount++] = &voice;
+    renderVoices(std::span(sounding).first(soundingCount), buffer, frames);
 }
 
 void VoicePool::forgetSilentVoices() noexcept VELOTRINE_NONBLOCKING

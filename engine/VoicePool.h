@@ -60,6 +60,8 @@ public:
     /// The caller starts a note on it at once.
     [[nodiscard]] FMVoice& allocate() noexcept VELOTRINE_NONBLOCKING;
 
+    [[nodiscard]] bool isSilent() const noexcept VELOTRINE_NONBLOCKING;
+
     /// Adds all sounding voices to the buffer, in the order of their indices.
     void render(float* buffer, int frames) noexcept VELOTRINE_NONBLOCKING;
 

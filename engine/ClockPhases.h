@@ -1,0 +1,35 @@
+#pragma once
+
+#include "engine/Nonblocking.h"
+
+#include <array>
+#include <cstddef>
+
+namespace velotrine {
+
+/// The phases that move on with every frame while the clock runs, side by side, so that one instruction moves
+/// several. Unused places stay 0.
+struct ClockPhases
+{
+    static constexpr std::size_t places = 8;
+
+    /// In [0, 1), moving up: the rings' wobble oscillators, then the bar clock.
+    alignas(64) std::array<double, places> rising{};
+    alignas(64) std::array<double, places> risingSteps{};
+
+    /// In [0, 1), moving either way: the rings' rotations.
+    alignas(64) std::array<double, places> turning{};
+    alignas(64) std::array<double, places> turningSteps{};
+
+    static constexpr std::size_t barClock = 5; ///< its place among the rising ones
+
+    /// Adds the steps so many times, and takes a turn off, or adds one, wherever a phase leaves [0, 1). The
+    /// sums are those of one addition after the other, to the last bit: where a crossing falls exactly on a
+    /// frame, that bit decides which frame it is.
+    void advance(int frames) noexcept VELOTRINE_NONBLOCKING;
+
+    /// sin(2 pi phase) of the rising phases, within 4e-14.
+    [[nodiscard]] std::array<double, places> risingSines() const noexcept VELOTRINE_NONBLOCKING;
+};
+
+} // namespace velotrine

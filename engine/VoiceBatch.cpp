@@ -1,0 +1,274 @@
+#include "engine/VoiceBatch.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "engine/VoiceBatch.cpp"
+#include <hwy/foreach_target.h>
+
+#include <hwy/highway.h>
+
+#include "engine/SineOfTurns-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+
+namespace velotrine {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Doubles = hn::ScalableTag<double>;
+using Floats = hn::Rebind<float, Doubles>;
+using DoubleVector = hn::Vec<Doubles>;
+using FloatVector = hn::Vec<Floats>;
+
+/// Phase offset, in radians, of a modulator that feeds back fully at full output: 3π/2.
+constexpr float feedbackScale = 4.712389f;
+constexpr double turnsPerRadian = 0.15915494309189535;
+
+/// 60 dB below full scale, where a note ends.
+constexpr float silence = 0.001f;
+
+/// Phases run on beyond a turn for so many frames before whole turns are taken off: seldom enough to cost
+/// nothing, and often enough to lose no precision.
+constexpr int framesBetweenWraps = 16;
+
+/// Voices side by side in memory, one lane each. Lanes without a voice are silent: their gain is 0.
+struct VoiceLanes
+{
+    alignas(64) double carrierPhase[maxBatchVoices] = {};
+    alignas(64) double modPhase[maxBatchVoices] = {};
+    alignas(64) double carrierStep[maxBatchVoices] = {};
+    alignas(64) double modStep[maxBatchVoices] = {};
+    alignas(64) float amplitude[maxBatchVoices] = {};
+    alignas(64) float decayRate[maxBatchVoices] = {};
+    alignas(64) float gain[maxBatchVoices] = {};
+    alignas(64) float modIndex[maxBatchVoices] = {};
+    alignas(64) float modDecayRate[maxBatchVoices] = {};
+    alignas(64) float halfFeedback[maxBatchVoices] = {};
+    alignas(64) float lastMod1[maxBatchVoices] = {};
+    alignas(64) float lastMod2[maxBatchVoices] = {};
+
+    void gather(std::span<FMVoice* const> voices)
+    {
+        for (std::size_t i = 0; i < voices.size(); ++i) {
+            const auto& voice = *voices[i];
+            carrierPhase[i] = voice.carrierPhase;
+            modPhase[i] = voice.modPhase;
+            carrierStep[i] = voice.carrierFreq / voice.sampleRate;
+            modStep[i] = voice.carrierFreq * voice.modRatio / voice.sampleRate;
+            amplitude[i] = voice.amplitude;
+            decayRate[i] = voice.decayRate;
+            gain[i] = voice.gain;
+            modIndex[i] = voice.currentModIndex;
+            modDecayRate[i] = voice.modDecayRate;
+            // What is fed back is the mean of two samples; halving here, once, rounds nothing.
+            halfFeedback[i] = voice.feedback * feedbackScale * 0.5f;
+            lastMod1[i] = voice.lastMod1;
+            lastMod2[i] = voice.lastMod2;
+        }
+    }
+
+    void scatter(std::span<FMVoice* const> voices) const
+    {
+        for (std::size_t i = 0; i < voices.size(); ++i) {
+            auto& voice = *voices[i];
+            voice.carrierPhase = carrierPhase[i];
+            voice.modPhase = modPhase[i];
+            voice.amplitude = amplitude[i];
+            voice.currentModIndex = modIndex[i];
+            voice.lastMod1 = lastMod1[i];
+            voice.lastMod2 = lastMod2[i];
+            if (voice.amplitude < silence)
+                voice.active = false;
+        }
+    }
+};
+
+/// A phase pushed on by an angle in radians, in turns.
+HWY_INLINE DoubleVector PushedOn(DoubleVector phaseTurns, FloatVector radians)
+{
+    const Doubles d;
+    return hn::MulAdd(hn::PromoteTo(d, radians), hn::Set(d, turnsPerRadian), phaseTurns);
+}
+
+HWY_INLINE DoubleVector Wrapped(DoubleVector phase)
+{
+    return hn::Sub(phase, hn::Floor(phase));
+}
+
+/// So many vectors of voices, in registers.
+template <std::size_t count>
+struct VoiceVectors
+{
+    DoubleVector carrierPhase[count];
+    DoubleVector modPhase[count];
+    DoubleVector carrierStep[count];
+    DoubleVector modStep[count];
+    FloatVector amplitude[count];
+    FloatVector decayRate[count];
+    FloatVector gain[count];
+    FloatVector modIndex[count];
+    FloatVector modDecayRate[count];
+    FloatVector halfFeedback[count];
+    FloatVector lastMod1[count];
+    FloatVector lastMod2[count];
+
+    HWY_INLINE void Load(const VoiceLanes& lanes, std::size_t firstLane)
+    {
+        const Doubles d;
+        const Floats f;
+        for (std::size_t v = 0; v < count; ++v) {
+            const std::size_t lane = firstLane + v * hn::Lanes(d);
+            carrierPhase[v] = hn::Load(d, lanes.carrierPhase + lane);
+            modPhase[v] = hn::Load(d, lanes.modPhase + lane);
+            carrierStep[v] = hn::Load(d, lanes.carrierStep + lane);
+            modStep[v] = hn::Load(d, lanes.modStep + lane);
+            amplitude[v] = hn::Load(f, lanes.amplitude + lane);
+            decayRate[v] = hn::Load(f, lanes.decayRate + lane);
+            gain[v] = hn::Load(f, lanes.gain + lane);
+            modIndex[v] = hn::Load(f, lanes.modIndex + lane);
+            modDecayRate[v] = hn::Load(f, lanes.modDecayRate + lane);
+            halfFeedback[v] = hn::Load(f, lanes.halfFeedback + lane);
+            lastMod1[v] = hn::Load(f, lanes.lastMod1 + lane);
+            lastMod2[v] = hn::Load(f, lanes.lastMod2 + lane);
+        }
+    }
+
+    HWY_INLINE void Store(VoiceLanes& lanes, std::size_t firstLane) const
+    {
+        const Doubles d;
+        const Floats f;
+        for (std::size_t v = 0; v < count; ++v) {
+            const std::size_t lane = firstLane + v * hn::Lanes(d);
+            hn::Store(carrierPhase[v], d, lanes.carrierPhase + lane);
+            hn::Store(modPhase[v], d, lanes.modPhase + lane);
+            hn::Store(amplitude[v], f, lanes.amplitude + lane);
+            hn::Store(modIndex[v], f, lanes.modIndex + lane);
+            hn::Store(lastMod1[v], f, lanes.lastMod1 + lane);
+            hn::Store(lastMod2[v], f, lanes.lastMod2 + lane);
+        }
+    }
+
+    /// Where the modulators stand, pushed on by their own last two samples.
+    HWY_INLINE void ModTurns(DoubleVector* turns) const
+    {
+        for (std::size_t v = 0; v < count; ++v)
+            turns[v] = PushedOn(modPhase[v], hn::Mul(halfFeedback[v], hn::Add(lastMod2[v], lastMod1[v])));
+    }
+
+    /// Where the carriers stand, pushed on by the modulators' last samples.
+    HWY_INLINE void CarrierTurns(DoubleVector* turns) const
+    {
+        for (std::size_t v = 0; v < count; ++v)
+            turns[v] = PushedOn(carrierPhase[v], hn::Mul(modIndex[v], lastMod1[v]));
+    }
+
+    HWY_INLINE void MoveModsOn(const DoubleVector* sines)
+    {
+        const Floats f;
+        for (std::size_t v = 0; v < count; ++v) {
+            lastMod2[v] = lastMod1[v];
+            lastMod1[v] = hn::DemoteTo(f, sines[v]);
+            modPhase[v] = hn::Add(modPhase[v], modStep[v]);
+        }
+    }
+
+    /// Returns the mix of the carriers' samples.
+    HWY_INLINE float MoveCarriersOn(const DoubleVector* sines)
+    {
+        const Floats f;
+        auto mix = hn::Zero(f);
+        for (std::size_t v = 0; v < count; ++v) {
+            mix = hn::MulAdd(hn::Mul(amplitude[v], gain[v]), hn::DemoteTo(f, sines[v]), mix);
+            carrierPhase[v] = hn::Add(carrierPhase[v], carrierStep[v]);
+            amplitude[v] = hn::Mul(amplitude[v], decayRate[v]);
+            modIndex[v] = hn::Mul(modIndex[v], modDecayRate[v]);
+        }
+        return hn::GetLane(hn::SumOfLanes(f, mix));
+    }
+
+    HWY_INLINE void WrapPhases()
+    {
+        for (std::size_t v = 0; v < count; ++v) {
+            carrierPhase[v] = Wrapped(carrierPhase[v]);
+            modPhase[v] = Wrapped(modPhase[v]);
+        }
+    }
+};
+
+/// Renders so many vectors of voices together. The modulators are one frame ahead: a modulator waits long for
+/// its own last sample, and the carriers' sines of the frame before fill the time.
+template <std::size_t count>
+HWY_NOINLINE void RenderVectors(VoiceLanes& lanes, std::size_t firstLane, float* HWY_RESTRICT buffer,
+                                int frames)
+{
+    const Doubles d;
+    VoiceVectors<count> voices;
+    voices.Load(lanes, firstLane);
+
+    DoubleVector modSines[count];
+    voices.ModTurns(modSines);
+    SinesOfTurns(d, modSines);
+    voices.MoveModsOn(modSines);
+
+    const int lastFrame = frames - 1;
+    for (int frame = 0; frame < lastFrame; ++frame) {
+        DoubleVector sines[2 * count];
+        voices.ModTurns(sines);
+        voices.CarrierTurns(sines + count);
+        SinesOfTurns(d, sines);
+        voices.MoveModsOn(sines);
+        buffer[frame] += voices.MoveCarriersOn(sines + count);
+        if ((frame + 1) % framesBetweenWraps == 0)
+            voices.WrapPhases();
+    }
+
+    DoubleVector carrierSines[count];
+    voices.CarrierTurns(carrierSines);
+    SinesOfTurns(d, carrierSines);
+    buffer[lastFrame] += voices.MoveCarriersOn(carrierSines);
+
+    voices.WrapPhases();
+    voices.Store(lanes, firstLane);
+}
+
+void RenderVoices(std::span<FMVoice* const> voices, float* buffer, int frames)
+{
+    VoiceLanes lanes;
+    lanes.gather(voices);
+    const std::size_t lanesPerVector = hn::Lanes(Doubles());
+    for (std::size_t lane = 0; frames > 0 && lane < voices.size();) {
+        const std::size_t vectorsLeft = (voices.size() - lane + lanesPerVector - 1) / lanesPerVector;
+        const std::size_t vectors = vectorsLeft >= 4 ? 4 : vectorsLeft >= 2 ? 2 : 1;
+        if (vectors == 4)
+            RenderVectors<4>(lanes, lane, buffer, frames);
+        else if (vectors == 2)
+            RenderVectors<2>(lanes, lane, buffer, frames);
+        else
+            RenderVectors<1>(lanes, lane, buffer, frames);
+        lane += vectors * lanesPerVector;
+    }
+    lanes.scatter(voices);
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace velotrine
+
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace velotrine {
+
+HWY_EXPORT(RenderVoices);
+
+void renderVoices(std::span<FMVoice* const> voices, float* buffer, int frames) noexcept VELOTRINE_NONBLOCKING
+{
+    HWY_DYNAMIC_DISPATCH(RenderVoices)(voices, buffer, frames);
+}
+
+} // namespace velotrine
+
+#endif
