@@ -49,8 +49,8 @@ HWY_INLINE void SinesOfTurns(D d, V (&turns)[count])
     each([&](std::size_t i) HWY_ATTR {
         u2[i] = hn::Mul(u[i], u[i]);
         p01[i] = hn::MulAdd(hn::Set(d, -41.34170223898954), u[i], hn::Set(d, 6.283185307177228));
-        p23[i] = hn::MulAdd(hn::Set(d, -76.70584112975959), u[i], hn::Set(d, 81.60524903205597));
-        p45[i] = hn::MulAdd(hn::Set(d, -15.079294915478432), u[i], hn::Set(d, 42.057963875079366));
+        p23[i] = hn::MulAdd(hn::Set(d, -76.70584112975847), u[i], hn::Set(d, 81.60524903205602));
+        p45[i] = hn::MulAdd(hn::Set(d, -15.079294914932825), u[i], hn::Set(d, 42.05796387503503));
     });
     each([&](std::size_t i) HWY_ATTR {
         const V signBit = hn::BitCast(d, hn::ShiftLeft<63>(hn::BitCast(bits, shifted[i])));
@@ -58,7 +58,7 @@ HWY_INLINE void SinesOfTurns(D d, V (&turns)[count])
     });
     each([&](std::size_t i) HWY_ATTR {
         u4[i] = hn::Mul(u2[i], u2[i]);
-        p45[i] = hn::MulAdd(hn::Set(d, 3.655083923687549), u2[i], p45[i]);
+        p45[i] = hn::MulAdd(hn::Set(d, 3.6550839208944326), u2[i], p45[i]);
         p01[i] = hn::MulAdd(p23[i], u2[i], p01[i]);
     });
     each([&](std::size_t i) HWY_ATTR { p01[i] = hn::MulAdd(p45[i], u4[i], p01[i]); });
