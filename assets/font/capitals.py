@@ -66,8 +66,8 @@ def _():
 
 @glyph("G", ROUND, 62)
 def _():
-    around = cut(big_ring(660), sector(330, 366, 0, 48))
-    return union(around, box(360, 366 - H, 610, 366))
+    around = cut(big_ring(660), sector(330, 350, 0, 48))
+    return union(around, box(360, 350 - H, 610, 350))
 
 
 @glyph("H", STRAIGHT, STRAIGHT)

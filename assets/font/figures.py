@@ -17,7 +17,7 @@ def _():
     return ring(0, -OVER, 470, CAP + OVER, V, H)
 
 
-@glyph("1", left=-20, width=FIGURE)
+@glyph("1", left=-60, width=FIGURE)   # the flag weighs little
 def _():
     flag = clip(stroke([(78, 552, 39), (318, 746, 39)], V - 6, H),
                 box(0, 0, 240 + V / 2, CAP))
@@ -54,6 +54,7 @@ def _():
     neck = poly((72, CAP), (48, 322), (108, 322), (134, 400), (156, CAP))
     bowl = stroke([(88, 351, 40), (222, 412, 0), (416, 220, 270),
                    (212, R_FOOT, 180), (26, 126, 122)], V, H)
+    bowl = cut(bowl, box(40, 300, 120, 322))      # level with the neck's foot
     return union(neck, box(72, CAP - H, 418, CAP), bowl)
 
 

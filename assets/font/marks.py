@@ -1,10 +1,9 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Spaces, punctuation and the other signs."""
 
-from alphabet import (CAP, CAP_H, CAP_V, FIGURE, MARK_H as H, MARK_V as V, MEAN,
-                      OVER, Glyph, DRAWN, glyph, space)
+from alphabet import CAP, CAP_H, CAP_V, FIGURE, MARK_H as H, MARK_V as V, OVER, glyph, space
 from boolean import clip, cut, union
-from geometry import (box, flipped_x, oval, poly, ring, sector, shift, slant,
+from geometry import (box, flipped_x, mapped, oval, poly, ring, sector, shift, slant,
                       turned_about)
 from pen import stroke
 
@@ -218,11 +217,11 @@ def _():
 
 @glyph("&", 44, 16)
 def _():
-    path = stroke([(560, -20, 132), (128, 470, 128), (104, 555, 90),
+    path = stroke([(596, -61, 132), (128, 470, 128), (104, 555, 90),
                    (226, CAP + OVER - CAP_H / 2, 0), (346, 556, 270),
                    (220, 404, 214), (44, 190, 270), (228, CAP_H / 2 - OVER, 0),
                    (506, 318, 82)], CAP_V - 4, CAP_H)
-    return clip(path, box(-50, -OVER, 800, 800))
+    return cut(path, box(400, -100, 900, 0))   # the leg stands on the line
 
 
 @glyph("@", 50, 50)
@@ -251,7 +250,6 @@ def arrow():
 
 
 def quarter_turned(shape):
-    from geometry import mapped
     return mapped(shape, lambda p: (p - 280 - 350j) * 1j + 280 + 350j)
 
 

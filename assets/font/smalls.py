@@ -45,7 +45,7 @@ def dot(x, y, size=DOT):
 @glyph("a", 40, STRAIGHT - 4)
 def _():
     spine = stroke([(52, 402, 58), (212, R_TOP, 0), (381, 318, 270), (381, 0, 270)], V, H)
-    pouch = stroke([(381, 286, 180, 0.95), (196, 286, 180), (42, 155, 270),
+    pouch = stroke([(381, 286, 180), (196, 286, 180), (42, 155, 270),
                     (188, R_FOOT, 0), (390, 150, 62, 0.6)], V, H - 4)
     return union(spine, clip(pouch, box(-50, -50, 400, 600)))
 
