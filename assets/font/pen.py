@@ -4,8 +4,7 @@
 import cmath
 import math
 
-from geometry import (ROUND, at, at_length, backwards, heading, length, part,
-                      velocity)
+from geometry import ROUND, at, at_length, backwards, heading, length, part
 
 FIT = 0.35      # units: how far an offset curve may stray from the true one
 SOFT = 20       # units: radius given to outer corners
