@@ -252,48 +252,55 @@ std::optional<VelotrineDSPKernel::Tempo> VelotrineDSPKernel::currentTempo(
     return Tempo{hostTempo, hostBeatsPerBar * 4.0 / (hostBeatUnit > 0.0 ? hostBeatUnit : 4.0)};
 }
 
-VelotrineDSPKernel::PerRing<VelotrineDSPKernel::RingMotion> VelotrineDSPKernel::ringMotions(
-    const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING
+VelotrineDSPKernel::Motion VelotrineDSPKernel::motionAt(const Tempo& tempo) const noexcept
+    VELOTRINE_NONBLOCKING
 {
     const double quartersPerBar = tempo.quartersPerBar;
-    const double barStep = barsPerFrame(tempo);
     const double quartersPerFrame = tempo.quartersPerMinute / (sampleRate * secondsPerMinute);
     const double quartersPerWobbleCycle = quartersPerBar * barsPerWobbleCycle;
     const auto active = static_cast<double>(activity.load());
-    const double rotationStep = barStep / quartersPerBar * active * rotationDepth;
     const double spread = 2.0 * std::max(active - activityWithoutSpread, 0.0);
-    const double wobbleAmplitude =
+
+    Motion motion;
+    motion.barStep = tempo.quartersPerMinute / (quartersPerBar * secondsPerMinute * sampleRate);
+    motion.wobbleAmplitude =
         (static_cast<double>(calories.load()) * wobbleDepth) / (quartersPerBar * quartersPerBar);
-
-    PerRing<RingMotion> motions{};
-    for (std::size_t ring = 0; ring < ringCount; ++ring) {
+    const double rotationStep = motion.barStep / quartersPerBar * active * rotationDepth;
+    for (std::size_t r = 0; r < ringCount; ++r) {
+        auto& ring = motion.rings[r];
+        ring.ring = r;
+        ring.direction = ringDirections[r];
+        ring.rotationStep = rotationStep * ringDirections[r] * (1.0 - spread * ringSpreads[r]);
         // Ring 4 wobbles once a quarter note; each ring inside it makes one cycle less in eight bars.
-        const auto missingCycles = static_cast<double>(ringCount - 1 - ring);
-        auto& motion = motions[ring];
-        motion.ring = ring;
-        motion.direction = ringDirections[ring];
-        motion.rotationStep = rotationStep * ringDirections[ring] * (1.0 - spread * ringSpreads[ring]);
-        motion.wobbleStep =
+        const auto missingCycles = static_cast<double>(ringCount - 1 - r);
+        ring.wobbleStep =
             quartersPerFrame * (quartersPerWobbleCycle - missingCycles) / quartersPerWobbleCycle;
-        motion.wobbleAmplitude = wobbleAmplitude;
-        motion.phaseOffset = std::max(static_cast<double>(phaseOffsets[ring].load()), minPhaseOffset);
-        motion.spotCount = spotCounts[ring];
-
-        motion.spotSpacing = 1.0 / static_cast<double>(motion.spotCount);
-
-        // A sine never moves faster than its argument.
-        const double fastestWobble = std::abs(wobbleAmplitude * twoPi * motion.wobbleStep);
-        const double fastestAhead = std::max(barStep - motion.rotationStep + fastestWobble, 0.0);
-        const double fastestBack = std::max(motion.rotationStep - barStep + fastestWobble, 0.0);
-        motion.framesPerTurnAhead = 1.0 / fastestAhead;
-        motion.framesPerTurnBack = 1.0 / fastestBack;
-        // Otherwise the hand's position can jump by a turn, or the hand pass a ring within a frame.
-        constexpr double roomBelowZero = 1.9;
-        motion.isSteady = motion.phaseOffset + std::abs(wobbleAmplitude) < roomBelowZero &&
-                          fastestAhead < 1.0 && fastestBack < 1.0 && barStep < 1.0 &&
-                          std::abs(motion.rotationStep) < 1.0;
+        ring.phaseOffset = std::max(static_cast<double>(phaseOffsets[r].load()), minPhaseOffset);
+        ring.spotCount = spotCounts[r];
+        ring.spotSpacing = 1.0 / static_cast<double>(ring.spotCount);
     }
-    return motions;
+    boundHandSpeed(motion);
+    return motion;
+}
+
+void VelotrineDSPKernel::boundHandSpeed(Motion& motion) noexcept VELOTRINE_NONBLOCKING
+{
+    double fastestAhead = 0.0;
+    double fastestBack = 0.0;
+    motion.isSteady = motion.barStep < 1.0;
+    for (const auto& ring : motion.rings) {
+        const double drift = motion.barStep - ring.rotationStep;
+        // A sine never moves faster than its argument.
+        const double fastestWobble = std::abs(motion.wobbleAmplitude * twoPi * ring.wobbleStep);
+        fastestAhead = std::max(fastestAhead, drift + fastestWobble);
+        fastestBack = std::max(fastestBack, fastestWobble - drift);
+        // Otherwise the hand's position can jump by a turn.
+        constexpr double roomBelowZero = 1.9;
+        motion.isSteady = motion.isSteady && std::abs(ring.rotationStep) < 1.0 &&
+                          ring.phaseOffset + std::abs(motion.wobbleAmplitude) < roomBelowZero;
+    }
+    motion.framesPerTurnAhead = 1.0 / fastestAhead;
+    motion.framesPerTurnBack = 1.0 / fastestBack;
 }
 
 // The clock and the rings move frame by frame, but most of the time no hand can reach a spot for hundreds of
@@ -302,8 +309,8 @@ VelotrineDSPKernel::PerRing<VelotrineDSPKernel::RingMotion> VelotrineDSPKernel::
 // spot.
 void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING
 {
-    const auto motions = ringMotions(tempo);
-    loadPhases(tempo, motions);
+    const auto motion = motionAt(tempo);
+    loadPhases(motion);
     PerRing<int> nextLook{};
     const int lastFrame = frameCount - 1;
 
@@ -312,29 +319,27 @@ void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept V
         phases.advance(next - frame);
         frame = next;
         const auto sines = phases.risingSines();
-        for (const auto& motion : motions) {
-            if (nextLook[motion.ring] > frame && frame < lastFrame)
+        for (const auto& ring : motion.rings) {
+            if (nextLook[ring.ring] > frame && frame < lastFrame)
                 continue;
-            const double hand = lookAtRing(motion, sines[motion.ring], frame);
-            if (frame < lastFrame)
-                nextLook[motion.ring] = frame + 1 + quietFrames(motion, hand);
+            const double wobble = motion.wobbleAmplitude * sines[ring.ring] * ring.direction;
+            const double hand = lookAtRing(ring, wobble, frame);
+            nextLook[ring.ring] = frame + 1 + quietFrames(motion, ring, hand);
         }
     }
-
     storePhases();
 }
 
-void VelotrineDSPKernel::loadPhases(const Tempo& tempo,
-                                    const PerRing<RingMotion>& motions) noexcept VELOTRINE_NONBLOCKING
+void VelotrineDSPKernel::loadPhases(const Motion& motion) noexcept VELOTRINE_NONBLOCKING
 {
-    for (const auto& motion : motions) {
-        phases.rising[motion.ring] = lfoPhases[motion.ring];
-        phases.risingSteps[motion.ring] = motion.wobbleStep;
-        phases.turning[motion.ring] = activityPhases[motion.ring];
-        phases.turningSteps[motion.ring] = motion.rotationStep;
+    for (const auto& ring : motion.rings) {
+        phases.rising[ring.ring] = lfoPhases[ring.ring];
+        phases.risingSteps[ring.ring] = ring.wobbleStep;
+        phases.turning[ring.ring] = activityPhases[ring.ring];
+        phases.turningSteps[ring.ring] = ring.rotationStep;
     }
     phases.rising[ClockPhases::barClock] = clockPhase;
-    phases.risingSteps[ClockPhases::barClock] = barsPerFrame(tempo);
+    phases.risingSteps[ClockPhases::barClock] = motion.barStep;
 }
 
 void VelotrineDSPKernel::storePhases() noexcept VELOTRINE_NONBLOCKING
@@ -346,67 +351,61 @@ void VelotrineDSPKernel::storePhases() noexcept VELOTRINE_NONBLOCKING
     }
 }
 
-double VelotrineDSPKernel::barsPerFrame(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING
-{
-    return tempo.quartersPerMinute / (tempo.quartersPerBar * secondsPerMinute * sampleRate);
-}
-
-double VelotrineDSPKernel::lookAtRing(const RingMotion& motion, double sine,
+double VelotrineDSPKernel::lookAtRing(const RingMotion& ring, double wobble,
                                       int frame) noexcept VELOTRINE_NONBLOCKING
 {
-    const auto ring = motion.ring;
-    const double wobble = motion.wobbleAmplitude * sine * motion.direction;
-    lfoOffsets[ring] = wobble;
-    if (motion.spotCount < 1) {
-        ringInitialised[ring] = false;
+    lfoOffsets[ring.ring] = wobble;
+    if (ring.spotCount < 1) {
+        ringInitialised[ring.ring] = false;
         return 0.0;
     }
     // Three turns more than needed keep the argument positive.
-    const double hand = fractionOf(phases.rising[ClockPhases::barClock] - motion.phaseOffset -
-                                   phases.turning[ring] - wobble + 3.0);
-    crossSpots(motion, hand, frame);
+    const double hand = fractionOf(phases.rising[ClockPhases::barClock] - ring.phaseOffset -
+                                   phases.turning[ring.ring] - wobble + 3.0);
+    crossSpots(ring, hand, frame);
     return hand;
 }
 
-int VelotrineDSPKernel::quietFrames(const RingMotion& motion, double hand) noexcept VELOTRINE_NONBLOCKING
+int VelotrineDSPKernel::quietFrames(const Motion& motion, const RingMotion& ring,
+                                    double hand) noexcept VELOTRINE_NONBLOCKING
 {
-    if (motion.spotCount < 1)
+    if (ring.spotCount < 1)
         return std::numeric_limits<int>::max() / 2;
     if (!motion.isSteady || hand < 0.0)
         return 0;
-    const auto spot = static_cast<std::int64_t>(hand * static_cast<double>(motion.spotCount));
-    const double beyondSpot = hand - static_cast<double>(spot) * motion.spotSpacing;
+    const auto spot = static_cast<std::int64_t>(hand * static_cast<double>(ring.spotCount));
+    const double beyondSpot = hand - static_cast<double>(spot) * ring.spotSpacing;
     const double toHalf = 0.5 - hand;
-    const double ahead = std::min(motion.spotSpacing - beyondSpot, toHalf > 0.0 ? toHalf : 1.0);
+    const double ahead = std::min(ring.spotSpacing - beyondSpot, toHalf > 0.0 ? toHalf : 1.0);
     const double back = std::min(beyondSpot, toHalf > 0.0 ? 1.0 : -toHalf);
     return std::min(framesWithin(ahead, motion.framesPerTurnAhead),
                     framesWithin(back, motion.framesPerTurnBack));
 }
 
-void VelotrineDSPKernel::crossSpots(const RingMotion& motion, double hand,
+void VelotrineDSPKernel::crossSpots(const RingMotion& ring, double hand,
                                     int frame) noexcept VELOTRINE_NONBLOCKING
 {
-    const auto ring = motion.ring;
-    const bool passedTheStart = lastRingPhase[ring] > 0.5 && hand < 0.5;
-    if (ringInitialised[ring] && passedTheStart)
-        lastSpotIndex[ring] = -1;
-    lastRingPhase[ring] = hand;
+    const auto r = ring.ring;
+    const bool passedTheStart = lastRingPhase[r] > 0.5 && hand < 0.5;
+    if (ringInitialised[r] && passedTheStart)
+        lastSpotIndex[r] = -1;
+    lastRingPhase[r] = hand;
 
-    const double spotPosition = hand * static_cast<double>(motion.spotCount);
+    const double spotPosition = hand * static_cast<double>(ring.spotCount);
     if (!std::isfinite(spotPosition))
         fatalError("a ring's position is not finite");
     // The remainder by the number of spots, which rounding can make as large as that number; a division takes
     // longer than all the rest.
     const auto rounded = static_cast<std::int64_t>(spotPosition);
-    const auto spot = std::abs(rounded) == motion.spotCount ? 0 : rounded;
+    const auto spot = std::abs(rounded) == ring.spotCount ? 0 : rounded;
 
-    if (!ringInitialised[ring]) {
-        ringInitialised[ring] = true;
-        lastSpotIndex[ring] = spot;
-    } else if (spot != lastSpotIndex[ring]) {
-        lastSpotIndex[ring] = spot;
-        if (drawsFire(ring))
-            fireSpot(ring, spot, frame);
+    if (!ringInitialised[r]) {
+        ringInitialised[r] = true;
+        lastSpotIndex[r] = spot;
+    } else if (spot != lastSpotIndex[r]) {
+        lastSpotIndex[r] = spot;
+        if (drawsFire(r))
+            fireSpot(r, spot, frame);
     }
 }
 

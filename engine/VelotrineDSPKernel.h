@@ -158,15 +158,22 @@ private:
     struct RingMotion
     {
         std::size_t ring;
-        double direction;       ///< +1 or -1
-        double rotationStep;    ///< turns per frame
-        double wobbleStep;      ///< cycles per frame
-        double wobbleAmplitude; ///< turns
-        double phaseOffset;     ///< turns
+        double direction;    ///< +1 or -1
+        double rotationStep; ///< turns per frame
+        double wobbleStep;   ///< cycles per frame
+        double phaseOffset;  ///< turns
         std::int64_t spotCount;
-        double spotSpacing;        ///< turns
-        double framesPerTurnAhead; ///< at least so many does the hand take for a turn on the ring
-        double framesPerTurnBack;  ///< and so many for one the other way round
+        double spotSpacing; ///< turns
+    };
+
+    /// How the clock and all rings move, constant for one process call.
+    struct Motion
+    {
+        double barStep;         ///< bars per frame
+        double wobbleAmplitude; ///< turns
+        PerRing<RingMotion> rings;
+        double framesPerTurnAhead; ///< the hand takes at least so long for a turn on any ring
+        double framesPerTurnBack;  ///< and so long for one the other way round
         bool isSteady;             ///< these two bounds hold
     };
 
@@ -183,18 +190,18 @@ private:
     void noticeTransportEdges(const Transport& transport) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] std::optional<Tempo> currentTempo(const Transport& transport) const noexcept
         VELOTRINE_NONBLOCKING;
-    [[nodiscard]] PerRing<RingMotion> ringMotions(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING;
+    [[nodiscard]] Motion motionAt(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING;
+    static void boundHandSpeed(Motion& motion) noexcept VELOTRINE_NONBLOCKING;
     void runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING;
-    [[nodiscard]] double barsPerFrame(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING;
-    void loadPhases(const Tempo& tempo, const PerRing<RingMotion>& motions) noexcept VELOTRINE_NONBLOCKING;
+    void loadPhases(const Motion& motion) noexcept VELOTRINE_NONBLOCKING;
     void storePhases() noexcept VELOTRINE_NONBLOCKING;
     /// Returns where the hand stands on the ring, in turns.
-    double lookAtRing(const RingMotion& motion, double sine, int frame) noexcept VELOTRINE_NONBLOCKING;
+    double lookAtRing(const RingMotion& ring, double wobble, int frame) noexcept VELOTRINE_NONBLOCKING;
     /// Frames after this one in which the hand can reach neither a spot nor the half turn, at which a ring
     /// notices that it has passed its start.
-    [[nodiscard]] static int quietFrames(const RingMotion& motion,
+    [[nodiscard]] static int quietFrames(const Motion& motion, const RingMotion& ring,
                                          double hand) noexcept VELOTRINE_NONBLOCKING;
-    void crossSpots(const RingMotion& motion, double hand, int frame) noexcept VELOTRINE_NONBLOCKING;
+    void crossSpots(const RingMotion& ring, double hand, int frame) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] bool drawsFire(std::size_t ring) noexcept VELOTRINE_NONBLOCKING;
     void fireSpot(std::size_t ring, std::int64_t spot, int frame) noexcept VELOTRINE_NONBLOCKING;
     StartedNote startNote(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING;
