@@ -1,8 +1,6 @@
-// Process calls for valgrind to count instructions in, one by one. Under
-//   valgrind --tool=callgrind --toggle-collect='*VelotrineDSPKernel::process*'
-//   --dump-after='*VelotrineDSPKernel::process*'
-// each call gives one file. Two runs of calls of 64 frames: the workload as it comes, and the same with rings
-// that stand still, so that five spots fire on the same frame, which is the most that a call can have to do.
+// Process calls of 64 frames for valgrind's callgrind to count instructions in, one by one: each call gives
+// one dump. Two runs: the workload as it comes, and the same with rings that stand still, so that five spots
+// fire on the same frame, which is the most that a call can have to do.
 
 #include "benchmarks/engine/Workload.h"
 #include "engine/VelotrineDSPKernel.h"
@@ -10,6 +8,8 @@
 #include <array>
 #include <cstdlib>
 #include <memory>
+
+#include <valgrind/callgrind.h>
 
 namespace {
 
@@ -25,15 +25,18 @@ void run(bool ringsStandStill, int calls)
     }
     std::array<float, block> left{};
     std::array<float, block> right{};
-    for (int call = 0; call < calls; ++call)
+    for (int call = 0; call < calls; ++call) {
+        CALLGRIND_ZERO_STATS;
         kernel->process(left.data(), right.data(), block);
+        CALLGRIND_DUMP_STATS;
+    }
 }
 
 } // namespace
 
 int main(int argumentCount, char** arguments)
 {
-    const int calls = argumentCount > 1 ? std::atoi(arguments[1]) : 400;
+    const int calls = argumentCount > 1 ? std::atoi(arguments[1]) : 500;
     run(false, calls);
     run(true, calls);
     return 0;

@@ -41,6 +41,16 @@ void reportPerFrame(benchmark::State& state, int framesPerIteration)
         benchmark::Counter(frames, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
+const auto& notesOf(const reference::ScalarTranscription& instrument)
+{
+    return instrument.firedNotes;
+}
+
+auto notesOf(const VelotrineDSPKernel& instrument)
+{
+    return instrument.noteEvents();
+}
+
 /// FNV-1a over the bits of what ten seconds of the workload sound like, and over its notes: a change that was
 /// meant to be faster only must change neither (the sound's last bits differ between instruction sets, the
 /// notes never).
@@ -59,7 +69,7 @@ std::string soundLabel()
         instrument->process(output.left.data(), output.right.data(), maxBlock);
         for (const float sample : output.left)
             sound = (sound ^ std::bit_cast<std::uint32_t>(sample)) * prime;
-        for (const auto& event : instrument->noteEvents())
+        for (const auto& event : notesOf(*instrument))
             notes = (notes ^ static_cast<std::uint64_t>(event.note * 65536 + event.frame)) * prime;
     }
     std::array<char, 64> text{};
@@ -234,11 +244,11 @@ void addTarget(const SimdTarget& target)
 void addAll()
 {
     benchmark::RegisterBenchmark("plain/playing", [](benchmark::State& state) {
-        playWorkload<ScalarTranscription>(state, 1.0f, maxBlock);
-        state.SetLabel(soundLabel<ScalarTranscription>());
+        playWorkload<reference::ScalarTranscription>(state, 1.0f, maxBlock);
+        state.SetLabel(soundLabel<reference::ScalarTranscription>());
     });
     benchmark::RegisterBenchmark("plain/silent", [](benchmark::State& state) {
-        playWorkload<ScalarTranscription>(state, 0.0f, maxBlock);
+        playWorkload<reference::ScalarTranscription>(state, 0.0f, maxBlock);
     });
     benchmark::RegisterBenchmark("clearing", clearing);
     benchmark::RegisterBenchmark("stopped", stopped);
