@@ -224,7 +224,8 @@ void ScalarTranscription::process(float* left, float* right, int frameCount)
         right[i] = y;
     }
 
-    std::erase_if(triggerOrder, [this](std::size_t voice) { return !voices[voice].active; });
+    std::erase_if(triggerOrder,
+                  [this](int voice) { return !voices[static_cast<std::size_t>(voice)].active; });
     clockPhaseBuf = clockPhase;
 }
 
@@ -387,7 +388,7 @@ void ScalarTranscription::fire(std::size_t ring, std::int64_t spot, int frame)
     voice.modPhase = 0.0;
     voice.ring = static_cast<std::int64_t>(ring);
     voice.active = true;
-    triggerOrder.push_back(index);
+    triggerOrder.push_back(static_cast<int>(index));
 
     firedNotes.push_back({frame, static_cast<int>(ring), static_cast<int>(spot), static_cast<int>(note), gain,
                           timbre.decaySeconds});
@@ -400,7 +401,7 @@ std::size_t ScalarTranscription::chooseVoice()
             return i;
     if (triggerOrder.empty())
         std::abort();
-    const std::size_t oldest = triggerOrder.front();
+    const auto oldest = static_cast<std::size_t>(triggerOrder.front());
     triggerOrder.erase(triggerOrder.begin());
     return oldest;
 }

@@ -96,7 +96,7 @@ struct ScalarTranscription
     std::int64_t maxFrames = 512;
     std::vector<float> scratchBuf;
     std::vector<ScalarVoice> voices;
-    std::vector<std::size_t> triggerOrder; ///< indices of the sounding voices, oldest note first
+    std::vector<int> triggerOrder; ///< indices of the sounding voices, oldest note first
 
     std::vector<FiredNote> firedNotes; ///< of the last process call, in firing order
 
