@@ -42,7 +42,8 @@ public:
     /// Tells everyone but the one that caused it. Runs on the caller's thread.
     void notify(ObserverToken originator, Arguments... arguments) const
     {
-        for (const auto& [token, observer] : *snapshot())
+        const auto current = snapshot();
+        for (const auto& [token, observer] : *current)
             if (token != originator)
                 observer(arguments...);
     }
