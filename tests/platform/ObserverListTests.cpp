@@ -125,6 +125,20 @@ TEST(ObserverList, AnObserverMayRemoveItselfInItsTurn)
     EXPECT_EQ(always, 2);
 }
 
+TEST(ObserverList, AnObserverRemovedByAnEarlierOneInTheSameNotificationIsNotTold)
+{
+    ObserverList<> list;
+    int removed = 0;
+    int kept = 0;
+    ObserverToken token = 0;
+    list.add([&] { list.remove(token); });
+    token = list.add([&removed] { ++removed; });
+    list.add([&kept] { ++kept; });
+    list.notify(0);
+    EXPECT_EQ(removed, 0);
+    EXPECT_EQ(kept, 1);
+}
+
 TEST(ObserverList, AnObserverMayNotifyInItsTurn)
 {
     ObserverList<int> list;
