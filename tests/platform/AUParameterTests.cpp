@@ -1,5 +1,6 @@
 #include "platform/AUParameter.h"
 
+#include "platform/AUParameterTree.h"
 #include "tests/platform/TestParameter.h"
 
 #include <limits>
@@ -42,6 +43,22 @@ TEST(AUParameter, OutsideATreeReadsTheValueLastSet)
     parameter.setValue(0.25f);
     parameter.setValue(0.75f);
     EXPECT_EQ(parameter.value(), 0.75f);
+}
+
+TEST(AUParameter, ThatOutlivesItsTreeReadsZeroAndIgnoresWrites)
+{
+    const auto parameter = AUParameterTree::createParameter(definedAs(0));
+    auto tree = AUParameterTree::createTree({parameter});
+    int writes = 0;
+    tree->setImplementorValueObserver([&writes](const AUParameter&, AUValue) { ++writes; });
+    tree->setImplementorValueProvider([](const AUParameter&) { return 0.5f; });
+    EXPECT_EQ(parameter->value(), 0.5f);
+    parameter->setValue(0.75f);
+    tree.reset();
+    EXPECT_EQ(parameter->value(), 0.0f);
+    parameter->setValue(0.25f);
+    EXPECT_EQ(parameter->value(), 0.0f);
+    EXPECT_EQ(writes, 1);
 }
 
 TEST(AUParameter, NeitherBoundsNorRoundsWhatIsWritten)
