@@ -88,5 +88,18 @@ TEST_F(AUAudioUnitBusArrayOfAUnit, GivesItsBussesInOrderAndSharesThem)
     EXPECT_EQ(second->format().sampleRate, 48000.0);
 }
 
+TEST_F(AUAudioUnitBusArrayOfAUnit, RefusesAnIndexThatNoBusHas)
+{
+    const AUAudioUnitBusArray busses(unit, AUAudioUnitBusType::output,
+                                     {std::make_shared<AUAudioUnitBus>(stereo)});
+    try {
+        const auto& bus = busses[1];
+        ADD_FAILURE() << bus.format().sampleRate;
+    } catch (const AUError& error) {
+        EXPECT_EQ(error.status(), kAudioUnitErr_InvalidElement);
+        EXPECT_STRNE(error.what(), "");
+    }
+}
+
 } // namespace
 } // namespace velotrine
