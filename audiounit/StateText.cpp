@@ -1,5 +1,7 @@
 #include "audiounit/StateText.h"
 
+#include "audiounit/Parameters.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -68,6 +70,13 @@ float narrowed(double value)
     return static_cast<float>(std::clamp(value, -largest, largest));
 }
 
+AUValue readValue(const std::string& identifier, const Input& value)
+{
+    if (!value.is_number())
+        throw Refusal("the value of \"" + identifier + "\" in \"parameters\" must be a number");
+    return narrowed(value.get<double>());
+}
+
 std::optional<AUAudioUnitPreset> readPreset(const Input& document)
 {
     const auto found = document.find("preset");
@@ -85,6 +94,19 @@ std::optional<AUAudioUnitPreset> readPreset(const Input& document)
                              member(*found, "name", Input::value_t::string, "a text").get<std::string>()};
 }
 
+/// Those that the instrument has in the tree's order, then the others.
+std::vector<std::pair<std::string, AUValue>> readParameters(const Input& parameters)
+{
+    std::vector<std::pair<std::string, AUValue>> read;
+    for (const auto& info : parameterTable())
+        if (const auto found = parameters.find(info.identifier); found != parameters.end())
+            read.emplace_back(info.identifier, readValue(info.identifier, *found));
+    for (const auto& [identifier, value] : parameters.items())
+        if (parameterWithIdentifier(identifier) == nullptr)
+            read.emplace_back(identifier, readValue(identifier, value));
+    return read;
+}
+
 AUFullState readState(const Input& document)
 {
     if (!document.is_object())
@@ -93,12 +115,7 @@ AUFullState readState(const Input& document)
 
     AUFullState state;
     state.currentPreset = readPreset(document);
-    const auto& parameters = member(document, "parameters", Input::value_t::object, "an object");
-    for (const auto& [identifier, value] : parameters.items()) {
-        if (!value.is_number())
-            throw Refusal("the value of \"" + identifier + "\" in \"parameters\" must be a number");
-        state.parameters.emplace_back(identifier, narrowed(value.get<double>()));
-    }
+    state.parameters = readParameters(member(document, "parameters", Input::value_t::object, "an object"));
     return state;
 }
 
@@ -108,7 +125,8 @@ std::string textFromState(const AUFullState& state)
 {
     Output parameters = Output::object();
     for (const auto& [identifier, value] : state.parameters)
-        parameters[identifier] = value;
+        if (std::isfinite(value))
+            parameters[identifier] = value;
 
     Output preset;
     if (state.currentPreset)
