@@ -222,6 +222,8 @@ TEST_F(RefusedStateText, WithSomethingBehindItSaysWhere)
     expectRefused({
         {good + "x", {"JSON", "line 46", "column 1"}},
         {good + good, {"JSON", "line 46", "column 1"}},
+        {good + std::string(1, '\0') + "x", {"JSON", "line 46", "column 1"}},
+        {std::string("{}") + '\0', {"JSON", "line 1", "column 3"}},
     });
 }
 
@@ -290,6 +292,31 @@ TEST_F(RefusedStateText, OverOneMebibyteSaysSo)
     const auto good = textFromState(unit->fullState());
     EXPECT_EQ(restore(*unit, good + std::string(maxStateBytes - good.size(), ' ')), "");
     expectRefused({{good + std::string(maxStateBytes - good.size() + 1, ' '), {"1 MiB"}}});
+}
+
+TEST_F(RefusedStateText, SaysSoInASentenceHoweverLongTheTextIs)
+{
+    const std::string longText(maxStateBytes / 2, 'x');
+    for (const auto& text : {"\"" + longText, "{\"version\": " + std::string(maxStateBytes / 2, '1') + "e9}",
+                             withParameters("{\"" + longText + "\": null}"),
+                             withParameters("{\"\xC3\xA4" + longText + "\": null}")}) {
+        const auto error = stateFromText(text).error;
+        EXPECT_NE(error, "");
+        EXPECT_LT(error.size(), 400U);
+    }
+}
+
+TEST_F(RefusedStateText, IsQuotedInValidUtf8)
+{
+    std::string manyUmlauts = "x";
+    for (int i = 0; i < 100; ++i)
+        manyUmlauts += "\xC3\xA4";
+    const auto quoted = stateFromText(withParameters("{\"" + manyUmlauts + "\": null}")).error;
+    const auto invalid = stateFromText("\"\xC3").error;
+    for (const auto& error : {quoted, invalid}) {
+        const AUFullState asName{{}, AUAudioUnitPreset{0, error}};
+        EXPECT_EQ(stateFromText(textFromState(asName)).state, asName) << error;
+    }
 }
 
 TEST_F(RefusedStateText, NestedAsDeepAsFitsDoesNotBringTheProgramDown)
