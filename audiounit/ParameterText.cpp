@@ -5,7 +5,7 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
+#include <limits>
 #include <span>
 #include <system_error>
 
@@ -70,6 +70,14 @@ std::string upTo(double value, int digits)
     return text;
 }
 
+/// None for a number that only infinity would stand for.
+std::optional<float> floatFrom(double number)
+{
+    if (std::abs(number) > static_cast<double>(std::numeric_limits<float>::max()))
+        return std::nullopt;
+    return static_cast<float>(number);
+}
+
 constexpr std::array<std::string_view, 2> toggleNames{"Off", "On"};
 
 } // namespace
@@ -78,7 +86,8 @@ std::string parameterText(const ParameterInfo& parameter, float value)
 {
     if (!std::isfinite(value))
         return "?";
-    const auto number = static_cast<double>(std::clamp(value, parameter.minValue, parameter.maxValue));
+    // Adding zero makes -0 a plain 0.
+    const auto number = static_cast<double>(std::clamp(value, parameter.minValue, parameter.maxValue)) + 0.0;
     const auto bounded = static_cast<float>(number);
     switch (parameter.kind) {
     case ParameterKind::amount:
@@ -105,13 +114,13 @@ std::optional<float> parameterFromText(const ParameterInfo& parameter, std::stri
 {
     text = trimmed(text);
     if (const auto number = numberFromText(text))
-        return static_cast<float>(*number);
+        return floatFrom(*number);
 
     switch (parameter.kind) {
     case ParameterKind::amount:
         if (const auto amount = withoutSuffix(text, "%"))
             if (const auto number = numberFromText(*amount))
-                return static_cast<float>(*number / percent);
+                return floatFrom(*number / percent);
         return std::nullopt;
     case ParameterKind::root:
         return indexOf(rootNames, text);
@@ -123,7 +132,7 @@ std::optional<float> parameterFromText(const ParameterInfo& parameter, std::stri
         for (const auto* const unit : {"spots", "spot"})
             if (const auto count = withoutSuffix(text, unit))
                 if (const auto number = numberFromText(*count))
-                    return static_cast<float>(*number);
+                    return floatFrom(*number);
         return std::nullopt;
     case ParameterKind::turns:
     case ParameterKind::tempo:
@@ -135,7 +144,7 @@ std::optional<float> parameterFromText(const ParameterInfo& parameter, std::stri
 
 std::optional<double> numberFromText(std::string_view text)
 {
-    if (text.starts_with('+'))
+    if (text.starts_with('+') && !text.starts_with("+-"))
         text.remove_prefix(1);
     double value = 0.0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);

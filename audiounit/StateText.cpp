@@ -1,6 +1,7 @@
 #include "audiounit/StateText.h"
 
 #include "audiounit/OrderedJson.h"
+#include "audiounit/Parameters.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,18 +23,56 @@ struct Refusal : std::runtime_error
     using std::runtime_error::runtime_error;
 };
 
+/// The beginning of a text that a message quotes; a document holds texts of any length.
+std::string excerpt(std::string_view text, std::size_t longest)
+{
+    if (text.size() <= longest)
+        return std::string(text);
+    const auto continuesCharacter = [](char byte) {
+        return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+    };
+    auto end = longest;
+    while (end > 0 && continuesCharacter(text[end]))
+        --end;
+    return std::string(text.substr(0, end)) + "...";
+}
+
+/// "[json.exception.parse_error.101] parse error at line 1, column 2: ...": only the part for people. It
+/// quotes the document, valid UTF-8 or not.
+std::string readableMessage(const Input::exception& error)
+{
+    constexpr std::size_t longest = 200;
+    std::string message = error.what();
+    const auto bracket = message.find("] ");
+    if (bracket != std::string::npos)
+        message.erase(0, bracket + 2);
+    std::ranges::replace_if(
+        message, [](char byte) { return static_cast<unsigned char>(byte) > 0x7F; }, '?');
+    return excerpt(message, longest);
+}
+
+/// The parser would take a zero byte for the end of the text, and not see what follows.
+void refuseZeroBytes(std::string_view text)
+{
+    const auto position = text.find('\0');
+    if (position == std::string_view::npos)
+        return;
+    const auto before = text.substr(0, position);
+    const auto line = std::ranges::count(before, '\n') + 1;
+    const auto lineStart = before.rfind('\n') + 1; // npos + 1 is 0: the first line starts the text
+    throw Refusal("it is not valid JSON: there is a zero byte at line " + std::to_string(line) + ", column " +
+                  std::to_string(position - lineStart + 1));
+}
+
 Input parse(std::string_view text)
 {
     if (text.size() > maxStateBytes)
         throw Refusal("it is larger than 1 MiB");
+    refuseZeroBytes(text);
     try {
         return Input::parse(text);
     } catch (const Input::exception& error) {
-        // "[json.exception.parse_error.101] parse error at line 1, column 2: ...": only the part for people.
-        const std::string_view message = error.what();
-        const auto bracket = message.find("] ");
-        throw Refusal("it is not valid JSON: " +
-                      std::string(bracket == std::string_view::npos ? message : message.substr(bracket + 2)));
+        throw Refusal("it is not valid JSON: " + readableMessage(error));
     }
 }
 
@@ -65,6 +104,15 @@ float narrowed(double value)
     return static_cast<float>(std::clamp(value, -largest, largest));
 }
 
+AUValue readValue(const std::string& identifier, const Input& value)
+{
+    constexpr std::size_t longest = 40;
+    if (!value.is_number())
+        throw Refusal("the value of \"" + excerpt(identifier, longest) +
+                      "\" in \"parameters\" must be a number");
+    return narrowed(value.get<double>());
+}
+
 std::optional<AUAudioUnitPreset> readPreset(const Input& document)
 {
     const auto found = document.find("preset");
@@ -82,6 +130,19 @@ std::optional<AUAudioUnitPreset> readPreset(const Input& document)
                              member(*found, "name", Input::value_t::string, "a text").get<std::string>()};
 }
 
+/// Those that the instrument has in the tree's order, then the others.
+std::vector<std::pair<std::string, AUValue>> readParameters(const Input& parameters)
+{
+    std::vector<std::pair<std::string, AUValue>> read;
+    for (const auto& info : parameterTable())
+        if (const auto found = parameters.find(info.identifier); found != parameters.end())
+            read.emplace_back(info.identifier, readValue(info.identifier, *found));
+    for (const auto& [identifier, value] : parameters.items())
+        if (parameterWithIdentifier(identifier) == nullptr)
+            read.emplace_back(identifier, readValue(identifier, value));
+    return read;
+}
+
 AUFullState readState(const Input& document)
 {
     if (!document.is_object())
@@ -90,12 +151,7 @@ AUFullState readState(const Input& document)
 
     AUFullState state;
     state.currentPreset = readPreset(document);
-    const auto& parameters = member(document, "parameters", Input::value_t::object, "an object");
-    for (const auto& [identifier, value] : parameters.items()) {
-        if (!value.is_number())
-            throw Refusal("the value of \"" + identifier + "\" in \"parameters\" must be a number");
-        state.parameters.emplace_back(identifier, narrowed(value.get<double>()));
-    }
+    state.parameters = readParameters(member(document, "parameters", Input::value_t::object, "an object"));
     return state;
 }
 
@@ -105,7 +161,8 @@ std::string textFromState(const AUFullState& state)
 {
     OrderedJson parameters = OrderedJson::object();
     for (const auto& [identifier, value] : state.parameters)
-        parameters[identifier] = value;
+        if (std::isfinite(value))
+            parameters[identifier] = value;
 
     OrderedJson preset;
     if (state.currentPreset)

@@ -2,6 +2,8 @@
 
 #include "platform/AUError.h"
 
+#include <string>
+
 namespace velotrine {
 
 namespace {
@@ -21,6 +23,13 @@ AUAudioUnitBus::AUAudioUnitBus(const AVAudioFormat& format) : format_(checked(fo
 void AUAudioUnitBus::setFormat(const AVAudioFormat& format)
 {
     format_ = checked(format);
+}
+
+AUAudioUnitBus& AUAudioUnitBusArray::operator[](std::size_t index) const
+{
+    if (index >= count())
+        throw AUError(kAudioUnitErr_InvalidElement, "There is no bus " + std::to_string(index) + ".");
+    return *busses_[index];
 }
 
 } // namespace velotrine

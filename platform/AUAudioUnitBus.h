@@ -49,7 +49,8 @@ public:
 
     [[nodiscard]] std::size_t count() const noexcept { return busses_.size(); }
 
-    [[nodiscard]] AUAudioUnitBus& operator[](std::size_t index) const { return *busses_.at(index); }
+    /// Throws AUError for an index that no bus has.
+    [[nodiscard]] AUAudioUnitBus& operator[](std::size_t index) const;
 
 private:
     AUAudioUnit* owner_;

@@ -5,6 +5,8 @@ namespace velotrine {
 AUValue AUParameter::value() const
 {
     const auto tree = closures.lock();
+    if (!tree && hasHadTree)
+        return 0.0f;
     if (tree && tree->implementorValueProvider)
         return tree->implementorValueProvider(*this);
     return ownValue;

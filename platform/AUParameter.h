@@ -88,11 +88,12 @@ public:
         return definition_.dependentParameters;
     }
 
-    /// What the tree's value provider says; the value last set while there is no tree or no provider.
+    /// What the tree's value provider says. The value last set while there is no tree yet, or no provider. 0
+    /// once the tree is gone, and its audio unit with it.
     [[nodiscard]] AUValue value() const;
 
     /// Hands the value, as it is, to the tree's value observer, then tells the tree's other observers, except
-    /// the one whose token the writer passes.
+    /// the one whose token the writer passes. Does nothing once the tree is gone.
     void setValue(AUValue value, AUParameterObserverToken originator = 0);
 
 private:
@@ -100,6 +101,7 @@ private:
 
     AUParameterDefinition definition_;
     std::atomic<AUValue> ownValue{0.0f};
+    bool hasHadTree = false;
     std::weak_ptr<AUParameterClosures> closures;
 };
 

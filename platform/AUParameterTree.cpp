@@ -28,8 +28,10 @@ std::shared_ptr<AUParameterTree> AUParameterTree::createTree(
 AUParameterTree::AUParameterTree(std::vector<std::shared_ptr<AUParameter>> children)
     : children_(std::move(children))
 {
-    for (const auto& child : children_)
+    for (const auto& child : children_) {
         child->closures = closures;
+        child->hasHadTree = true;
+    }
 }
 
 void AUParameterTree::setImplementorValueObserver(AUImplementorValueObserver observer)

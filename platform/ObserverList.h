@@ -1,6 +1,6 @@
 #pragma once
 
-#include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -14,8 +14,9 @@ namespace velotrine {
 using ObserverToken = std::uint64_t;
 
 /// Closures to be told of something. Any thread may add, remove and notify. An observer may do all three in
-/// its turn; a removed one may still be running on another thread when remove() returns. Not for the render
-/// thread: it locks.
+/// its turn: one that it removes is not called any more, one that it adds hears the next notification. A
+/// removed one may still be running on another thread when remove() returns. Not for the render thread: it
+/// locks.
 template <typename... Arguments>
 class ObserverList
 {
@@ -26,7 +27,7 @@ public:
     {
         const std::scoped_lock lock(mutex);
         auto changed = std::make_shared<Entries>(*entries);
-        changed->emplace_back(++lastToken, std::move(observer));
+        changed->push_back(std::make_shared<Entry>(++lastToken, std::move(observer)));
         entries = std::move(changed);
         return lastToken;
     }
@@ -35,20 +36,37 @@ public:
     {
         const std::scoped_lock lock(mutex);
         auto changed = std::make_shared<Entries>(*entries);
-        std::erase_if(*changed, [token](const auto& entry) { return entry.first == token; });
+        std::erase_if(*changed, [token](const auto& entry) {
+            if (entry->token != token)
+                return false;
+            entry->removed = true;
+            return true;
+        });
         entries = std::move(changed);
     }
 
     /// Tells everyone but the one that caused it. Runs on the caller's thread.
     void notify(ObserverToken originator, Arguments... arguments) const
     {
-        for (const auto& [token, observer] : *snapshot())
-            if (token != originator)
-                observer(arguments...);
+        const auto current = snapshot();
+        for (const auto& entry : *current)
+            if (entry->token != originator && !entry->removed)
+                entry->observer(arguments...);
     }
 
 private:
-    using Entries = std::vector<std::pair<ObserverToken, Observer>>;
+    struct Entry
+    {
+        Entry(ObserverToken newToken, Observer newObserver)
+            : token(newToken), observer(std::move(newObserver))
+        {}
+
+        ObserverToken token;
+        Observer observer;
+        std::atomic<bool> removed{false}; ///< for the notifications that began before
+    };
+
+    using Entries = std::vector<std::shared_ptr<Entry>>;
 
     std::shared_ptr<const Entries> snapshot() const
     {
