@@ -204,8 +204,9 @@ void readOutput(const RenderArguments& arguments, RenderOptions& options)
     if (options.container == AudioContainer::flac && options.format == SampleFormat::f32)
         throw UsageError("--format", "a FLAC file cannot hold f32; give s16 or s24, or a .wav file");
     if (!AudioFileWriter::isPossible({options.container, options.format, options.sampleRate, 0}))
-        throw UsageError("--sample-rate", "a FLAC file cannot hold " + std::to_string(options.sampleRate) +
-                                              " Hz; give a .wav file");
+        throw UsageError("--sample-rate",
+                         "a FLAC file cannot hold " + std::to_string(options.sampleRate) +
+                             " Hz; give a whole number of tens up to 655350, or a .wav file");
     checkPaths(options);
 }
 
