@@ -144,6 +144,24 @@ TEST(OutputFile, FollowsALinkAndReplacesWhatItPointsTo)
     EXPECT_EQ(elsewhere.read("target.txt"), "new");
 }
 
+TEST(OutputFile, MakesWhatALinkPointsToWhenItIsNotThere)
+{
+    const TemporaryFolder folder;
+    const TemporaryFolder elsewhere;
+    fs::create_symlink(elsewhere.file("target.txt"), folder.file("link.txt"));
+    writeWhole(folder.file("link.txt"), "new");
+    EXPECT_TRUE(fs::is_symlink(folder.file("link.txt")));
+    EXPECT_EQ(elsewhere.read("target.txt"), "new");
+}
+
+TEST(OutputFile, RefusesALinkToItself)
+{
+    const TemporaryFolder folder;
+    fs::create_symlink("link.txt", folder.file("link.txt"));
+    EXPECT_EQ(failureOf(folder.file("link.txt")),
+              folder.file("link.txt") + ": could not be written: Too many levels of symbolic links");
+}
+
 TEST(OutputFile, GoesByTheNameThatWasTyped)
 {
     const TemporaryFolder folder;
