@@ -41,17 +41,32 @@ void writeAll(int descriptor, std::span<const std::uint8_t> bytes, const std::st
 
 } // namespace
 
+fs::path destinationOf(const std::string& name)
+{
+    std::error_code error;
+    auto path = fs::absolute(name, error);
+    if (error)
+        return name;
+    // As many links as the system itself follows.
+    constexpr int maxLinks = 40;
+    for (int i = 0; i < maxLinks && !fs::exists(path, error) && fs::is_symlink(path, error); ++i)
+        path = path.parent_path() / fs::read_symlink(path, error);
+    const auto canonical = fs::weakly_canonical(path, error);
+    // A link such as /dev/stdout can lead to what has no name.
+    return error ? path : canonical;
+}
+
 OutputFile::OutputFile(std::string path) : name_(std::move(path))
 {
     if (name_ == "-") {
         name_ = "standard output";
         isStream = true;
     } else {
-        // A link is followed, so that what it points to is replaced and not the link.
+        // What a link leads to is replaced, and not the link.
         std::error_code error;
-        target = fs::weakly_canonical(name_, error);
-        if (error)
-            target = name_;
+        target = destinationOf(name_);
+        if (fs::is_symlink(target, error) && !fs::exists(target, error))
+            fail(name_, ELOOP);
         if (fs::is_directory(target, error))
             throw WorkError(name_ + ": could not be written: it is a folder");
         isStream = fs::exists(target, error) && !fs::is_regular_file(target, error);

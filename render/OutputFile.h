@@ -7,6 +7,9 @@
 
 namespace velotrine {
 
+/// The file that a name leads to: links are followed, even one to a file that is yet to be made.
+[[nodiscard]] std::filesystem::path destinationOf(const std::string& name);
+
 /// A file that appears under its name only when it is whole. Until commit() it is a temporary one in the same
 /// folder, and goes away with this object. Standard output ("-"), pipes and devices get all bytes at
 /// commit(). All failures are WorkErrors that name the file.

@@ -5,6 +5,7 @@
 #include "audiounit/Presets.h"
 #include "render/Errors.h"
 #include "render/NearestName.h"
+#include "render/OutputFile.h"
 
 #include <algorithm>
 #include <cctype>
@@ -187,7 +188,7 @@ void checkPaths(const RenderOptions& options)
     for (const auto& [option, path] :
          {std::pair{"--out", options.outPath}, std::pair{"--midi", options.midiPath},
           std::pair{"--save-state", options.saveStatePath}})
-        if (!path.empty() && !seen.insert(fs::path(path).lexically_normal()).second)
+        if (!path.empty() && !seen.insert(destinationOf(path)).second)
             throw UsageError(option, inQuotes(path) + " is already the name of another output");
 }
 
