@@ -120,6 +120,14 @@ bool ChildProcess::hasEnded()
     return reaped;
 }
 
+void ChildProcess::waitUntilStopped() const
+{
+    int state = 0;
+    ::waitpid(process, &state, WUNTRACED);
+    if (!WIFSTOPPED(state))
+        throw std::runtime_error("the program ended instead of stopping");
+}
+
 void ChildProcess::stopListening()
 {
     closeOnce(outPipe);

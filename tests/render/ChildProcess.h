@@ -43,6 +43,9 @@ public:
     /// Whether the program has ended; does not wait for it.
     [[nodiscard]] bool hasEnded();
 
+    /// Returns when the program has stopped itself, as a debugger would stop it.
+    void waitUntilStopped() const;
+
     /// Closes this side of the program's standard output.
     void stopListening();
 
