@@ -84,13 +84,13 @@ SF_INFO infoOf(const AudioFileWriter::Format& format)
 
 } // namespace
 
-struct AudioFileWriter::File
+struct AudioFileWriter::Encoder
 {
     SNDFILE* handle = nullptr;
     SampleFormat samples = SampleFormat::s24;
     std::vector<std::int32_t> steps; ///< scratch of writeSteps()
 
-    ~File()
+    ~Encoder()
     {
         if (handle != nullptr)
             sf_close(handle);
@@ -121,16 +121,16 @@ bool AudioFileWriter::isPossible(const Format& format)
 }
 
 AudioFileWriter::AudioFileWriter(std::string path, const Format& format)
-    : output(std::move(path)), file(std::make_unique<File>())
+    : output(std::move(path)), encoder(std::make_unique<Encoder>())
 {
     auto info = infoOf(format);
-    file->samples = format.samples;
+    encoder->samples = format.samples;
     errno = 0;
-    file->handle = sf_open_fd(output.descriptor(), SFM_WRITE, &info, SF_FALSE);
-    if (file->handle == nullptr)
-        file->fail(output.name());
+    encoder->handle = sf_open_fd(output.descriptor(), SFM_WRITE, &info, SF_FALSE);
+    if (encoder->handle == nullptr)
+        encoder->fail(output.name());
     // The chunk of peak values holds the time of day, which would make two equal renderings differ.
-    sf_command(file->handle, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+    sf_command(encoder->handle, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
 }
 
 AudioFileWriter::~AudioFileWriter() = default;
@@ -139,18 +139,18 @@ void AudioFileWriter::write(std::span<const float> interleaved)
 {
     errno = 0;
     const auto count = static_cast<sf_count_t>(interleaved.size());
-    const auto written = file->samples == SampleFormat::f32
-                             ? sf_write_float(file->handle, interleaved.data(), count)
-                             : file->writeSteps(interleaved);
+    const auto written = encoder->samples == SampleFormat::f32
+                             ? sf_write_float(encoder->handle, interleaved.data(), count)
+                             : encoder->writeSteps(interleaved);
     if (written != count)
-        file->fail(output.name());
+        encoder->fail(output.name());
 }
 
 void AudioFileWriter::finish()
 {
     errno = 0;
-    if (sf_close(std::exchange(file->handle, nullptr)) != 0)
-        file->fail(output.name());
+    if (sf_close(std::exchange(encoder->handle, nullptr)) != 0)
+        encoder->fail(output.name());
 }
 
 } // namespace velotrine

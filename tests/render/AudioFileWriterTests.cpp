@@ -44,7 +44,7 @@ AudioFile writtenAndRead(const std::vector<float>& samples, const AudioFileWrite
     AudioFileWriter writer(folder.file("a"), format);
     writer.write(samples);
     writer.finish();
-    writer.commit();
+    writer.file().commit();
     return readAudioFile(folder.file("a"));
 }
 
@@ -108,7 +108,7 @@ TEST(AudioFileWriter, WritesTheSameBytesForTheSameSamplesInAnyPieces)
             for (std::size_t i = 0; i < samples.size(); i += piece)
                 writer.write(std::span(samples).subspan(i, std::min(piece, samples.size() - i)));
             writer.finish();
-            writer.commit();
+            writer.file().commit();
         }
         const auto whole = folder.read(std::to_string(samples.size()));
         EXPECT_TRUE(folder.read("2") == whole);
@@ -122,7 +122,7 @@ TEST(AudioFileWriter, UsesTheContainerForLongFilesOnlyBeyondFourGigabytes)
     const auto beginning = [&folder](std::int64_t frames) {
         AudioFileWriter writer(folder.file("a.wav"), {AudioContainer::wav, SampleFormat::s24, 48000, frames});
         writer.finish();
-        writer.commit();
+        writer.file().commit();
         return folder.read("a.wav").substr(0, 4);
     };
     constexpr std::int64_t bytesPerFrame = 6;

@@ -192,11 +192,18 @@ TEST(OutputFile, SaysThatAFileIsWhereItsFolderShouldBe)
               folder.file("a.txt/b.txt") + ": could not be written: Not a directory");
 }
 
-TEST(OutputFile, SaysThatItsNameIsTooLong)
+TEST(OutputFile, SaysAtOnceThatItsNameIsTooLong)
 {
     const TemporaryFolder folder;
-    const auto path = folder.file(std::string(100000, 'a'));
-    EXPECT_EQ(failureOf(path), path + ": could not be written: File name too long");
+    for (const std::size_t length : {300U, 100000U}) {
+        const auto path = folder.file(std::string(length, 'a'));
+        try {
+            const OutputFile file(path);
+            FAIL() << "no file can have that name";
+        } catch (const WorkError& error) {
+            EXPECT_EQ(error.what(), path + ": could not be written: File name too long");
+        }
+    }
 }
 
 TEST(OutputFile, StreamsIntoANamedPipe)
