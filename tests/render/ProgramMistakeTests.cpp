@@ -11,7 +11,7 @@
 namespace velotrine {
 namespace {
 
-using testing::HasSubstr;
+using testing::EndsWith;
 using testing::IsEmpty;
 using testing::StartsWith;
 
@@ -157,6 +157,19 @@ TEST_F(BadState, IsRefusedWithAWordOnWhatIsWrong)
         EXPECT_THAT(result.err, StartsWith("velotrine: --state mine.json: " + problem));
         EXPECT_THAT(folder.entries(), testing::ElementsAre("mine.json"));
     }
+}
+
+class LongArgument : public ProgramTest
+{};
+
+TEST_F(LongArgument, IsCutShortInTheAnswer)
+{
+    const auto result =
+        run({"render", "--preset", "1", "--out", "a.wav", "--bars", std::string(100000, 'x')});
+    expectOneComplaint(result, 2);
+    EXPECT_LT(result.err.size(), 1100U);
+    EXPECT_THAT(result.err, StartsWith("velotrine: --bars: \"xxx"));
+    EXPECT_THAT(result.err, EndsWith("xxx\" will not do; give a number above 0, at most 43200\n"));
 }
 
 class OldFile : public ProgramTest
