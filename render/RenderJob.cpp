@@ -16,6 +16,7 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -213,7 +214,7 @@ std::unique_ptr<OutputFile> openOptional(const std::string& path)
 void commit(std::vector<OutputFile*> outputs)
 {
     std::erase(outputs, nullptr);
-    std::ranges::stable_partition(outputs, &OutputFile::isStream);
+    std::stable_partition(outputs.begin(), outputs.end(), std::mem_fn(&OutputFile::isStream));
     for (auto* const output : outputs)
         output->commit();
 }
