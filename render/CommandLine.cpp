@@ -42,7 +42,7 @@ constexpr const char* renderExamples = R"(Examples:
   velotrine render --preset "Drum Circle" --out drums.wav
   velotrine render --preset 7 --seconds 60 --tempo 96 --out chimes.flac
   velotrine render --preset 4 --set activity=0.7 --set rootNote=F# --midi notes.mid --out precession.wav
-  velotrine render --state mine.json --tail none --format f32 --out - | sox - loud.wav norm
+  velotrine render --state mine.json --tail none --out - | sox - loud.wav norm -1
 
 The sound is exactly as long as asked for, then the clock stops and the notes ring out (--tail).
 Settings apply in this order: --preset, --state, --set, --tempo.)";
