@@ -2,9 +2,12 @@
 
 #include "render/Errors.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 #include <sndfile.h>
 
@@ -50,6 +53,26 @@ int containerOf(const AudioFileWriter::Format& format)
     return bytes > largestWav ? SF_FORMAT_RF64 : SF_FORMAT_WAV;
 }
 
+/// The nearest step of a sample of so many bits, in the upper ones of 32. The library's own conversion would
+/// take the next lower step: twice the error, and half a step of offset.
+std::int32_t nearestStep(float sample, int bits)
+{
+    const auto fullScale = std::int64_t{1} << (bits - 1);
+    const auto step = std::llrint(static_cast<double>(sample) * static_cast<double>(fullScale));
+    constexpr int allBits = 32;
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(step, -fullScale, fullScale - 1) *
+                                     (std::int64_t{1} << (allBits - bits)));
+}
+
+/// A FLAC stream that any player can follow names rates above 16 bits in tens of Hz (RFC 9639,
+/// section 9.1.2).
+bool flacHolds(int sampleRate)
+{
+    constexpr int largestInHz = 65535;
+    constexpr int largestInTensOfHz = 655350;
+    return sampleRate <= largestInHz || (sampleRate <= largestInTensOfHz && sampleRate % 10 == 0);
+}
+
 SF_INFO infoOf(const AudioFileWriter::Format& format)
 {
     SF_INFO info{};
@@ -61,14 +84,25 @@ SF_INFO infoOf(const AudioFileWriter::Format& format)
 
 } // namespace
 
-struct AudioFileWriter::File
+struct AudioFileWriter::Encoder
 {
     SNDFILE* handle = nullptr;
+    SampleFormat samples = SampleFormat::s24;
+    std::vector<std::int32_t> steps; ///< scratch of writeSteps()
 
-    ~File()
+    ~Encoder()
     {
         if (handle != nullptr)
             sf_close(handle);
+    }
+
+    sf_count_t writeSteps(std::span<const float> interleaved)
+    {
+        const auto bits = static_cast<int>(8 * bytesPerSample(samples));
+        steps.resize(interleaved.size());
+        std::ranges::transform(interleaved, steps.begin(),
+                               [bits](float sample) { return nearestStep(sample, bits); });
+        return sf_write_int(handle, steps.data(), static_cast<sf_count_t>(steps.size()));
     }
 
     [[noreturn]] void fail(const std::string& name) const
@@ -82,23 +116,21 @@ struct AudioFileWriter::File
 bool AudioFileWriter::isPossible(const Format& format)
 {
     const auto info = infoOf(format);
-    // The largest rate that a FLAC stream can name.
-    constexpr int maxFlacRate = 655350;
     return sf_format_check(&info) != 0 &&
-           (format.container != AudioContainer::flac || format.sampleRate <= maxFlacRate);
+           (format.container != AudioContainer::flac || flacHolds(format.sampleRate));
 }
 
 AudioFileWriter::AudioFileWriter(std::string path, const Format& format)
-    : output(std::move(path)), file(std::make_unique<File>())
+    : output(std::move(path)), encoder(std::make_unique<Encoder>())
 {
     auto info = infoOf(format);
+    encoder->samples = format.samples;
     errno = 0;
-    file->handle = sf_open_fd(output.descriptor(), SFM_WRITE, &info, SF_FALSE);
-    if (file->handle == nullptr)
-        file->fail(output.name());
+    encoder->handle = sf_open_fd(output.descriptor(), SFM_WRITE, &info, SF_FALSE);
+    if (encoder->handle == nullptr)
+        encoder->fail(output.name());
     // The chunk of peak values holds the time of day, which would make two equal renderings differ.
-    sf_command(file->handle, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
-    sf_command(file->handle, SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    sf_command(encoder->handle, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
 }
 
 AudioFileWriter::~AudioFileWriter() = default;
@@ -107,15 +139,18 @@ void AudioFileWriter::write(std::span<const float> interleaved)
 {
     errno = 0;
     const auto count = static_cast<sf_count_t>(interleaved.size());
-    if (sf_write_float(file->handle, interleaved.data(), count) != count)
-        file->fail(output.name());
+    const auto written = encoder->samples == SampleFormat::f32
+                             ? sf_write_float(encoder->handle, interleaved.data(), count)
+                             : encoder->writeSteps(interleaved);
+    if (written != count)
+        encoder->fail(output.name());
 }
 
 void AudioFileWriter::finish()
 {
     errno = 0;
-    if (sf_close(std::exchange(file->handle, nullptr)) != 0)
-        file->fail(output.name());
+    if (sf_close(std::exchange(encoder->handle, nullptr)) != 0)
+        encoder->fail(output.name());
 }
 
 } // namespace velotrine

@@ -43,22 +43,20 @@ public:
     AudioFileWriter(const AudioFileWriter&) = delete;
     AudioFileWriter& operator=(const AudioFileWriter&) = delete;
 
-    /// What a person calls the file.
-    [[nodiscard]] const std::string& name() const noexcept { return output.name(); }
-
     /// @param interleaved  left and right by turns, within [-1, 1]
     void write(std::span<const float> interleaved);
 
-    /// Completes the file; it appears under its name with commit().
+    /// Completes the file; it appears under its name when it is committed.
     void finish();
 
-    void commit() { output.commit(); }
+    /// What it writes to.
+    [[nodiscard]] OutputFile& file() noexcept { return output; }
 
 private:
-    struct File;
+    struct Encoder;
 
     OutputFile output;
-    std::unique_ptr<File> file;
+    std::unique_ptr<Encoder> encoder;
 };
 
 } // namespace velotrine

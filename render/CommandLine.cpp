@@ -9,11 +9,15 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace velotrine {
@@ -38,7 +42,7 @@ constexpr const char* renderExamples = R"(Examples:
   velotrine render --preset "Drum Circle" --out drums.wav
   velotrine render --preset 7 --seconds 60 --tempo 96 --out chimes.flac
   velotrine render --preset 4 --set activity=0.7 --set rootNote=F# --midi notes.mid --out precession.wav
-  velotrine render --state mine.json --tail none --format f32 --out - | sox - loud.wav norm
+  velotrine render --state mine.json --tail none --out - | sox - loud.wav norm -1
 
 The sound is exactly as long as asked for, then the clock stops and the notes ring out (--tail).
 Settings apply in this order: --preset, --state, --set, --tempo.)";
@@ -99,8 +103,10 @@ UsageError unexpectedArgument(const CLI::App& app)
 {
     const auto& command = chosen(app);
     const auto extras = app.remaining(true);
-    const std::string first = extras.empty() ? "?" : extras.front();
+    const std::string first = extras.empty() || extras.front().empty() ? "\"\"" : extras.front();
     const auto typed = first.substr(0, first.find('='));
+    if (command.get_option_no_throw(typed) != nullptr)
+        return {first, "belongs behind \"velotrine " + command.get_name() + "\""};
 
     std::vector<std::string> known;
     for (const auto* const option : command.get_options())
@@ -108,6 +114,49 @@ UsageError unexpectedArgument(const CLI::App& app)
     for (const auto* const subcommand : command.get_subcommands({}))
         known.push_back(subcommand->get_name());
     return {first, "is not known here" + suggestion(typed, known) + helpHint(app)};
+}
+
+bool isOption(const CLI::App& command, std::string_view text)
+{
+    return text.starts_with("--") &&
+           command.get_option_no_throw(std::string(text.substr(0, text.find('=')))) != nullptr;
+}
+
+/// Refuses what the parser would accept in silence or blame on another argument: a missing value, for which
+/// it takes the next option; an empty one, which means nothing; and a flag with a value.
+/// @param arguments  those behind the command
+void checkValues(const CLI::App& command, std::span<const char* const> arguments)
+{
+    const auto hint = " (\"velotrine " + command.get_name() + " --help\" shows what there is)";
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string_view typed = arguments[i];
+        if (!isOption(command, typed))
+            continue;
+        const auto equals = typed.find('=');
+        const std::string name(typed.substr(0, equals));
+        const bool takesValue = command.get_option_no_throw(name)->get_items_expected_min() > 0;
+        if (!takesValue && equals != std::string_view::npos)
+            throw UsageError(name, "takes no value" + hint);
+        if (!takesValue)
+            continue;
+
+        const bool isLast = equals == std::string_view::npos && ++i == arguments.size();
+        const std::string_view value = isLast                             ? ""
+                                       : equals == std::string_view::npos ? arguments[i]
+                                                                          : typed.substr(equals + 1);
+        if (value.empty() || isOption(command, value))
+            throw UsageError(name, "needs a value behind it" + hint);
+    }
+}
+
+void parse(CLI::App& app, std::span<const char* const> arguments)
+{
+    constexpr std::size_t programAndCommand = 2;
+    if (arguments.size() >= programAndCommand)
+        for (const auto* const command : app.get_subcommands([](CLI::App*) { return true; }))
+            if (command->get_name() == arguments[1])
+                checkValues(*command, arguments.subspan(programAndCommand));
+    app.parse(static_cast<int>(arguments.size()), arguments.data());
 }
 
 /// @param message  the parser's, which begins with the option's name
@@ -144,7 +193,7 @@ void runRender(const RenderArguments& arguments)
     runRenderJob(renderOptions(arguments));
 }
 
-void run(int argumentCount, const char* const* argumentValues)
+void run(std::span<const char* const> arguments)
 {
     RenderArguments renderArguments;
     ListArguments listArguments;
@@ -153,9 +202,10 @@ void run(int argumentCount, const char* const* argumentValues)
     app.footer(mainExamples);
     addRender(app, renderArguments);
     addList(app, listArguments);
+    app.require_subcommand(0, 1);
 
     try {
-        app.parse(argumentCount, argumentValues);
+        parse(app, arguments);
     } catch (const CLI::CallForHelp&) {
         return print(app.help());
     } catch (const CLI::CallForVersion& version) {
@@ -172,22 +222,46 @@ void run(int argumentCount, const char* const* argumentValues)
         return runRender(renderArguments);
     if (app.got_subcommand("list"))
         return runList(listArguments);
-    throw UsageError("velotrine", "say what to do: render or list" + helpHint(app));
+    throw UsageError("command", "is missing; say render or list" + helpHint(app));
+}
+
+/// A message can quote what was typed, or what is in a file: whatever that is, it stays one line of bearable
+/// length, and does nothing to the terminal.
+std::string asOneLine(std::string message)
+{
+    constexpr std::size_t longest = 1000;
+    constexpr std::size_t keptEnd = 200;
+    constexpr std::string_view gap = " ... ";
+    if (message.size() > longest)
+        message.replace(longest - gap.size() - keptEnd, message.size() - longest + gap.size(), gap);
+    std::ranges::replace_if(
+        message, [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
+    return message;
 }
 
 int complain(const std::string& message, int exitCode)
 {
-    std::fprintf(stderr, "velotrine: %s\n", message.c_str());
+    std::fprintf(stderr, "velotrine: %s\n", asOneLine(message).c_str());
     return exitCode;
+}
+
+/// Where a standard stream is closed, the next file that is opened would take its place and get what was
+/// meant for it. What is put there instead is open the wrong way round, so that using it still fails.
+void occupyStandardStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (::fcntl(stream, F_GETFD) < 0)
+            (void)::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
 } // namespace
 
 int runCommandLine(int argumentCount, const char* const* arguments)
 {
+    occupyStandardStreams();
     noteSignals();
     try {
-        run(argumentCount, arguments);
+        run(std::span(arguments, static_cast<std::size_t>(argumentCount)));
         return done;
     } catch (const UsageError& error) {
         return complain(error.what(), usageWrong);

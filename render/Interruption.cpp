@@ -18,8 +18,11 @@ void note(int signal)
 
 void noteSignals()
 {
+    // Without SA_RESTART: a call that waits for another program, at a pipe, has to come back.
+    struct sigaction noting = {};
+    noting.sa_handler = note;
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        std::signal(signal, note);
+        ::sigaction(signal, &noting, nullptr);
     for (const int signal : {SIGPIPE, SIGXFSZ})
         std::signal(signal, SIG_IGN);
 }

@@ -39,27 +39,55 @@ void writeAll(int descriptor, std::span<const std::uint8_t> bytes, const std::st
     }
 }
 
+/// A named pipe opens when somebody reads it, which can take for ever. Below 0 on failure.
+int openForWriting(const fs::path& path)
+{
+    for (;;) {
+        const int descriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+        if (descriptor >= 0 || errno != EINTR)
+            return descriptor;
+        stopIfInterrupted();
+    }
+}
+
 } // namespace
+
+fs::path destinationOf(const std::string& name)
+{
+    std::error_code error;
+    auto path = fs::absolute(name, error);
+    if (error)
+        return name;
+    // As many links as the system itself follows.
+    constexpr int maxLinks = 40;
+    for (int i = 0; i < maxLinks && !fs::exists(path, error) && fs::is_symlink(path, error); ++i)
+        path = path.parent_path() / fs::read_symlink(path, error);
+    const auto canonical = fs::weakly_canonical(path, error);
+    // A link such as /dev/stdout can lead to what has no name.
+    return error ? path : canonical;
+}
 
 OutputFile::OutputFile(std::string path) : name_(std::move(path))
 {
     if (name_ == "-") {
         name_ = "standard output";
-        isStream = true;
+        isStream_ = true;
     } else {
-        // A link is followed, so that what it points to is replaced and not the link.
+        // What a link leads to is replaced, and not the link.
         std::error_code error;
-        target = fs::weakly_canonical(name_, error);
-        if (error)
-            target = name_;
-        if (fs::is_directory(target, error))
+        target = destinationOf(name_);
+        const auto existing = fs::status(target, error);
+        // A name that cannot be is found out here, and not when all the work is done.
+        if (!fs::status_known(existing))
+            fail(name_, error.value());
+        if (fs::is_directory(existing))
             throw WorkError(name_ + ": could not be written: it is a folder");
-        isStream = fs::exists(target, error) && !fs::is_regular_file(target, error);
-        if (fs::exists(target, error) && ::access(target.c_str(), W_OK) != 0)
+        isStream_ = fs::exists(existing) && !fs::is_regular_file(existing);
+        if (fs::exists(existing) && ::access(target.c_str(), W_OK) != 0)
             fail(name_, errno);
     }
-    openTemporary(isStream ? fs::temp_directory_path() : target.parent_path());
-    if (isStream)
+    openTemporary(folderForTemporary());
+    if (isStream_)
         removeTemporary();
     else
         inheritPermissions();
@@ -70,6 +98,17 @@ OutputFile::~OutputFile()
     if (descriptor_ >= 0)
         ::close(descriptor_);
     removeTemporary();
+}
+
+fs::path OutputFile::folderForTemporary() const
+{
+    if (!isStream_)
+        return target.parent_path();
+    std::error_code error;
+    const auto folder = fs::temp_directory_path(error);
+    if (error)
+        throw WorkError(name_ + ": could not be written: there is no folder for temporary files");
+    return folder;
 }
 
 void OutputFile::openTemporary(const fs::path& folder)
@@ -102,7 +141,7 @@ void OutputFile::write(std::span<const std::uint8_t> bytes)
 
 void OutputFile::commit()
 {
-    if (isStream) {
+    if (isStream_) {
         copyToStream();
         return;
     }
@@ -115,7 +154,7 @@ void OutputFile::commit()
 
 void OutputFile::copyToStream()
 {
-    const int stream = target.empty() ? ::dup(STDOUT_FILENO) : ::open(target.c_str(), O_WRONLY | O_CLOEXEC);
+    const int stream = target.empty() ? ::dup(STDOUT_FILENO) : openForWriting(target);
     if (stream < 0)
         fail(name_, errno);
 

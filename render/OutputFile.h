@@ -7,6 +7,9 @@
 
 namespace velotrine {
 
+/// The file that a name leads to: links are followed, even one to a file that is yet to be made.
+[[nodiscard]] std::filesystem::path destinationOf(const std::string& name);
+
 /// A file that appears under its name only when it is whole. Until commit() it is a temporary one in the same
 /// folder, and goes away with this object. Standard output ("-"), pipes and devices get all bytes at
 /// commit(). All failures are WorkErrors that name the file.
@@ -24,11 +27,15 @@ public:
     /// Open for reading and writing, at the start, until commit().
     [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
 
+    /// It is a pipe or a device, or standard output: commit() writes to it, and that can fail.
+    [[nodiscard]] bool isStream() const noexcept { return isStream_; }
+
     void write(std::span<const std::uint8_t> bytes);
 
     void commit();
 
 private:
+    [[nodiscard]] std::filesystem::path folderForTemporary() const;
     void openTemporary(const std::filesystem::path& folder);
     void inheritPermissions() const;
     void copyToStream();
@@ -36,7 +43,7 @@ private:
 
     std::string name_;
     std::filesystem::path target; ///< empty for standard output
-    bool isStream = false;        ///< cannot be replaced by renaming
+    bool isStream_ = false;       ///< cannot be replaced by renaming
     std::filesystem::path temporary;
     int descriptor_ = -1;
 };

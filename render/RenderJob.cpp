@@ -16,9 +16,11 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace velotrine {
 
@@ -110,11 +112,9 @@ public:
         audio.finish();
     }
 
-    void commit()
-    {
-        audio.commit();
-        progress.finish(audio.name().c_str(), secondsRendered());
-    }
+    [[nodiscard]] OutputFile& output() noexcept { return audio.file(); }
+
+    void sayWhatCameOfIt() { progress.finish(audio.file().name().c_str(), secondsRendered()); }
 
     [[nodiscard]] std::vector<std::uint8_t> midiBytes() const { return midi.bytes(); }
 
@@ -210,6 +210,15 @@ std::unique_ptr<OutputFile> openOptional(const std::string& path)
     return path.empty() ? nullptr : std::make_unique<OutputFile>(path);
 }
 
+/// Hands over all outputs; a null pointer is none. First those where that can still fail.
+void commit(std::vector<OutputFile*> outputs)
+{
+    std::erase(outputs, nullptr);
+    std::stable_partition(outputs.begin(), outputs.end(), std::mem_fn(&OutputFile::isStream));
+    for (auto* const output : outputs)
+        output->commit();
+}
+
 } // namespace
 
 void runRenderJob(const RenderOptions& options)
@@ -243,11 +252,8 @@ void runRenderJob(const RenderOptions& options)
         midiFile->write(rendering.midiBytes());
     if (stateFile)
         stateFile->write(bytesOf(stateText));
-    rendering.commit();
-    if (midiFile)
-        midiFile->commit();
-    if (stateFile)
-        stateFile->commit();
+    commit({&rendering.output(), midiFile.get(), stateFile.get()});
+    rendering.sayWhatCameOfIt();
 }
 
 } // namespace velotrine

@@ -5,6 +5,7 @@
 #include "audiounit/Presets.h"
 #include "render/Errors.h"
 #include "render/NearestName.h"
+#include "render/OutputFile.h"
 
 #include <algorithm>
 #include <cctype>
@@ -187,7 +188,7 @@ void checkPaths(const RenderOptions& options)
     for (const auto& [option, path] :
          {std::pair{"--out", options.outPath}, std::pair{"--midi", options.midiPath},
           std::pair{"--save-state", options.saveStatePath}})
-        if (!path.empty() && !seen.insert(fs::path(path).lexically_normal()).second)
+        if (!path.empty() && !seen.insert(destinationOf(path)).second)
             throw UsageError(option, inQuotes(path) + " is already the name of another output");
 }
 
@@ -204,8 +205,9 @@ void readOutput(const RenderArguments& arguments, RenderOptions& options)
     if (options.container == AudioContainer::flac && options.format == SampleFormat::f32)
         throw UsageError("--format", "a FLAC file cannot hold f32; give s16 or s24, or a .wav file");
     if (!AudioFileWriter::isPossible({options.container, options.format, options.sampleRate, 0}))
-        throw UsageError("--sample-rate", "a FLAC file cannot hold " + std::to_string(options.sampleRate) +
-                                              " Hz; give a .wav file");
+        throw UsageError("--sample-rate",
+                         "a FLAC file cannot hold " + std::to_string(options.sampleRate) +
+                             " Hz; give a whole number of tens up to 655350, or a .wav file");
     checkPaths(options);
 }
 
