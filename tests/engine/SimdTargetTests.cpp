@@ -63,6 +63,19 @@ TEST(SimdTarget, TheFirstIsUsedByDefault)
     EXPECT_EQ(fingerprint(), byDefault);
 }
 
+TEST(SimdTarget, AskingWhichThereAreChangesNeitherTheAnswerNorTheChoice)
+{
+    const SimdTargetGuard guard;
+    const auto targets = availableSimdTargets();
+    forceSimdTarget(targets.back());
+    const std::uint64_t forced = fingerprint();
+    const auto targetsAgain = availableSimdTargets();
+    EXPECT_EQ(fingerprint(), forced);
+    ASSERT_EQ(targetsAgain.size(), targets.size());
+    for (std::size_t i = 0; i < targets.size(); ++i)
+        EXPECT_EQ(targetsAgain[i].id, targets[i].id);
+}
+
 TEST(SimdTarget, EachCanBeForcedAndKnowsItsSines)
 {
     const SimdTargetGuard guard;
