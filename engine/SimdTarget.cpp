@@ -4,10 +4,10 @@
 
 namespace velotrine {
 
-std::vector<SimdTarget> availableSimdTargets()
+namespace {
+
+std::vector<SimdTarget> detectTargets()
 {
-    // Without an earlier choice: what the processor has.
-    hwy::SetSupportedTargetsForTest(0);
     const auto compiled = static_cast<std::int64_t>(HWY_TARGETS);
     std::vector<SimdTarget> targets;
     // The lower the bit, the newer the instruction set.
@@ -18,8 +18,18 @@ std::vector<SimdTarget> availableSimdTargets()
     return targets;
 }
 
+} // namespace
+
+const std::vector<SimdTarget>& availableSimdTargets()
+{
+    // Detected once, before anything is forced: afterwards only the forced one would seem to be there.
+    static const auto targets = detectTargets();
+    return targets;
+}
+
 void forceSimdTarget(const SimdTarget& target)
 {
+    static_cast<void>(availableSimdTargets());
     hwy::SetSupportedTargetsForTest(target.id);
     hwy::GetChosenTarget().Update(hwy::SupportedTargets());
 }

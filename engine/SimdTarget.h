@@ -14,7 +14,7 @@ struct SimdTarget
 };
 
 /// Those that this machine can run, the fastest first. The engine chooses the first by itself.
-[[nodiscard]] std::vector<SimdTarget> availableSimdTargets();
+[[nodiscard]] const std::vector<SimdTarget>& availableSimdTargets();
 
 /// Makes the whole process use this one, for tests and benchmarks. Not while anything renders.
 void forceSimdTarget(const SimdTarget& target);
