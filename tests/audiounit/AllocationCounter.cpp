@@ -1,0 +1,91 @@
+#include "tests/audiounit/AllocationCounter.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local bool counting = false;
+thread_local int counted = 0;
+
+void note() noexcept
+{
+    if (counting)
+        ++counted;
+}
+
+void* taken(void* memory)
+{
+    note();
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void give(void* memory) noexcept
+{
+    note();
+    std::free(memory);
+}
+
+/// At least one byte, so that nullptr always means failure, and a multiple of the alignment.
+std::size_t roundedUp(std::size_t size, std::size_t alignment) noexcept
+{
+    return (size / alignment + 1) * alignment;
+}
+
+} // namespace
+
+namespace velotrine {
+
+AllocationCounter::AllocationCounter() noexcept
+{
+    counted = 0;
+    counting = true;
+}
+
+AllocationCounter::~AllocationCounter()
+{
+    counting = false;
+}
+
+int AllocationCounter::count() const noexcept
+{
+    return counted;
+}
+
+} // namespace velotrine
+
+// The library's array and nothrow forms come down to these.
+
+void* operator new(std::size_t size)
+{
+    return taken(std::malloc(roundedUp(size, 1)));
+}
+
+void* operator new(std::size_t size, std::align_val_t alignment)
+{
+    const auto bytes = static_cast<std::size_t>(alignment);
+    return taken(std::aligned_alloc(bytes, roundedUp(size, bytes)));
+}
+
+void operator delete(void* memory) noexcept
+{
+    give(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept
+{
+    give(memory);
+}
+
+void operator delete(void* memory, std::align_val_t) noexcept
+{
+    give(memory);
+}
+
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept
+{
+    give(memory);
+}
