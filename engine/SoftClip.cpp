@@ -24,7 +24,10 @@ HWY_INLINE void ClipVector(const float* mix, float gain, float* left, float* rig
 {
     const Floats d;
     const auto product = hn::Mul(hn::Set(d, gain), hn::LoadU(d, mix));
-    const auto clipped = hn::IfThenElseZero(hn::IsFinite(product), hn::Tanh(d, product));
+    // An approximation of tanh may be a rounding beyond 1.
+    const auto one = hn::Set(d, 1.0f);
+    const auto bounded = hn::Clamp(hn::Tanh(d, product), hn::Neg(one), one);
+    const auto clipped = hn::IfThenElseZero(hn::IsFinite(product), bounded);
     hn::StoreU(clipped, d, left);
     hn::StoreU(clipped, d, right);
 }

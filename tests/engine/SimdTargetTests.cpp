@@ -1,6 +1,6 @@
 #include "engine/ClockPhases.h"
 #include "engine/SimdTarget.h"
-#include "tests/engine/SideBySide.h"
+#include "tests/reference/SideBySide.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "tests/engine/SideBySide.h"
+#include "tests/reference/SideBySide.h"
 
 #include <algorithm>
 #include <cmath>
