@@ -182,8 +182,7 @@ TEST_F(Interruption, OfALongRenderingLeavesNoFile)
                              surroundings());
         while (folder.entries().size() < 3 && !program.hasEnded())
             pauseShortly();
-        program.send(signal);
-        expectInterruption(program.finish(), exitCode);
+        expectInterruption(interrupt(program, signal), exitCode);
         EXPECT_THAT(folder.entries(), IsEmpty());
     }
 }
@@ -196,8 +195,7 @@ TEST_F(Interruption, LeavesAnOlderFileAlone)
         surroundings());
     while (folder.entries().size() < 2 && !program.hasEnded())
         pauseShortly();
-    program.send(SIGINT);
-    expectInterruption(program.finish(), 130);
+    expectInterruption(interrupt(program, SIGINT), 130);
     EXPECT_THAT(folder.entries(), ElementsAre("a.wav"));
     EXPECT_EQ(folder.read("a.wav"), "older");
 }

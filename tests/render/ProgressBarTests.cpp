@@ -1,9 +1,9 @@
 #include "render/ProgressBar.h"
 
-#include <array>
+#include "tests/render/TemporaryFolder.h"
+#include "tests/render/Terminal.h"
+
 #include <cstdio>
-#include <cstdlib>
-#include <stdexcept>
 #include <string>
 
 #include <fcntl.h>
@@ -19,71 +19,37 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-/// Stands in for standard error until it goes out of scope: a terminal, or a pipe.
-class StandardError
+/// Sends standard error elsewhere until it goes out of scope.
+class Redirection
 {
 public:
-    enum class Kind
-    {
-        terminal,
-        pipe,
-    };
-
-    explicit StandardError(Kind kind)
+    explicit Redirection(int descriptor) : before(::dup(STDERR_FILENO))
     {
         std::fflush(stderr);
-        int writeEnd = -1;
-        if (kind == Kind::terminal) {
-            readEnd = ::posix_openpt(O_RDWR | O_NOCTTY);
-            if (::grantpt(readEnd) != 0 || ::unlockpt(readEnd) != 0)
-                throw std::runtime_error("no terminal could be made");
-            writeEnd = ::open(::ptsname(readEnd), O_RDWR | O_NOCTTY);
-        } else {
-            std::array<int, 2> ends{};
-            if (::pipe(ends.data()) != 0)
-                throw std::runtime_error("no pipe could be made");
-            readEnd = ends[0];
-            writeEnd = ends[1];
-        }
-        ::dup2(writeEnd, STDERR_FILENO);
-        ::close(writeEnd);
+        ::dup2(descriptor, STDERR_FILENO);
     }
 
-    ~StandardError()
+    ~Redirection()
     {
         std::fflush(stderr);
         ::dup2(before, STDERR_FILENO);
         ::close(before);
-        ::close(readEnd);
     }
 
-    StandardError(const StandardError&) = delete;
-    StandardError& operator=(const StandardError&) = delete;
-
-    /// What has arrived there; empty when nothing has.
-    std::string read() const
-    {
-        std::fflush(stderr);
-        std::array<char, 4096> text{};
-        pollfd waiting{readEnd, POLLIN, 0};
-        if (::poll(&waiting, 1, 0) < 1)
-            return "";
-        const auto count = ::read(readEnd, text.data(), text.size());
-        return {text.data(), count > 0 ? static_cast<std::size_t>(count) : 0};
-    }
+    Redirection(const Redirection&) = delete;
+    Redirection& operator=(const Redirection&) = delete;
 
 private:
-    int before = ::dup(STDERR_FILENO);
-    int readEnd = -1;
+    int before;
 };
 
 /// Updates the bar until it is drawn, for at most ten seconds.
-std::string drawnBar(ProgressBar& bar, const StandardError& standardError, double fraction)
+std::string drawnBar(ProgressBar& bar, const Terminal& terminal, double fraction)
 {
     constexpr int tries = 1000;
     for (int i = 0; i < tries; ++i) {
         bar.update(fraction, 12.0);
-        if (auto text = standardError.read(); !text.empty())
+        if (auto text = terminal.read(); !text.empty())
             return text;
         ::poll(nullptr, 0, 10);
     }
@@ -92,39 +58,43 @@ std::string drawnBar(ProgressBar& bar, const StandardError& standardError, doubl
 
 TEST(ProgressBar, ShowsOnATerminalHowFarAndHowFastTheWorkIs)
 {
-    const StandardError standardError(StandardError::Kind::terminal);
+    const Terminal terminal;
+    const Redirection redirection(terminal.descriptor());
     ProgressBar bar(true);
-    EXPECT_THAT(drawnBar(bar, standardError, 0.5),
+    EXPECT_THAT(drawnBar(bar, terminal, 0.5),
                 AllOf(StartsWith("\r[###############...............]  50 %"), HasSubstr(" x real time")));
 }
 
 TEST(ProgressBar, StaysWithinItsFrame)
 {
-    const StandardError standardError(StandardError::Kind::terminal);
+    const Terminal terminal;
+    const Redirection redirection(terminal.descriptor());
     ProgressBar bar(true);
-    EXPECT_THAT(drawnBar(bar, standardError, 1.5), HasSubstr("[" + std::string(30, '#') + "] 100 %"));
+    EXPECT_THAT(drawnBar(bar, terminal, 1.5), HasSubstr("[" + std::string(30, '#') + "] 100 %"));
 }
 
 TEST(ProgressBar, IsReplacedByALineAtTheEnd)
 {
-    const StandardError standardError(StandardError::Kind::terminal);
+    const Terminal terminal;
+    const Redirection redirection(terminal.descriptor());
     {
         ProgressBar bar(true);
-        EXPECT_NE(drawnBar(bar, standardError, 0.5), "");
+        EXPECT_NE(drawnBar(bar, terminal, 0.5), "");
         bar.finish("drums.wav", 32.5);
-        EXPECT_THAT(standardError.read(), StartsWith("\r\x1b[Kdrums.wav: 32.5 s of sound, rendered in "));
+        EXPECT_THAT(terminal.read(), StartsWith("\r\x1b[Kdrums.wav: 32.5 s of sound, rendered in "));
     }
-    EXPECT_EQ(standardError.read(), "");
+    EXPECT_EQ(terminal.read(), "");
 }
 
 TEST(ProgressBar, WipesItselfAwayWhenTheWorkIsGivenUp)
 {
-    const StandardError standardError(StandardError::Kind::terminal);
+    const Terminal terminal;
+    const Redirection redirection(terminal.descriptor());
     {
         ProgressBar bar(true);
-        EXPECT_NE(drawnBar(bar, standardError, 0.5), "");
+        EXPECT_NE(drawnBar(bar, terminal, 0.5), "");
     }
-    EXPECT_EQ(standardError.read(), "\r\x1b[K");
+    EXPECT_EQ(terminal.read(), "\r\x1b[K");
 }
 
 void useForAWhile(ProgressBar& bar)
@@ -139,22 +109,26 @@ void useForAWhile(ProgressBar& bar)
 
 TEST(ProgressBar, IsSilentWhereStandardErrorIsNoTerminal)
 {
-    const StandardError standardError(StandardError::Kind::pipe);
+    const TemporaryFolder folder;
+    const int file = ::open(folder.file("errors").c_str(), O_WRONLY | O_CREAT, 0600);
     {
+        const Redirection redirection(file);
         ProgressBar bar(true);
         useForAWhile(bar);
     }
-    EXPECT_EQ(standardError.read(), "");
+    ::close(file);
+    EXPECT_EQ(folder.read("errors"), "");
 }
 
 TEST(ProgressBar, IsSilentOnATerminalWhenItIsNotWanted)
 {
-    const StandardError standardError(StandardError::Kind::terminal);
+    const Terminal terminal;
+    const Redirection redirection(terminal.descriptor());
     {
         ProgressBar bar(false);
         useForAWhile(bar);
     }
-    EXPECT_EQ(standardError.read(), "");
+    EXPECT_EQ(terminal.read(), "");
 }
 
 } // namespace
