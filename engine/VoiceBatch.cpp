@@ -123,8 +123,9 @@ struct VoiceVectors
             const std::size_t lane = firstLane + v * hn::Lanes(d);
             carrierPhase[v] = hn::Load(d, lanes.carrierPhase + lane);
             modPhase[v] = hn::Load(d, lanes.modPhase + lane);
-            carrierStep[v] = hn::Load(d, lanes.carrierStep + lane);
-            modStep[v] = hn::Load(d, lanes.modStep + lane);
+            // Of a step beyond a turn only the fraction is heard.
+            carrierStep[v] = Wrapped(hn::Load(d, lanes.carrierStep + lane));
+            modStep[v] = Wrapped(hn::Load(d, lanes.modStep + lane));
             amplitude[v] = hn::Load(f, lanes.amplitude + lane);
             decayRate[v] = hn::Load(f, lanes.decayRate + lane);
             gain[v] = hn::Load(f, lanes.gain + lane);

@@ -133,15 +133,14 @@ void MidiFile::addNote(int ring, int note, double startSeconds, double lengthSec
     // Synthesizers take the square of the velocity for the gain.
     const auto velocity = std::clamp(std::lround(std::sqrt(gain) * static_cast<float>(highestKey)), 1L, 127L);
 
-    auto& notes = notesOfRing[static_cast<std::size_t>(ring)];
-    const auto key = static_cast<std::uint8_t>(note);
-    for (auto earlier = notes.rbegin(); earlier != notes.rend(); ++earlier) {
-        if (earlier->key == key) {
-            earlier->end = std::clamp(earlier->end, earlier->start, std::max(start, earlier->start));
-            break;
-        }
+    auto& [notes, countAtKey] = tracks[static_cast<std::size_t>(ring)];
+    auto& count = countAtKey[static_cast<std::size_t>(note)];
+    if (count > 0) {
+        auto& earlier = notes[count - 1];
+        earlier.end = std::clamp(earlier.end, earlier.start, std::max(start, earlier.start));
     }
-    notes.push_back({start, end, key, static_cast<std::uint8_t>(velocity)});
+    notes.push_back({start, end, static_cast<std::uint8_t>(note), static_cast<std::uint8_t>(velocity)});
+    count = notes.size();
 }
 
 std::vector<std::uint8_t> MidiFile::bytes() const
@@ -157,7 +156,7 @@ std::vector<std::uint8_t> MidiFile::bytes() const
     appendTrack(file, tempoTrack(quartersPerMinute));
     for (int ring = 0; ring < ringTracks; ++ring) {
         std::vector<KeyEvent> events;
-        for (const auto& note : notesOfRing[static_cast<std::size_t>(ring)]) {
+        for (const auto& note : tracks[static_cast<std::size_t>(ring)].notes) {
             if (note.end == note.start)
                 continue;
             events.push_back({note.start, true, note.key, note.velocity});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -35,10 +36,17 @@ private:
         std::uint8_t velocity;
     };
 
+    struct Track
+    {
+        std::vector<Note> notes;
+        std::array<std::size_t, 128>
+            countAtKey{}; ///< notes there were once the key's latest had come; 0 before
+    };
+
     [[nodiscard]] std::int64_t ticksAt(double seconds) const;
 
     double quartersPerMinute;
-    std::array<std::vector<Note>, ringTracks> notesOfRing;
+    std::array<Track, ringTracks> tracks;
 };
 
 } // namespace velotrine

@@ -87,7 +87,7 @@ public:
         renderer.setup(unit.renderBlock(), cycleFrames);
         left.resize(static_cast<std::size_t>(cycleFrames));
         right.resize(static_cast<std::size_t>(cycleFrames));
-        interleaved.reserve(writeFrames + 2 * static_cast<std::size_t>(cycleFrames));
+        interleaved.resize(samplesPerWrite + 2 * static_cast<std::size_t>(cycleFrames));
     }
 
     /// Exactly so many frames: a change that follows takes effect at the very next one.
@@ -119,8 +119,8 @@ public:
     [[nodiscard]] std::vector<std::uint8_t> midiBytes() const { return midi.bytes(); }
 
 private:
-    /// Floats that are collected before they are converted and written.
-    static constexpr std::size_t writeFrames = 8192;
+    /// Samples of both channels that are collected before they are converted and written.
+    static constexpr std::size_t samplesPerWrite = 8192;
 
     static AudioFileWriter::Format audioFormat(const RenderOptions& options, std::int64_t playedFrames)
     {
@@ -142,20 +142,22 @@ private:
         for (const auto& event : kernel.noteEvents())
             midi.addNote(event.ring, event.note, secondsAt(framesRendered + event.frame),
                          static_cast<double>(event.decaySeconds), event.gain);
+        auto* sample = interleaved.data() + samplesCollected;
         for (std::size_t i = 0; i < static_cast<std::size_t>(frames); ++i) {
-            interleaved.push_back(left[i]);
-            interleaved.push_back(right[i]);
+            *sample++ = left[i];
+            *sample++ = right[i];
         }
+        samplesCollected += 2 * static_cast<std::size_t>(frames);
         framesRendered += frames;
-        if (interleaved.size() >= writeFrames)
+        if (samplesCollected >= samplesPerWrite)
             flush();
     }
 
     void flush()
     {
         stopIfInterrupted();
-        audio.write(interleaved);
-        interleaved.clear();
+        audio.write(std::span(interleaved).first(samplesCollected));
+        samplesCollected = 0;
         progress.update(static_cast<double>(framesRendered) / static_cast<double>(framesToPlay),
                         secondsRendered());
     }
@@ -178,7 +180,8 @@ private:
     ProgressBar progress;
     std::vector<float> left;
     std::vector<float> right;
-    std::vector<float> interleaved;
+    std::vector<float> interleaved; ///< left and right by turns; room for a cycle beyond samplesPerWrite
+    std::size_t samplesCollected = 0;
 };
 
 std::int64_t framesToPlay(const RenderOptions& options, double bpm)
