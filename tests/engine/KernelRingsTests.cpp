@@ -2,6 +2,7 @@
 
 #include "engine/HostClock.h"
 #include "engine/RandomGenerator.h"
+#include "tests/engine/EachSimdTarget.h"
 #include "tests/engine/PlayingKernel.h"
 
 #include <algorithm>
@@ -20,6 +21,7 @@ namespace {
 
 using test::HeardNote;
 using test::PlayingKernel;
+using ::testing::ElementsAre;
 
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
@@ -276,6 +278,41 @@ TEST(KernelRings, WobblesComeTogetherEveryEightBars)
     playing.run(7 * 96000, 1000);
     for (std::size_t ring = 0; ring < 5; ++ring)
         EXPECT_LT(std::min(kernel.lfoPhases[ring], 1.0 - kernel.lfoPhases[ring]), 1.0e-8);
+}
+
+/// A bar of one quarter in 16384 frames, and a wobble of a quarter turn that turns round at a quarter and at
+/// three quarters of the bar: every step is a power of two, so that nothing is rounded and the hand comes to
+/// the spots exactly on a frame. There a wobble that is too large by one part in 10^15 makes a note a frame
+/// late.
+TEST(KernelRings, ASpotMetExactlyWhereTheWobbleTurnsRoundFiresInThatFrame)
+{
+    test::onEachSimdTarget([] {
+        constexpr std::int64_t framesPerBar = 16384;
+        PlayingKernel playing;
+        auto& kernel = playing.kernel;
+        playing.playOnlyRing(4, 2);
+        kernel.calories = 1.0f;
+        kernel.phaseOffsets[4] = 0.5f;
+        kernel.sync = true;
+        kernel.hostPlaying = true;
+        kernel.hostTempo = 175.78125;
+        kernel.hostBeatsPerBar = 1.0;
+        kernel.hostBeatUnit = 4.0;
+        playing.run(2 * framesPerBar, 512);
+
+        // A frame's crossings are looked for at its end, when the clock has moved. At the bar line the hand
+        // stands exactly on the spot that it leaves backwards, so that it is beyond it one frame later.
+        std::vector<std::int64_t> frames;
+        std::vector<int> spots;
+        for (const auto& note : playing.notes) {
+            frames.push_back(note.frame);
+            spots.push_back(note.spot);
+        }
+        EXPECT_THAT(frames, ElementsAre(framesPerBar / 4 - 1, framesPerBar / 2 - 1, framesPerBar * 3 / 4 - 1,
+                                        framesPerBar, framesPerBar * 5 / 4 - 1, framesPerBar * 3 / 2 - 1,
+                                        framesPerBar * 7 / 4 - 1));
+        EXPECT_THAT(spots, ElementsAre(1, 0, 1, 0, 1, 0, 1));
+    });
 }
 
 TEST(KernelRings, ACertainSpotTakesNoRandomNumberOfItsOwn)
