@@ -8,8 +8,6 @@
 
 #include <hwy/highway.h>
 
-#include "engine/SineOfTurns-inl.h"
-
 HWY_BEFORE_NAMESPACE();
 
 namespace velotrine {
@@ -122,17 +120,6 @@ void Advance(ClockPhases& phases, int frames)
     vectors.Store(phases);
 }
 
-void SinesOfPhases(const double* phases, double* sines)
-{
-    const Doubles d;
-    Vector turns[PhaseVectors::count];
-    for (std::size_t i = 0; i < PhaseVectors::count; ++i)
-        turns[i] = hn::Load(d, phases + i * PhaseVectors::lanes);
-    SinesOfTurns(d, turns);
-    for (std::size_t i = 0; i < PhaseVectors::count; ++i)
-        hn::Store(turns[i], d, sines + i * PhaseVectors::lanes);
-}
-
 } // namespace HWY_NAMESPACE
 } // namespace velotrine
 
@@ -143,18 +130,10 @@ HWY_AFTER_NAMESPACE();
 namespace velotrine {
 
 HWY_EXPORT(Advance);
-HWY_EXPORT(SinesOfPhases);
 
 void ClockPhases::advance(int frames) noexcept VELOTRINE_NONBLOCKING
 {
     HWY_DYNAMIC_DISPATCH(Advance)(*this, frames);
-}
-
-std::array<double, ClockPhases::places> ClockPhases::risingSines() const noexcept VELOTRINE_NONBLOCKING
-{
-    alignas(64) std::array<double, places> sines{};
-    HWY_DYNAMIC_DISPATCH(SinesOfPhases)(rising.data(), sines.data());
-    return sines;
 }
 
 } // namespace velotrine

@@ -27,9 +27,6 @@ struct ClockPhases
     /// sums are those of one addition after the other, to the last bit: where a crossing falls exactly on a
     /// frame, that bit decides which frame it is.
     void advance(int frames) noexcept VELOTRINE_NONBLOCKING;
-
-    /// sin(2 pi phase) of the rising phases, within 4e-14.
-    [[nodiscard]] std::array<double, places> risingSines() const noexcept VELOTRINE_NONBLOCKING;
 };
 
 } // namespace velotrine

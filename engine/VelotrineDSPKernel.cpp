@@ -318,11 +318,13 @@ void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept V
         const int next = std::min(*std::ranges::min_element(nextLook), lastFrame);
         phases.advance(next - frame);
         frame = next;
-        const auto sines = phases.risingSines();
         for (const auto& ring : motion.rings) {
             if (nextLook[ring.ring] > frame && frame < lastFrame)
                 continue;
-            const double wobble = motion.wobbleAmplitude * sines[ring.ring] * ring.direction;
+            // The library's sine, good to the last bit but one: it too can decide on which frame a spot is
+            // met.
+            const double sine = std::sin(twoPi * phases.rising[ring.ring]);
+            const double wobble = motion.wobbleAmplitude * sine * ring.direction;
             const double hand = lookAtRing(ring, wobble, frame);
             nextLook[ring.ring] = frame + 1 + quietFrames(motion, ring, hand);
         }

@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <numbers>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -157,45 +156,6 @@ TEST(ClockPhases, UnusedPlacesStayZero)
         }
     }
     EXPECT_NEAR(phases.rising[ClockPhases::barClock], 0.55, 1.0e-12);
-}
-
-TEST(ClockPhases, SinesAreExactToFourteenDigits)
-{
-    test::onEachSimdTarget([] {
-        RandomPhases random;
-        const auto check = [](const ClockPhases& phases) {
-            const auto sines = phases.risingSines();
-            for (std::size_t i = 0; i < places; ++i) {
-                const long double radians =
-                    2.0L * std::numbers::pi_v<long double> * static_cast<long double>(phases.rising[i]);
-                const auto error = static_cast<long double>(sines[i]) - std::sin(radians);
-                ASSERT_LE(std::abs(error), 4.5e-14L) << "at " << phases.rising[i];
-            }
-        };
-        for (int i = 0; i < 20000; ++i)
-            check(random.draw(0.0));
-        for (int i = 0; i < 40000; i += static_cast<int>(places)) {
-            ClockPhases phases;
-            for (std::size_t place = 0; place < places; ++place)
-                phases.rising[place] = (i + static_cast<double>(place)) / 40000.0;
-            check(phases);
-        }
-    });
-}
-
-TEST(ClockPhases, SinesAtTheQuartersOfATurnHaveTheirSigns)
-{
-    test::onEachSimdTarget([] {
-        ClockPhases phases;
-        phases.rising = {0.0, 0.25, 0.5, 0.75, 0.125, 0.375, 0.625, 0.875};
-        const auto sines = phases.risingSines();
-        const double diagonal = std::numbers::sqrt2 / 2.0;
-        const std::array<double, places> expected{0.0,      1.0,      0.0,       -1.0,
-                                                  diagonal, diagonal, -diagonal, -diagonal};
-        for (std::size_t i = 0; i < places; ++i)
-            EXPECT_NEAR(sines[i], expected[i], 4.5e-14);
-        EXPECT_EQ(sines[0], 0.0);
-    });
 }
 
 } // namespace

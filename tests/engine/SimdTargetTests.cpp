@@ -1,14 +1,14 @@
-#include "engine/ClockPhases.h"
 #include "engine/SimdTarget.h"
+#include "engine/SoftClip.h"
 #include "tests/reference/SideBySide.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <iterator>
-#include <numbers>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -16,17 +16,26 @@
 namespace velotrine {
 namespace {
 
-/// The last bits of many sines, which tell instruction sets with a fused multiply-add from those without.
+constexpr int ramp = 4096;
+
+/// A ramp from -2 to 2, soft-clipped.
+std::array<float, ramp> clippedRamp()
+{
+    std::array<float, ramp> mix{};
+    for (std::size_t i = 0; i < mix.size(); ++i)
+        mix[i] = static_cast<float>(i) / 1024.0f - 2.0f;
+    std::array<float, ramp> clipped{};
+    softClip(mix.data(), 1.0f, clipped.data(), clipped.data(), ramp);
+    return clipped;
+}
+
+/// The last bits of many soft-clipped samples, which tell instruction sets with a fused multiply-add from
+/// those without.
 std::uint64_t fingerprint()
 {
     std::uint64_t bits = 0;
-    ClockPhases phases;
-    for (int i = 0; i < 1000; ++i) {
-        for (std::size_t place = 0; place < ClockPhases::places; ++place)
-            phases.rising[place] = static_cast<double>(i) / 1000.0 + static_cast<double>(place) / 8191.0;
-        for (const double sine : phases.risingSines())
-            bits = bits * 31 + std::bit_cast<std::uint64_t>(sine);
-    }
+    for (const float sample : clippedRamp())
+        bits = bits * 31 + std::bit_cast<std::uint32_t>(sample);
     return bits;
 }
 
@@ -76,22 +85,19 @@ TEST(SimdTarget, AskingWhichThereAreChangesNeitherTheAnswerNorTheChoice)
         EXPECT_EQ(targetsAgain[i].id, targets[i].id);
 }
 
-TEST(SimdTarget, EachCanBeForcedAndKnowsItsSines)
+TEST(SimdTarget, EachCanBeForcedAndSoftClips)
 {
     const SimdTargetGuard guard;
     for (const SimdTarget& target : availableSimdTargets()) {
         SCOPED_TRACE(target.name);
         forceSimdTarget(target);
-        ClockPhases phases;
-        for (int i = 0; i < 1000; ++i) {
-            phases.rising.fill(static_cast<double>(i) / 1000.0);
-            for (const double sine : phases.risingSines())
-                ASSERT_NEAR(sine, std::sin(2.0 * std::numbers::pi * phases.rising[0]), 1.0e-13);
-        }
+        const auto clipped = clippedRamp();
+        for (std::size_t i = 0; i < clipped.size(); ++i)
+            ASSERT_NEAR(clipped[i], std::tanh(static_cast<float>(i) / 1024.0f - 2.0f), 3.0e-7f);
     }
 }
 
-TEST(SimdTarget, ForcingOneTakesEffectInTheLastBitsOfASine)
+TEST(SimdTarget, ForcingOneTakesEffectInTheLastBits)
 {
     const SimdTargetGuard guard;
     const auto targets = availableSimdTargets();
