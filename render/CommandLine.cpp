@@ -152,10 +152,10 @@ void checkValues(const CLI::App& command, std::span<const char* const> arguments
 void parse(CLI::App& app, std::span<const char* const> arguments)
 {
     constexpr std::size_t programAndCommand = 2;
-    if (arguments.size() >= programAndCommand)
-        for (const auto* const command : app.get_subcommands([](CLI::App*) { return true; }))
-            if (command->get_name() == arguments[1])
-                checkValues(*command, arguments.subspan(programAndCommand));
+    for (const auto* const command : app.get_subcommands([](CLI::App*) { return true; })) {
+        if (arguments.size() >= programAndCommand && command->get_name() == arguments[1])
+            checkValues(*command, arguments.subspan(programAndCommand));
+    }
     app.parse(static_cast<int>(arguments.size()), arguments.data());
 }
 
@@ -249,9 +249,10 @@ int complain(const std::string& message, int exitCode)
 /// meant for it. What is put there instead is open the wrong way round, so that using it still fails.
 void occupyStandardStreams()
 {
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(stream, F_GETFD) < 0)
             (void)::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
 }
 
 } // namespace

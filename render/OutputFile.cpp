@@ -105,7 +105,7 @@ fs::path OutputFile::folderForTemporary() const
     if (!isStream_)
         return target.parent_path();
     std::error_code error;
-    const auto folder = fs::temp_directory_path(error);
+    auto folder = fs::temp_directory_path(error);
     if (error)
         throw WorkError(name_ + ": could not be written: there is no folder for temporary files");
     return folder;

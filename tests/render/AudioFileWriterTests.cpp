@@ -19,7 +19,9 @@ namespace {
 using testing::Each;
 using testing::ElementsAre;
 using testing::FloatNear;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::Pointwise;
 using testing::StartsWith;
 
@@ -114,6 +116,17 @@ TEST(AudioFileWriter, WritesTheSameBytesForTheSameSamplesInAnyPieces)
         EXPECT_TRUE(folder.read("2") == whole);
         EXPECT_TRUE(folder.read("998") == whole);
     }
+}
+
+TEST(AudioFileWriter, WritesNothingOfTheTimeOfDay)
+{
+    // A chunk of peak values, which files of floats often have, would hold it.
+    const TemporaryFolder folder;
+    AudioFileWriter writer(folder.file("a.wav"), {AudioContainer::wav, SampleFormat::f32, 48000, 0});
+    writer.write(testSamples());
+    writer.finish();
+    writer.file().commit();
+    EXPECT_THAT(folder.read("a.wav").substr(0, 200), Not(HasSubstr("PEAK")));
 }
 
 TEST(AudioFileWriter, UsesTheContainerForLongFilesOnlyBeyondFourGigabytes)

@@ -159,7 +159,7 @@ INSTANTIATE_TEST_SUITE_P(
                     number("BarsWithAComma", &RenderArguments::bars, "4,5", "--bars", someBars),
                     number("HexadecimalBars", &RenderArguments::bars, "0x10", "--bars", someBars),
                     number("NoSeconds", &RenderArguments::seconds, "-0", "--seconds", someSeconds),
-                    number("TooManySeconds", &RenderArguments::seconds, "86401", "--seconds", someSeconds),
+                    number("TooManySeconds", &RenderArguments::seconds, "86400.1", "--seconds", someSeconds),
                     number("EndlessSeconds", &RenderArguments::seconds, "inf", "--seconds", someSeconds),
                     number("NotANumberOfSeconds", &RenderArguments::seconds, "nan", "--seconds", someSeconds),
                     number("VeryManySeconds", &RenderArguments::seconds, "1e999", "--seconds", someSeconds),
@@ -177,7 +177,7 @@ const std::string someTail = "auto, none, or a number of seconds up to 3600";
 INSTANTIATE_TEST_SUITE_P(
     Number, RenderMistake,
     testing::Values(number("SlowTempo", &RenderArguments::tempo, "39.9", "--tempo", someTempo),
-                    number("FastTempo", &RenderArguments::tempo, "301", "--tempo", someTempo),
+                    number("FastTempo", &RenderArguments::tempo, "300.1", "--tempo", someTempo),
                     number("TempoInWords", &RenderArguments::tempo, "allegro", "--tempo", someTempo),
                     number("LowRate", &RenderArguments::sampleRate, "7999", "--sample-rate", someRate),
                     number("HighRate", &RenderArguments::sampleRate, "768001", "--sample-rate", someRate),
@@ -189,7 +189,7 @@ INSTANTIATE_TEST_SUITE_P(
                     number("FractionOfAFrame", &RenderArguments::block, "1.5", "--block", someFrames),
                     number("FramesBeyond64Bits", &RenderArguments::block, "1e30", "--block", someFrames),
                     number("NegativeTail", &RenderArguments::tail, "-1", "--tail", someTail),
-                    number("LongTail", &RenderArguments::tail, "3601", "--tail", someTail),
+                    number("LongTail", &RenderArguments::tail, "3600.1", "--tail", someTail),
                     number("TailInWords", &RenderArguments::tail, "long", "--tail", someTail),
                     number("TailInOtherCase", &RenderArguments::tail, "Auto", "--tail", someTail)),
     nameOf);
