@@ -15,7 +15,9 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 find_program(VELOTRINE_CCACHE ccache)
 if(VELOTRINE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${VELOTRINE_CCACHE}")
+  # JUCE names the build's date in places, and precompiled headers have a date of their own.
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros
+                                  "${VELOTRINE_CCACHE}")
 endif()
 
 # Our own code: warnings are errors. A library's headers come in as SYSTEM and are not ours to judge.

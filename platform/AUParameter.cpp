@@ -14,13 +14,19 @@ AUValue AUParameter::value() const
 
 void AUParameter::setValue(AUValue value, AUParameterObserverToken originator)
 {
+    setValue(value, originator, 0, AUParameterAutomationEventType::value);
+}
+
+void AUParameter::setValue(AUValue value, AUParameterObserverToken originator, std::uint64_t hostTime,
+                           AUParameterAutomationEventType eventType)
+{
     ownValue = value;
     const auto tree = closures.lock();
     if (!tree)
         return;
     if (tree->implementorValueObserver)
         tree->implementorValueObserver(*this, value);
-    tree->observers.notify(originator, address(), value);
+    tree->observers.notify(originator, {hostTime, address(), value, eventType});
 }
 
 } // namespace velotrine

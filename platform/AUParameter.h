@@ -27,7 +27,24 @@ inline constexpr AudioUnitParameterOptions kAudioUnitParameterFlag_CanRamp = 0x0
 inline constexpr AudioUnitParameterOptions kAudioUnitParameterFlag_IsReadable = 0x40000000;
 inline constexpr AudioUnitParameterOptions kAudioUnitParameterFlag_IsWritable = 0x80000000;
 
+/// Why a value is written: just so, or because somebody begins or ends to hold the control.
+enum class AUParameterAutomationEventType : std::uint32_t
+{
+    value = 0,
+    touch = 1,
+    release = 2,
+};
+
+struct AUParameterAutomationEvent
+{
+    std::uint64_t hostTime = 0; ///< HostClock ticks; 0 is now
+    AUParameterAddress address = 0;
+    AUValue value = 0.0f;
+    AUParameterAutomationEventType eventType = AUParameterAutomationEventType::value;
+};
+
 using AUParameterObserverToken = ObserverToken;
+using AUParameterAutomationObserver = std::function<void(const AUParameterAutomationEvent&)>;
 using AUParameterObserver = std::function<void(AUParameterAddress, AUValue)>;
 using AUImplementorValueObserver = std::function<void(const AUParameter&, AUValue)>;
 using AUImplementorValueProvider = std::function<AUValue(const AUParameter&)>;
@@ -52,7 +69,7 @@ struct AUParameterClosures
 {
     AUImplementorValueObserver implementorValueObserver;
     AUImplementorValueProvider implementorValueProvider;
-    ObserverList<AUParameterAddress, AUValue> observers;
+    ObserverList<const AUParameterAutomationEvent&> observers;
 };
 
 /// One setting of an audio unit. Reading and writing: any thread but the render thread, for which there are
@@ -95,6 +112,11 @@ public:
     /// Hands the value, as it is, to the tree's value observer, then tells the tree's other observers, except
     /// the one whose token the writer passes. Does nothing once the tree is gone.
     void setValue(AUValue value, AUParameterObserverToken originator = 0);
+
+    /// The same, saying since when and why. A control that is held sends touch, then values, then release;
+    /// automation observers learn of all, the others of the values.
+    void setValue(AUValue value, AUParameterObserverToken originator, std::uint64_t hostTime,
+                  AUParameterAutomationEventType eventType);
 
 private:
     friend class AUParameterTree;

@@ -53,6 +53,15 @@ std::shared_ptr<AUParameter> AUParameterTree::parameterWithAddress(AUParameterAd
 
 AUParameterObserverToken AUParameterTree::tokenByAddingParameterObserver(AUParameterObserver observer)
 {
+    return closures->observers.add([observer = std::move(observer)](const AUParameterAutomationEvent& event) {
+        if (event.eventType == AUParameterAutomationEventType::value)
+            observer(event.address, event.value);
+    });
+}
+
+AUParameterObserverToken AUParameterTree::tokenByAddingParameterAutomationObserver(
+    AUParameterAutomationObserver observer)
+{
     return closures->observers.add(std::move(observer));
 }
 

@@ -33,6 +33,12 @@ public:
 
     /// The observer is told of every write but its own, on the writer's thread.
     [[nodiscard]] AUParameterObserverToken tokenByAddingParameterObserver(AUParameterObserver observer);
+
+    /// The same, told also when a control is taken hold of and let go.
+    [[nodiscard]] AUParameterObserverToken tokenByAddingParameterAutomationObserver(
+        AUParameterAutomationObserver observer);
+
+    /// Removes either kind.
     void removeParameterObserver(AUParameterObserverToken token);
 
 private:

@@ -206,5 +206,38 @@ TEST_F(AUParameterTreeOfThree, AnObserverMayAddAndRemoveObserversInItsTurn)
     EXPECT_EQ(late, (std::vector<Write>{{5, 0.5f}}));
 }
 
+TEST_F(AUParameterTreeOfThree, AnAutomationObserverLearnsWhenAControlIsHeldAndOthersOnlyOfValues)
+{
+    std::vector<Write> writes;
+    addRecorder(writes);
+    std::vector<AUParameterAutomationEventType> types;
+    std::vector<AUValue> values;
+    std::ignore =
+        tree->tokenByAddingParameterAutomationObserver([&](const AUParameterAutomationEvent& event) {
+            EXPECT_EQ(event.address, 5u);
+            EXPECT_EQ(event.hostTime, 77u);
+            types.push_back(event.eventType);
+            values.push_back(event.value);
+        });
+    using enum AUParameterAutomationEventType;
+    first->setValue(0.25f, 0, 77, touch);
+    first->setValue(0.5f, 0, 77, value);
+    first->setValue(0.75f, 0, 77, release);
+    EXPECT_EQ(types, (std::vector{touch, value, release}));
+    EXPECT_EQ(values, (std::vector{0.25f, 0.5f, 0.75f}));
+    EXPECT_EQ(writes, (std::vector<Write>{{5, 0.5f}}));
+    EXPECT_EQ(first->value(), 0.75f);
+}
+
+TEST_F(AUParameterTreeOfThree, ARemovedAutomationObserverIsNotTold)
+{
+    int calls = 0;
+    const auto token =
+        tree->tokenByAddingParameterAutomationObserver([&](const AUParameterAutomationEvent&) { ++calls; });
+    tree->removeParameterObserver(token);
+    first->setValue(0.25f);
+    EXPECT_EQ(calls, 0);
+}
+
 } // namespace
 } // namespace velotrine

@@ -1,0 +1,32 @@
+# JUCE's modules, compiled once and shared by everything that has a window: velotrine_juce.
+
+include_guard(GLOBAL)
+
+find_package(JUCE 7.0.5 CONFIG REQUIRED)
+
+# VST3's C++ side and the modules below need these in every file that includes a JUCE header.
+set(VELOTRINE_JUCE_DEFINITIONS
+    JUCE_ALSA=1
+    JUCE_JACK=1
+    JUCE_DISPLAY_SPLASH_SCREEN=0
+    JUCE_REPORT_APP_USAGE=0
+    JUCE_MODAL_LOOPS_PERMITTED=0
+    JUCE_STRICT_REFCOUNTEDPOINTER=1
+    JUCE_USE_CURL=0
+    JUCE_USE_FLAC=0
+    JUCE_USE_OGGVORBIS=0
+    JUCE_VST3_CAN_REPLACE_VST2=0
+    JUCE_WEB_BROWSER=0)
+
+add_library(velotrine_juce STATIC)
+target_link_libraries(
+  velotrine_juce PRIVATE juce::juce_audio_devices juce::juce_audio_processors juce::juce_gui_extra
+                         juce::pkgconfig_JUCE_IMG_LINUX_DEPS)
+target_compile_definitions(velotrine_juce PUBLIC JUCE_GLOBAL_MODULE_SETTINGS_INCLUDED=1 ${VELOTRINE_JUCE_DEFINITIONS}
+                                                 $<$<NOT:$<CONFIG:Debug>>:NDEBUG=1>)
+target_compile_definitions(velotrine_juce INTERFACE $<TARGET_PROPERTY:velotrine_juce,COMPILE_DEFINITIONS>)
+target_include_directories(velotrine_juce SYSTEM
+                           INTERFACE $<TARGET_PROPERTY:velotrine_juce,INCLUDE_DIRECTORIES>)
+# The modules are no hot path; -O1 halves their compile time.
+target_compile_options(velotrine_juce PRIVATE $<$<NOT:$<CONFIG:Debug>>:-O1>)
+set_target_properties(velotrine_juce PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden)
