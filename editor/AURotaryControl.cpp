@@ -44,7 +44,6 @@ AURotaryControl::AURotaryControl()
     setWantsKeyboardFocus(true);
     setMouseClickGrabsKeyboardFocus(false);
     setRepaintsOnMouseActivity(false);
-    setBufferedToImage(true);
 }
 
 void AURotaryControl::setValue(float newValue)
@@ -53,7 +52,7 @@ void AURotaryControl::setValue(float newValue)
     if (bounded == _value || std::isnan(newValue))
         return;
     _value = bounded;
-    repaint();
+    faceChanged();
     if (onValueChanged)
         onValueChanged(_value);
     if (auto* handler = getAccessibilityHandler())
@@ -137,8 +136,21 @@ void AURotaryControl::paint(juce::Graphics& graphics)
 {
     if (getLocalBounds().isEmpty())
         return;
-    makeImages(graphics.getInternalContext().getPhysicalPixelScaleFactor());
+    const auto grid = pixelGridOf(*this, graphics);
+    if (grid != faceGrid) {
+        faceGrid = grid;
+        makeImages(grid.pixelsPerPoint);
+        emptyPicture(face, grid, backdrop);
+        juce::Graphics faceGraphics(face);
+        faceGraphics.addTransform(grid.fromPoints());
+        drawFace(faceGraphics);
+    }
+    graphics.setOpacity(1.0f);
+    graphics.drawImageTransformed(face, grid.fromPoints().inverted());
+}
 
+void AURotaryControl::drawFace(juce::Graphics& graphics) const
+{
     const auto bounds = getLocalBounds().toFloat();
     const auto toPoints =
         juce::AffineTransform::scale(bounds.getWidth() / static_cast<float>(underlayImage.getWidth()),
@@ -153,9 +165,16 @@ void AURotaryControl::paint(juce::Graphics& graphics)
         graphics.setColour(grey(1.0f, 0.14f));
         graphics.fillEllipse(bounds.reduced(bounds.getWidth() * 0.25f));
     }
+    graphics.setOpacity(1.0f);
     graphics.drawImageTransformed(overlayImage,
                                   toPoints.rotated(juce::degreesToRadians(overlayAngleDegrees()),
                                                    bounds.getCentreX(), bounds.getCentreY()));
+}
+
+void AURotaryControl::faceChanged()
+{
+    faceGrid = {};
+    repaint();
 }
 
 void AURotaryControl::drawReadout(juce::Graphics& graphics) const
@@ -179,7 +198,7 @@ void AURotaryControl::showReadout()
     if (readoutVisible)
         return;
     readoutVisible = true;
-    repaint();
+    faceChanged();
 }
 
 void AURotaryControl::timerCallback()
@@ -188,7 +207,7 @@ void AURotaryControl::timerCallback()
         return;
     stopTimer();
     readoutVisible = false;
-    repaint();
+    faceChanged();
 }
 
 void AURotaryControl::mouseDown(const juce::MouseEvent& event)
@@ -280,12 +299,12 @@ bool AURotaryControl::keyPressed(const juce::KeyPress& key)
 
 void AURotaryControl::focusGained(FocusChangeType)
 {
-    repaint();
+    faceChanged();
 }
 
 void AURotaryControl::focusLost(FocusChangeType)
 {
-    repaint();
+    faceChanged();
 }
 
 std::unique_ptr<juce::AccessibilityHandler> AURotaryControl::createAccessibilityHandler()

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "editor/PixelGrid.h"
+
 #include <juce_gui_basics/juce_gui_basics.h>
 
 #include <functional>
+#include <optional>
 
 namespace velotrine {
 
@@ -36,6 +39,9 @@ public:
 
     ImageProvider underlayImageProvider;
     ImageProvider overlayImageProvider;
+
+    /// What lies behind the knob, if that is one opaque colour: drawing is cheaper when it is known.
+    std::optional<juce::Colour> backdrop;
 
     /// Where the overlay stands at the ends of the range: degrees, clockwise from upright. The two differ.
     float lowAngle = -160.0f;
@@ -85,8 +91,10 @@ private:
     void moveBy(float fractionOfRange);
     void setByUser(float newValue);
     void makeImages(float pixelsPerPoint);
-    void showReadout();
+    void drawFace(juce::Graphics& graphics) const;
     void drawReadout(juce::Graphics& graphics) const;
+    void faceChanged();
+    void showReadout();
     bool cancelDrag();
     void timerCallback() override;
 
@@ -102,6 +110,8 @@ private:
     juce::Image underlayImage;
     juce::Image overlayImage;
     float imagesPixelsPerPoint = 0.0f; ///< 0 while there are none of the present size
+    juce::Image face;                  ///< the knob as it looks now
+    PixelGrid faceGrid;                ///< of no size while the face has changed
     float dragHome = 0.0f;             ///< degrees, at the start of the drag
 
     /// What part of the knob's width turns it by one radian.

@@ -37,14 +37,11 @@ juce::Rectangle<float> circleAbout(juce::Point<double> centre, double radius)
     return juce::Rectangle<double>(2.0 * radius, 2.0 * radius).withCentre(centre).toFloat();
 }
 
-/// The line of a circle, as an area.
-juce::Path circleLine(juce::Point<double> centre, double radius, double width)
+/// @param flash  0 for none, 1 at the moment of firing
+juce::Colour spotColour(float flash)
 {
-    juce::Path path;
-    path.addEllipse(circleAbout(centre, radius + width / 2.0));
-    path.addEllipse(circleAbout(centre, radius - width / 2.0));
-    path.setUsingNonZeroWinding(false);
-    return path;
+    return flash > 0.0f ? colours::background.overlaidWith(juce::Colours::white.withAlpha(flash))
+                        : colours::background;
 }
 
 /// One tick of a phase on its shorter way to 12 o'clock.
@@ -93,11 +90,18 @@ ConcentricCirclesViewMac::Geometry ConcentricCirclesViewMac::measured() const
 void ConcentricCirclesViewMac::paint(juce::Graphics& graphics)
 {
     geometry = measured();
-    drawHand(graphics);
-    const auto grid = pixelGridFor(graphics);
-    const auto now = hostClockNow();
-    for (std::size_t ring = 0; ring < spotsPerRing.size(); ++ring)
-        drawRing(graphics, grid, ring, now);
+    if (getLocalBounds().isEmpty())
+        return;
+    const auto grid = pixelGridOf(*this, graphics);
+    emptyPicture(ringsImage, grid, backdrop);
+    {
+        juce::Graphics imageGraphics(ringsImage);
+        imageGraphics.addTransform(grid.fromPoints());
+        drawHand(imageGraphics);
+    }
+    drawRings(grid);
+    graphics.setOpacity(1.0f);
+    graphics.drawImageTransformed(ringsImage, grid.fromPoints().inverted());
 }
 
 void ConcentricCirclesViewMac::drawHand(juce::Graphics& graphics) const
@@ -111,15 +115,22 @@ void ConcentricCirclesViewMac::drawHand(juce::Graphics& graphics) const
     graphics.fillEllipse(circleAbout(geometry.centre, std::max(2.0, geometry.side * 0.008)));
 }
 
-ConcentricCirclesViewMac::PixelGrid ConcentricCirclesViewMac::pixelGridFor(
-    const juce::Graphics& graphics) const
+void ConcentricCirclesViewMac::drawRings(const PixelGrid& grid)
 {
-    return {graphics.getInternalContext().getPhysicalPixelScaleFactor(),
-            getTopLevelComponent()->getLocalPoint(this, juce::Point<float>())};
+    const auto drawWith = [&](auto painter) {
+        const auto now = hostClockNow();
+        for (std::size_t ring = 0; ring < spotsPerRing.size(); ++ring)
+            drawRing(painter, grid, ring, now);
+    };
+    if (backdrop)
+        drawWith(CirclePainter<juce::PixelRGB>(ringsImage));
+    else
+        drawWith(CirclePainter<juce::PixelARGB>(ringsImage));
 }
 
-void ConcentricCirclesViewMac::drawRing(juce::Graphics& graphics, const PixelGrid& grid, std::size_t ring,
-                                        std::uint64_t now)
+template <typename Pixel>
+void ConcentricCirclesViewMac::drawRing(CirclePainter<Pixel>& painter, const PixelGrid& grid,
+                                        std::size_t ring, std::uint64_t now) const
 {
     const auto spots = spotsPerRing[ring];
     if (spots < 0)
@@ -128,30 +139,20 @@ void ConcentricCirclesViewMac::drawRing(juce::Graphics& graphics, const PixelGri
         fatalError("a ring is drawn that has no phases");
 
     const auto colour = lineColour(ring);
-    graphics.setColour(colour);
-    graphics.fillPath(circleLine(geometry.centre, geometry.radii[ring], geometry.strokeWidth));
+    const auto lineWidth = grid.pixels(geometry.strokeWidth);
+    painter.drawCircle(grid.pixelAt(geometry.centre), grid.pixels(geometry.radii[ring]), lineWidth, colour);
 
     const auto rotation = displayedLfoOffsets[ring] + displayedActivityPhases[ring] +
                           static_cast<double>(ringPhaseOffsets[ring]);
+    const auto spotRadius = grid.pixels(geometry.spotRadius);
     for (std::int64_t spot = 0; spot < spots; ++spot) {
         const auto phase = static_cast<double>(spot) / static_cast<double>(spots) + rotation;
+        const auto centre = grid.pixelAt(pointAt(geometry.centre, geometry.radii[ring], phase));
         const auto index = static_cast<std::int64_t>(ring) * spotsPerRingMax + spot;
         const auto flash = spotFireTimes != nullptr ? flashAlpha(spotFireTimes[index], now) : 0.0f;
-        drawSpot(graphics, grid, pointAt(geometry.centre, geometry.radii[ring], phase), flash, colour);
+        painter.fillDisc(centre, spotRadius, spotColour(flash));
+        painter.drawCircle(centre, spotRadius, lineWidth, colour);
     }
-}
-
-void ConcentricCirclesViewMac::drawSpot(juce::Graphics& graphics, const PixelGrid& grid,
-                                        juce::Point<double> centre, float flash, juce::Colour line)
-{
-    const auto toPixels = [&](double points) { return static_cast<float>(points) * grid.pixelsPerPoint; };
-    const auto fill = flash > 0.0f ? colours::background.overlaidWith(juce::Colours::white.withAlpha(flash))
-                                   : colours::background;
-    spotImage.draw(grid.pixelAt(centre), toPixels(geometry.spotRadius), toPixels(geometry.strokeWidth), fill,
-                   line);
-    // A hair beyond the pixel's edge, or rounding might put the image between two pixels.
-    const auto corner = spotImage.corner().toFloat() + juce::Point<float>(0.01f, 0.01f);
-    graphics.drawImageTransformed(spotImage.image(), grid.transformFrom(corner));
 }
 
 juce::Colour ConcentricCirclesViewMac::lineColour(std::size_t ring) const

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "editor/SpotImage.h"
+#include "editor/CirclePainter.h"
+#include "editor/PixelGrid.h"
 #include "engine/RingCount.h"
 #include "engine/Shared.h"
 
@@ -44,6 +45,10 @@ public:
 
     std::optional<int> selectedRing;
 
+    /// What lies behind the view, if that is one opaque colour: drawing is cheaper when it is known. Without
+    /// it the view is transparent.
+    std::optional<juce::Colour> backdrop;
+
     /// Copies of the rings' parameters. Those not drawn are here for the ring's panel.
     std::array<std::int64_t, ringCount> ringSpotCounts{4, 5, 6, 7, 8};
     std::array<float, ringCount> ringPhaseOffsets{}; ///< turns
@@ -83,32 +88,12 @@ public:
     };
 
 private:
-    /// Where this view lies on the screen's pixels, whatever the scale factor.
-    struct PixelGrid
-    {
-        float pixelsPerPoint = 1.0f;
-        juce::Point<float> origin; ///< of the view in its window, points
-
-        [[nodiscard]] juce::Point<float> pixelAt(juce::Point<double> point) const
-        {
-            return (origin + point.toFloat()) * pixelsPerPoint;
-        }
-
-        /// From pixels to the view's points.
-        [[nodiscard]] juce::AffineTransform transformFrom(juce::Point<float> pixel) const
-        {
-            return juce::AffineTransform::translation(pixel)
-                .scaled(1.0f / pixelsPerPoint)
-                .translated(-origin);
-        }
-    };
-
     [[nodiscard]] Geometry measured() const;
     void drawHand(juce::Graphics& graphics) const;
-    void drawRing(juce::Graphics& graphics, const PixelGrid& grid, std::size_t ring, std::uint64_t now);
-    void drawSpot(juce::Graphics& graphics, const PixelGrid& grid, juce::Point<double> centre, float flash,
-                  juce::Colour line);
-    [[nodiscard]] PixelGrid pixelGridFor(const juce::Graphics& graphics) const;
+    void drawRings(const PixelGrid& grid);
+    template <typename Pixel>
+    void drawRing(CirclePainter<Pixel>& painter, const PixelGrid& grid, std::size_t ring,
+                  std::uint64_t now) const;
     [[nodiscard]] juce::Colour lineColour(std::size_t ring) const;
     [[nodiscard]] float flashAlpha(std::uint64_t fireTime, std::uint64_t now) const;
     [[nodiscard]] bool anySpotFlashes() const;
@@ -118,7 +103,7 @@ private:
     void timerCallback() override;
 
     Geometry geometry;
-    SpotImage spotImage; ///< of one spot at a time, at the screen's own density
+    juce::Image ringsImage; ///< at the screen's own density
 };
 
 } // namespace velotrine

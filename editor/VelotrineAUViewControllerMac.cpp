@@ -176,6 +176,7 @@ void VelotrineAUViewControllerMac::viewDidLoad()
 {
     registerDisplayFont();
     circlesView = std::make_unique<ConcentricCirclesViewMac>();
+    circlesView->backdrop = colours::background;
     circlesView->onRingSelected = [this](int ring) { showRingEditor(ring); };
     circlesView->onRingDeselected = [this] { dismissRingEditor(); };
     view().addAndMakeVisible(*circlesView);
@@ -201,6 +202,7 @@ std::unique_ptr<AURotaryControl> VelotrineAUViewControllerMac::makeKnob(
 {
     const auto address = addressOf(parameter);
     auto knob = std::make_unique<AURotaryControl>();
+    knob->backdrop = colours::background;
     knob->resetValue = knobReset;
     knob->setValue(knobReset);
     knob->label = name;
