@@ -30,3 +30,6 @@ target_include_directories(velotrine_juce SYSTEM
 # The modules are no hot path; -O1 halves their compile time.
 target_compile_options(velotrine_juce PRIVATE $<$<NOT:$<CONFIG:Debug>>:-O1>)
 set_target_properties(velotrine_juce PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden)
+# The name under which JACK's patch bays show the application.
+set_source_files_properties("${JUCE_MODULES_DIR}/juce_audio_devices/juce_audio_devices.cpp"
+                            PROPERTIES COMPILE_DEFINITIONS JUCE_JACK_CLIENT_NAME="Velotrine")
