@@ -38,11 +38,11 @@ public:
             page->setBounds(controller.pageContainer->getLocalBounds());
     }
 
-    // The keyboard is with the segments; what they do not use scrolls the page.
+    // Keys choose a segment or scroll its page, wherever in the window the keyboard is.
     bool keyPressed(const juce::KeyPress& key) override
     {
         const auto index = static_cast<std::size_t>(controller.segmented->selectedSegment());
-        return controller.pages[index]->keyPressed(key);
+        return controller.segmented->keyPressed(key) || controller.pages[index]->keyPressed(key);
     }
 
 private:
@@ -60,7 +60,7 @@ public:
             closeButtonPressed();
             return true;
         }
-        return HostWindow::keyPressed(key);
+        return HostWindow::keyPressed(key) || getContentComponent()->keyPressed(key);
     }
 };
 
@@ -118,7 +118,6 @@ void HelpWindowController::showPage(int index)
 void HelpWindowController::showWindow()
 {
     helpWindow->show();
-    segmented->grabKeyboardFocus();
 }
 
 HostWindow& HelpWindowController::window() noexcept

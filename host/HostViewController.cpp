@@ -146,16 +146,20 @@ void HostViewController::fillPresetPopup()
     presetPopup->onChange = [this] { presetChosen(); };
     if (presetOfItem.empty())
         return;
-    audioUnit->setCurrentPreset(presetOfItem.front());
+    applyPreset(presetOfItem.front());
     presetPopup->setSelectedItemIndex(0, juce::dontSendNotification);
 }
 
 void HostViewController::presetChosen()
 {
     const auto index = presetPopup->getSelectedItemIndex();
-    if (index < 0)
-        return;
-    audioUnit->setCurrentPreset(presetOfItem.at(static_cast<std::size_t>(index)));
+    if (index >= 0)
+        applyPreset(presetOfItem.at(static_cast<std::size_t>(index)));
+}
+
+void HostViewController::applyPreset(const AUAudioUnitPreset& preset)
+{
+    audioUnit->setCurrentPreset(preset);
     forceSyncOff();
 }
 

@@ -74,6 +74,7 @@ private:
     void forceSyncOff();
     void fillPresetPopup();
     void presetChosen();
+    void applyPreset(const AUAudioUnitPreset& preset);
     void embedEditor();
     void helpTapped();
     void updateDeviceLabel();
