@@ -18,11 +18,6 @@ constexpr int pullIntervalMilliseconds = 8;  ///< twice a frame of a 60 Hz displ
 constexpr int checksBetweenLooks = 1000 / AudioOutput::checkIntervalMilliseconds;
 constexpr int outputChannels = 2;
 
-AUAudioUnitBus& outputBusOf(AUAudioUnit& unit)
-{
-    return (*unit.outputBusses())[0];
-}
-
 /// Allocates anew. The instrument plays on from where it is, not from the start of its piece.
 void allocate(AUAudioUnit& unit, double sampleRate)
 {
@@ -30,7 +25,7 @@ void allocate(AUAudioUnit& unit, double sampleRate)
     const auto position =
         instrument == nullptr ? std::nullopt : std::optional(PiecePosition(*instrument->dspKernel));
     unit.deallocateRenderResources();
-    outputBusOf(unit).setFormat({sampleRate, outputChannels});
+    (*unit.outputBusses())[0].setFormat({sampleRate, outputChannels});
     unit.allocateRenderResources();
     if (position)
         position->putBack(*instrument->dspKernel);
@@ -90,25 +85,25 @@ std::optional<AUError> AVAudioEngine::openDevice()
 
 void AVAudioEngine::prepare(double sampleRate)
 {
-    auto& unit = *node->audioUnit();
-    if (unit.renderResourcesAllocated() && outputBusOf(unit).format().sampleRate == sampleRate)
+    if (preparedRate == sampleRate)
         return;
+    preparedRate.reset();
+    auto& unit = *node->audioUnit();
     allocate(unit, sampleRate);
     mixer.setSource(unit.renderBlock());
+    preparedRate = sampleRate;
 }
 
 void AVAudioEngine::beginSilentPull()
 {
-    auto& unit = *node->audioUnit();
-    double sampleRate = deviceOptions.sampleRate.value_or(silentSampleRate);
-    try {
-        if (unit.renderResourcesAllocated())
-            sampleRate = outputBusOf(unit).format().sampleRate;
-        prepare(sampleRate);
-    } catch (const AUError&) {
-        // The unit refuses each call from now on, and the mixer makes silence of it.
+    if (!preparedRate) {
+        try {
+            prepare(deviceOptions.sampleRate.value_or(silentSampleRate));
+        } catch (const AUError&) {
+            mixer.setSource(nullptr);
+        }
     }
-    silentClock.start(steady_clock::now(), sampleRate);
+    silentClock.start(steady_clock::now(), preparedRate.value_or(silentSampleRate));
     requestsAtPullStart = output.requests();
     pullsSilently = true;
     startTimer(pullIntervalMilliseconds);
@@ -166,7 +161,7 @@ void AVAudioEngine::lookForDevice()
     checksWithoutDevice = 0;
     if (openDevice()) {
         // A device at whose rate the unit could not be prepared leaves it without resources.
-        if (!node->audioUnit()->renderResourcesAllocated())
+        if (!preparedRate)
             beginSilentPull();
         return;
     }

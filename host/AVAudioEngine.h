@@ -71,6 +71,7 @@ private:
     std::shared_ptr<AVAudioUnit> node;
     bool isConnected = false;
     bool isStarted = false;
+    std::optional<double> preparedRate; ///< Hz; what the unit is allocated for and the mixer renders
 
     SilentClock silentClock;
     bool pullsSilently = false;

@@ -14,16 +14,25 @@ juce::PropertiesFile::Options fileOptions()
     return options;
 }
 
+/// JUCE looks for XDG_CONFIG_HOME in the desktop's files, but not in the environment, where it belongs.
+juce::File configurationFolder()
+{
+    const auto named = juce::SystemStats::getEnvironmentVariable("XDG_CONFIG_HOME", {});
+    if (juce::File::isAbsolutePath(named))
+        return juce::File(named);
+    const auto folder = juce::File::getSpecialLocation(juce::File::userApplicationDataDirectory);
+#if JUCE_MAC
+    return folder.getChildFile("Application Support");
+#else
+    return folder;
+#endif
+}
+
 } // namespace
 
 juce::File Preferences::defaultFile()
 {
-    return juce::File::getSpecialLocation(juce::File::userApplicationDataDirectory)
-#if JUCE_MAC
-        .getChildFile("Application Support")
-#endif
-        .getChildFile("Velotrine")
-        .getChildFile("Velotrine.settings");
+    return configurationFolder().getChildFile("Velotrine").getChildFile("Velotrine.settings");
 }
 
 Preferences::Preferences(const juce::File& file) : properties(file, fileOptions()) {}

@@ -10,8 +10,8 @@ namespace velotrine {
 class Preferences
 {
 public:
-    /// A file in the folder "Velotrine" of the user's configuration folder, which is $XDG_CONFIG_HOME where
-    /// that is set.
+    /// A file in the folder "Velotrine" of the user's configuration folder, which is XDG_CONFIG_HOME where
+    /// that names one.
     [[nodiscard]] static juce::File defaultFile();
 
     explicit Preferences(const juce::File& file = defaultFile());

@@ -93,6 +93,14 @@ TEST(AVAudioEngine, PrefersTheFirstKindOfDeviceThatOpens)
     EXPECT_NE(alsa.callback, nullptr);
 }
 
+TEST(AVAudioEngine, TakesTheDefaultDeviceOfItsKind)
+{
+    FakeSound sound{.namesBefore = {"Headphones"}};
+    PlayingEngine playing(fakeDeviceTypes({&sound}));
+    EXPECT_FALSE(playing.engine.start());
+    EXPECT_EQ(sound.openedName, "Loudspeaker");
+}
+
 TEST(AVAudioEngine, TakesTheDeviceOfTheNameAskedFor)
 {
     FakeSound first;

@@ -7,8 +7,8 @@ namespace {
 class FakeDevice final : public juce::AudioIODevice
 {
 public:
-    explicit FakeDevice(FakeSound& itsSound)
-        : AudioIODevice(itsSound.deviceName, itsSound.typeName), sound(itsSound)
+    FakeDevice(FakeSound& itsSound, const juce::String& deviceName)
+        : AudioIODevice(deviceName, itsSound.typeName), sound(itsSound)
     {}
 
     ~FakeDevice() override { close(); }
@@ -33,6 +33,7 @@ public:
                       int bufferFrames) override
     {
         ++sound.openings;
+        sound.openedName = getName().toStdString();
         sound.sampleRate = sampleRate;
         sound.bufferFrames = bufferFrames;
         opened = sound.openProblem.empty();
@@ -92,19 +93,24 @@ public:
 
     juce::StringArray getDeviceNames(bool wantInputs) const override
     {
-        return isFound && !wantInputs ? juce::StringArray{juce::String(sound.deviceName)}
-                                      : juce::StringArray{};
+        juce::StringArray names;
+        if (isFound && !wantInputs) {
+            for (const auto& name : sound.namesBefore)
+                names.add(name);
+            names.add(sound.deviceName);
+        }
+        return names;
     }
 
-    int getDefaultDeviceIndex(bool) const override { return 0; }
+    int getDefaultDeviceIndex(bool) const override { return static_cast<int>(sound.namesBefore.size()); }
 
     int getIndexOfDevice(juce::AudioIODevice*, bool) const override { return 0; }
 
     bool hasSeparateInputsAndOutputs() const override { return true; }
 
-    juce::AudioIODevice* createDevice(const juce::String&, const juce::String&) override
+    juce::AudioIODevice* createDevice(const juce::String& output, const juce::String&) override
     {
-        return sound.isPresent ? new FakeDevice(sound) : nullptr;
+        return sound.isPresent ? new FakeDevice(sound, output) : nullptr;
     }
 
 private:

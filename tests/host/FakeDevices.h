@@ -8,13 +8,14 @@
 
 namespace velotrine {
 
-/// A kind of audio device with at most one device, which asks for sound when the test says so.
+/// A kind of audio device. Its default device asks for sound when the test says so.
 struct FakeSound
 {
     bool isPresent = true;
     std::string typeName = "Fake";
     std::string deviceName = "Loudspeaker";
-    std::string openProblem{}; ///< empty when it opens
+    std::vector<std::string> namesBefore{}; ///< of devices that are listed before the default one
+    std::string openProblem{};              ///< empty when it opens
     std::vector<double> sampleRates{48000.0};
     std::vector<int> bufferSizes{256};
     int channelCount = 2;
@@ -27,6 +28,7 @@ struct FakeSound
     juce::AudioIODeviceCallback* callback = nullptr; ///< while it plays
     double sampleRate = 0.0;
     int bufferFrames = 0;
+    std::string openedName{};
     int openings = 0;
 };
 

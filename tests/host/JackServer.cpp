@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstdlib>
@@ -98,6 +99,16 @@ void JackServer::kill()
 {
     process->send(SIGKILL);
     (void)process->finish();
+}
+
+void JackServer::freeze() const
+{
+    process->send(SIGSTOP);
+}
+
+void JackServer::thaw() const
+{
+    process->send(SIGCONT);
 }
 
 float peakOnJack(double seconds)

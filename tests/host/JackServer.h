@@ -19,6 +19,10 @@ public:
     /// Ends it with no chance to take leave of its clients.
     void kill();
 
+    /// Holds it up: it is there, and does nothing.
+    void freeze() const;
+    void thaw() const;
+
 private:
     std::unique_ptr<ChildProcess> process;
 };

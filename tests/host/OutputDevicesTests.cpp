@@ -11,13 +11,14 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST(OutputDevices, AreListedKindByKind)
+TEST(OutputDevices, AreListedKindByKindWithEachKindsDefaultFirst)
 {
-    FakeSound first{.typeName = "A", .deviceName = "one"};
+    FakeSound first{.typeName = "A", .deviceName = "one", .namesBefore = {"other", "another"}};
     FakeSound absent{.isPresent = false};
     FakeSound second{.typeName = "B", .deviceName = "two"};
     EXPECT_THAT(outputDevices(fakeDeviceTypes({&first, &absent, &second})()),
-                ElementsAre(OutputDevice{"A", "one"}, OutputDevice{"B", "two"}));
+                ElementsAre(OutputDevice{"A", "one"}, OutputDevice{"A", "other"},
+                            OutputDevice{"A", "another"}, OutputDevice{"B", "two"}));
 }
 
 TEST(OutputDevices, WithoutServerAndSoundCardThereIsNoneAndNothingIsPrinted)

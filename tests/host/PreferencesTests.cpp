@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -80,14 +81,13 @@ TEST_F(PreferencesTest, AFolderInTheFilesPlaceIsNoError)
 
 TEST_F(PreferencesTest, TheFileIsInTheUsersConfigurationFolder)
 {
-    const auto* const before = std::getenv("XDG_CONFIG_HOME");
-    const auto kept = before == nullptr ? std::string() : std::string(before);
+    const auto kept = juce::SystemStats::getEnvironmentVariable("XDG_CONFIG_HOME", {});
+    const auto inHome = juce::File("~/.config/Velotrine/Velotrine.settings");
     ::setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
-    EXPECT_EQ(Preferences::defaultFile(), file());
-    if (before == nullptr)
-        ::unsetenv("XDG_CONFIG_HOME");
-    else
-        ::setenv("XDG_CONFIG_HOME", kept.c_str(), 1);
+    EXPECT_EQ(Preferences::defaultFile().getFullPathName(), file().getFullPathName());
+    ::setenv("XDG_CONFIG_HOME", "not/absolute", 1);
+    EXPECT_EQ(Preferences::defaultFile().getFullPathName(), inHome.getFullPathName());
+    ::setenv("XDG_CONFIG_HOME", kept.toRawUTF8(), 1); // empty counts as unset
 }
 
 } // namespace

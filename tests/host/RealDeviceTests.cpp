@@ -3,11 +3,13 @@
 #include "tests/host/PlayingEngine.h"
 #include "tests/render/TemporaryFolder.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <optional>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace velotrine {
@@ -62,6 +64,21 @@ TEST(RealDevice, AJackServerThatEndsByItselfIsNoticedToo)
     ASSERT_FALSE(playing.engine.start());
     server.reset();
     EXPECT_TRUE(runMessagesUntil([&] { return !playing.engine.hasDevice(); }, timeoutSeconds));
+}
+
+TEST(RealDevice, AFrozenJackServerHoldsUpTheSoundButNeitherTheClockNorTheApplication)
+{
+    const JackServer server;
+    PlayingEngine playing;
+    ASSERT_FALSE(playing.engine.start());
+    EXPECT_GT(peakOnJack(0.4), 0.1f);
+    server.freeze();
+    runMessagesFor(0.6);
+    const auto clock = playing.clock();
+    EXPECT_TRUE(runMessagesUntil([&] { return playing.clock() != clock; }, timeoutSeconds));
+
+    server.thaw();
+    EXPECT_TRUE(runMessagesUntil([] { return peakOnJack(0.4) > 0.1f; }, timeoutSeconds));
 }
 
 /// An ALSA whose default device writes what it plays to a file, as 32-bit floats, faster than real time.
