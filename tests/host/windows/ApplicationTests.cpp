@@ -130,7 +130,6 @@ TEST_F(ApplicationTest, TheQuestionMarkOpensHelpAgainAndAgain)
 {
     haveSeenHelp();
     launch();
-    std::string firstWindow;
     for (int time = 0; time < 2; ++time) {
         click(480 - 30, menuBarHeight + 22);
         ASSERT_TRUE(windowAppears("Velotrine Help"));
