@@ -1,5 +1,7 @@
 #include "host/HostWindow.h"
 
+#include "IconData.h"
+
 namespace velotrine {
 
 namespace {
@@ -53,6 +55,8 @@ void HostWindow::show()
     if (!isOnDesktop()) {
         centreWithSize(getWidth(), getHeight());
         addToDesktop();
+        getPeer()->setIcon(juce::ImageCache::getFromMemory(IconData::velotrine128_png,
+                                                           IconData::velotrine128_pngSize));
     }
     if (isMinimised())
         setMinimised(false);

@@ -5,6 +5,7 @@
 #include "tests/host/FakeDevices.h"
 #include "tests/host/MessageLoop.h"
 #include "tests/host/windows/Desktop.h"
+#include "tests/render/ChildProcess.h"
 #include "tests/render/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -67,6 +68,18 @@ TEST(HelpWindow, ItsSegmentsAreRadioButtonsToAssistiveTechnology)
     EXPECT_TRUE(knobs->getActions().invoke(juce::AccessibilityActionType::press));
     EXPECT_TRUE(knobs->getCurrentState().isChecked());
     EXPECT_TRUE(help.pages[4]->isVisible());
+}
+
+TEST(HostWindow, ShowsTheIconToTheWindowManager)
+{
+    juce::Component content;
+    HostWindow window("With an icon", juce::Colours::black, content);
+    window.setContentSize(100, 100);
+    window.show();
+    ASSERT_TRUE(windowAppears("With an icon"));
+    const auto properties =
+        runProcess({"/usr/bin/xprop", "-id", windowsTitled("With an icon").at(0), "-notype", "_NET_WM_ICON"});
+    EXPECT_THAT(properties.out, testing::HasSubstr("Icon (128 x 128)"));
 }
 
 /// A window with the menu and a text field that has the keyboard.
