@@ -162,6 +162,25 @@ TEST_F(ApplicationTest, SaysOnOneLineThatThereIsNoDevice)
     EXPECT_EQ(result.err, "");
 }
 
+TEST_F(ApplicationTest, AnswersHelpAndVersionWithoutAWindow)
+{
+    const ProcessSurroundings nowhere{.folder = {}, .environment = {{"DISPLAY", ":none"}}, .beforeStart = {}};
+    for (const auto* option : {"--help", "--version", "--list-devices"}) {
+        const auto result = runProcess({VELOTRINE_HOST_PROGRAM, option}, nowhere);
+        EXPECT_EQ(result.exitCode, 0) << option;
+    }
+    EXPECT_THAT(runProcess({VELOTRINE_HOST_PROGRAM, "--version"}, nowhere).out,
+                testing::MatchesRegex("Velotrine [0-9.]+\n"));
+}
+
+TEST_F(ApplicationTest, RefusesADeviceThatIsNotThereBeforeItOpensAWindow)
+{
+    const auto result = runProcess({VELOTRINE_HOST_PROGRAM, "--device", "kazoo"});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.err, testing::HasSubstr("kazoo"));
+    EXPECT_EQ(result.out, "");
+}
+
 TEST_F(ApplicationTest, WithoutADisplayItSaysSo)
 {
     ProcessSurroundings surroundings;

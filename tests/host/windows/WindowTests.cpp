@@ -93,9 +93,11 @@ protected:
         field.setBounds(10, 10, 200, 30);
         field.setText("velotrine");
         window.addKeyListener(&menu);
+        window.setMenuBar(&menu);
         window.setContentSize(300, 200);
         window.show();
         EXPECT_TRUE(windowHasKeyboard("Edit menu"));
+        runMessagesFor(0.3); // the window manager's word, at which the window itself takes the keyboard
         field.grabKeyboardFocus();
         EXPECT_TRUE(runMessagesUntil([this] { return field.hasKeyboardFocus(false); }, patienceSeconds));
     }
@@ -138,6 +140,18 @@ TEST_F(EditMenuTest, UndoesAndDoesAgain)
     EXPECT_EQ(field.getText(), "");
 }
 
+TEST_F(EditMenuTest, OpenedByMouseItActsOnTheTextFieldThatHadTheKeyboardBefore)
+{
+    const auto number = windowsTitled("Edit menu").at(0);
+    xdotool({"mousemove", "--window", number, "95", "12", "click", "1"});
+    ASSERT_TRUE(runMessagesUntil([] { return juce::Component::getNumCurrentlyModalComponents() > 0; },
+                                 patienceSeconds));
+    runMessagesFor(0.3);
+    xdotool({"key", "Up", "Return"}); // the last item, Select All
+    EXPECT_TRUE(
+        runMessagesUntil([this] { return field.getHighlightedText() == "velotrine"; }, patienceSeconds));
+}
+
 TEST_F(EditMenuTest, IsGreyOnceTheTextFieldHasLostTheKeyboard)
 {
     EXPECT_TRUE(menu.menus()[1].entries[0].isEnabled());
@@ -165,6 +179,30 @@ TEST(HostViewControllerWindow, RemembersThatHelpWasShownBeforeItIs)
     EXPECT_TRUE(wasRemembered);
 }
 
+TEST(HostViewControllerWindow, APresetIsChosenFromThePopupsMenu)
+{
+    const TemporaryFolder folder;
+    FakeSound sound;
+    HostSurroundings surroundings;
+    surroundings.deviceTypes = fakeDeviceTypes({&sound});
+    surroundings.preferencesFile = juce::File(folder.file("settings"));
+    Preferences(surroundings.preferencesFile).setHasShownHelp(true);
+    const auto controller = std::make_shared<HostViewController>(surroundings);
+    HostWindow window("Host", juce::Colours::black, controller->view());
+    window.setContentSize(480, 404);
+    window.show();
+    ASSERT_TRUE(windowHasKeyboard("Host"));
+    runMessagesFor(0.2);
+    xdotool({"mousemove", "--window", windowsTitled("Host").at(0), "240", "22", "click", "1"});
+    ASSERT_TRUE(runMessagesUntil([] { return juce::Component::getNumCurrentlyModalComponents() > 0; },
+                                 patienceSeconds));
+    runMessagesFor(0.3);
+    xdotool({"key", "Down", "Down", "Return"}); // from the first, which is selected, to the third
+    EXPECT_TRUE(runMessagesUntil([&] { return controller->audioUnit->currentPreset()->number == 2; },
+                                 patienceSeconds));
+    EXPECT_EQ(controller->presetPopup->getSelectedItemIndex(), 2);
+}
+
 TEST(HostViewControllerWindow, HelpOpensAtTheAskedPageInTheSameWindow)
 {
     const TemporaryFolder folder;
@@ -187,7 +225,11 @@ TEST(HostViewControllerWindow, HelpOpensAtTheAskedPageInTheSameWindow)
 class AppDelegateTest : public testing::Test
 {
 protected:
-    AppDelegateTest() { ::setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1); }
+    AppDelegateTest()
+    {
+        ::setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+        Preferences().setHasShownHelp(true);
+    }
 
     ~AppDelegateTest() override { ::unsetenv("XDG_CONFIG_HOME"); }
 
@@ -209,6 +251,26 @@ TEST_F(AppDelegateTest, AboutLeadsToTheTitleCardFromAnyPage)
     delegate.showAbout();
     EXPECT_EQ(delegate.hostVC->helpWindowController->segmented->selectedSegment(), 0);
     EXPECT_TRUE(delegate.hostVC->helpWindowController->window().isVisible());
+    delegate.shutdown();
+}
+
+TEST_F(AppDelegateTest, HidesAllWindowsAndShowsThemAgain)
+{
+    delegate.applicationDidFinishLaunching();
+    delegate.hostVC->showHelp(0);
+    ASSERT_TRUE(windowAppears("Velotrine"));
+    ASSERT_TRUE(windowAppears("Velotrine Help"));
+    auto* bar = dynamic_cast<juce::MenuBarComponent*>(delegate.window->getMenuBarComponent());
+    ASSERT_NE(bar, nullptr);
+    const auto& entries = dynamic_cast<MainMenu*>(bar->getModel())->menus().front().entries;
+    ASSERT_EQ(entries[2].title, "Hide Velotrine");
+    ASSERT_EQ(entries[4].title, "Show All");
+    entries[2].perform();
+    EXPECT_TRUE(windowGoes("Velotrine"));
+    EXPECT_TRUE(windowGoes("Velotrine Help"));
+    entries[4].perform();
+    EXPECT_TRUE(windowAppears("Velotrine"));
+    EXPECT_TRUE(windowAppears("Velotrine Help"));
     delegate.shutdown();
 }
 
