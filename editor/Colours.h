@@ -17,7 +17,15 @@ inline const juce::Colour background = grey(0.25f); ///< of windows and of unlit
 inline const juce::Colour panel = grey(0.35f);
 inline const juce::Colour field = grey(0.15f);
 inline const juce::Colour text = grey(1.0f);
+inline const juce::Colour control = grey(1.0f, 0.13f); ///< buttons, over any background
+inline const juce::Colour controlHover = grey(1.0f, 0.18f);
+inline const juce::Colour controlDown = grey(1.0f, 0.26f);
+inline const juce::Colour focus = grey(1.0f, 0.6f); ///< a line round what the keyboard works on
+inline const juce::Colour track = grey(1.0f, 0.3f); ///< of sliders and scroll bars
 
 } // namespace colours
+
+inline constexpr float controlCornerRadius = 4.0f; ///< points
+inline constexpr float dimmedAlpha = 0.3f;         ///< of what cannot be used now
 
 } // namespace velotrine

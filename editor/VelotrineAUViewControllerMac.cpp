@@ -1,21 +1,573 @@
 #include "editor/VelotrineAUViewControllerMac.h"
 
+#include "audiounit/ParameterText.h"
+#include "audiounit/Parameters.h"
 #include "editor/Colours.h"
-#include "editor/FlippedView.h"
+#include "editor/EditorLayout.h"
+#include "editor/FontLoader.h"
+#include "editor/KnobsStyleKit.h"
+#include "engine/FatalError.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <limits>
 
 namespace velotrine {
 
+namespace {
+
+constexpr int initialWidth = 480;
+constexpr int initialHeight = 360;
+constexpr float knobReset = 0.5f;
+constexpr double minTempo = 40.0;
+constexpr double maxTempo = 300.0;
+constexpr float missingTempo = 120.0f;
+constexpr float noticeFontScale = 0.7f;
+
+juce::String juceText(std::string_view text)
+{
+    return juce::String::fromUTF8(text.data(), static_cast<int>(text.size()));
+}
+
+/// Parameters that count something hold whole numbers; anything else got past all checks.
+std::int64_t wholeNumber(float value)
+{
+    if (!(std::abs(value) < static_cast<float>(std::numeric_limits<std::int64_t>::max())))
+        fatalError("a parameter that counts something holds no whole number");
+    return static_cast<std::int64_t>(value);
+}
+
+/// An index into names, for a value that may lie outside.
+int boundedIndex(float value, std::size_t count)
+{
+    return static_cast<int>(
+        std::clamp<std::int64_t>(wholeNumber(value), 0, static_cast<std::int64_t>(count) - 1));
+}
+
+std::unique_ptr<juce::Label> makeLabel(const juce::String& text)
+{
+    auto label = std::make_unique<juce::Label>(juce::String(), text);
+    label->setColour(juce::Label::textColourId, colours::text);
+    label->setBorderSize({});
+    label->setMinimumHorizontalScale(1.0f);
+    label->setInterceptsMouseClicks(false, false);
+    return label;
+}
+
+void place(juce::Component& component, juce::Rectangle<double> bounds)
+{
+    component.setBounds(bounds.toNearestInt());
+}
+
+} // namespace
+
+/// Escape closes the ring's panel. Space plays and stops where no host wants that key.
+class VelotrineAUViewControllerMac::RootView final : public FlippedView
+{
+public:
+    explicit RootView(VelotrineAUViewControllerMac& owner) : controller(owner) {}
+
+    bool keyPressed(const juce::KeyPress& key) override
+    {
+        if (key == juce::KeyPress(juce::KeyPress::escapeKey) && controller.ringEditor->isVisible()) {
+            controller.dismissRingEditor();
+            return true;
+        }
+        if (key == juce::KeyPress(juce::KeyPress::spaceKey) && !controller.hostProvidesSync) {
+            controller.playTapped();
+            return true;
+        }
+        return false;
+    }
+
+private:
+    VelotrineAUViewControllerMac& controller;
+};
+
+/// A click outside the ring's panel closes it; a drag does not.
+class VelotrineAUViewControllerMac::DismissClick final : public juce::MouseListener
+{
+public:
+    explicit DismissClick(VelotrineAUViewControllerMac& owner) : controller(owner) {}
+
+    /// The click that opened the panel is not over yet when this is called.
+    void enable()
+    {
+        isEnabled = true;
+        ignoresClick = juce::ModifierKeys::currentModifiers.isAnyMouseButtonDown();
+    }
+
+    void disable() { isEnabled = false; }
+
+    void mouseUp(const juce::MouseEvent& event) override
+    {
+        if (std::exchange(ignoresClick, false) || !isEnabled || !event.mouseWasClicked())
+            return;
+        const auto position = event.getEventRelativeTo(&controller.view()).getPosition();
+        if (!controller.ringEditor->getBounds().contains(position))
+            controller.dismissRingEditor();
+    }
+
+private:
+    VelotrineAUViewControllerMac& controller;
+    bool isEnabled = false;
+    bool ignoresClick = false;
+};
+
+/// Brings a change from any thread to the main thread, several changes at once.
+class VelotrineAUViewControllerMac::RefreshRequest final : public juce::AsyncUpdater
+{
+public:
+    explicit RefreshRequest(VelotrineAUViewControllerMac& owner) : controller(&owner) {}
+
+    void forgetController()
+    {
+        controller = nullptr;
+        cancelPendingUpdate();
+    }
+
+private:
+    void handleAsyncUpdate() override
+    {
+        if (controller != nullptr)
+            controller->refreshControls();
+    }
+
+    VelotrineAUViewControllerMac* controller; ///< main thread
+};
+
+VelotrineAUViewControllerMac::VelotrineAUViewControllerMac()
+    : refreshRequest(std::make_shared<RefreshRequest>(*this)),
+      dismissClick(std::make_unique<DismissClick>(*this))
+{}
+
 VelotrineAUViewControllerMac::~VelotrineAUViewControllerMac()
 {
+    refreshRequest->forgetController();
+    disconnectFromAudioUnit();
+    if (isViewLoaded()) {
+        view().removeMouseListener(dismissClick.get());
+        view().setLookAndFeel(nullptr);
+    }
     unloadView();
+}
+
+std::shared_ptr<VelotrineAudioUnit> VelotrineAUViewControllerMac::createAudioUnit(
+    const AudioComponentDescription& description)
+{
+    audioUnit = std::make_shared<VelotrineAudioUnit>(description, AudioComponentInstantiationOptions{});
+    if (isViewLoaded())
+        connectToAudioUnit();
+    return audioUnit;
 }
 
 void VelotrineAUViewControllerMac::loadView()
 {
-    auto root = std::make_unique<FlippedView>();
-    root->setSize(480, 360);
+    auto root = std::make_unique<RootView>(*this);
+    root->setLookAndFeel(&lookAndFeel.get());
     root->setBackground(colours::background);
+    root->setFocusContainerType(juce::Component::FocusContainerType::keyboardFocusContainer);
+    root->setSize(initialWidth, initialHeight);
     setView(std::move(root));
+}
+
+void VelotrineAUViewControllerMac::viewDidLoad()
+{
+    registerDisplayFont();
+    circlesView = std::make_unique<ConcentricCirclesViewMac>();
+    circlesView->onRingSelected = [this](int ring) { showRingEditor(ring); };
+    circlesView->onRingDeselected = [this] { dismissRingEditor(); };
+    view().addAndMakeVisible(*circlesView);
+    makeScaleRow();
+    makeTransport();
+    makeKnobs();
+    makeRingEditor();
+    view().addMouseListener(dismissClick.get(), true);
+    if (audioUnit)
+        connectToAudioUnit();
+}
+
+void VelotrineAUViewControllerMac::makeKnobs()
+{
+    activityKnob = makeKnob(GlobalParameter::activity, "ACTIVITY", KnobsStyleKit::imageOfActivityUnderlay);
+    boredomKnob = makeKnob(GlobalParameter::boredom, "BOREDOM", KnobsStyleKit::imageOfBoredomUnderlay);
+    caloriesKnob = makeKnob(GlobalParameter::calories, "CALORIES", KnobsStyleKit::imageOfCaloriesUnderlay);
+    drudgeryKnob = makeKnob(GlobalParameter::drudgery, "DRUDGERY", KnobsStyleKit::imageOfDrudgeryUnderlay);
+}
+
+std::unique_ptr<AURotaryControl> VelotrineAUViewControllerMac::makeKnob(
+    GlobalParameter parameter, const juce::String& name, AURotaryControl::ImageProvider underlay)
+{
+    const auto address = addressOf(parameter);
+    auto knob = std::make_unique<AURotaryControl>();
+    knob->resetValue = knobReset;
+    knob->setValue(knobReset);
+    knob->label = name;
+    knob->underlayImageProvider = std::move(underlay);
+    knob->overlayImageProvider = KnobsStyleKit::imageOfOverlay;
+    knob->textFromValue = [address](float value) {
+        return juceText(parameterText(parameterTable()[address], value));
+    };
+    knob->onValueChanged = [this, address](float value) { writeParameter(address, value); };
+    knob->onDragBegan = [this, address] { holdParameter(address); };
+    knob->onDragEnded = [this, address] { letGoOfParameter(address); };
+    view().addAndMakeVisible(*knob);
+    return knob;
+}
+
+void VelotrineAUViewControllerMac::makeScaleRow()
+{
+    scaleLabel = makeLabel("SCALE:");
+    rootButton = std::make_unique<EditorButton>("Root", EditorButton::Face::text);
+    rootButton->onClick = [this] {
+        const auto current =
+            boundedIndex(parameterValue(addressOf(GlobalParameter::rootNote), 0.0f), rootNames.size());
+        openMenu(*rootButton, rootNames, current, [this](int root) { pickRoot(root); });
+    };
+    scaleButton = std::make_unique<EditorButton>("Scale", EditorButton::Face::text);
+    scaleButton->onClick = [this] {
+        const auto current =
+            boundedIndex(parameterValue(addressOf(GlobalParameter::scaleType), 0.0f), scaleNames.size());
+        openMenu(*scaleButton, scaleNames, current, [this](int scale) { pickScale(scale); });
+    };
+    for (auto* component :
+         std::initializer_list<juce::Component*>{scaleLabel.get(), rootButton.get(), scaleButton.get()})
+        view().addAndMakeVisible(component);
+}
+
+void VelotrineAUViewControllerMac::makeTransport()
+{
+    syncButton = std::make_unique<EditorButton>("Sync", EditorButton::Face::check);
+    syncButton->onClick = [this] { syncTapped(); };
+    syncTextLabel = makeLabel("SYNC");
+    bpmPrefixLabel = makeLabel("BPM:");
+    bpmField = std::make_unique<ValueField>();
+    bpmField->setTitle("BPM");
+    bpmField->onEntryEnded = [this](const juce::String& text) { bpmEntryEnded(text); };
+    bpmStepper = std::make_unique<Stepper>();
+    bpmStepper->setTitle("BPM");
+    bpmStepper->minValue = minTempo;
+    bpmStepper->maxValue = maxTempo;
+    bpmStepper->onStep = [this](double) { bpmStepperChanged(); };
+    showTempo(missingTempo);
+    playButton = std::make_unique<EditorButton>("Play", EditorButton::Face::playStop);
+    playButton->onClick = [this] { playTapped(); };
+    noticeLabel = makeLabel({});
+    noticeLabel->setAlpha(0.55f);
+    for (auto* component : std::initializer_list<juce::Component*>{
+             syncButton.get(), syncTextLabel.get(), bpmPrefixLabel.get(), bpmField.get(), bpmStepper.get(),
+             playButton.get(), noticeLabel.get()})
+        view().addAndMakeVisible(component);
+}
+
+void VelotrineAUViewControllerMac::makeRingEditor()
+{
+    const auto addressOfKind = [](int kind, int ring) {
+        return addressOf(static_cast<RingParameter>(kind), ring);
+    };
+    ringEditor = std::make_unique<RingEditorViewMac>();
+    ringEditor->onParamChanged = [this, addressOfKind](int kind, int ring, float value) {
+        writeParameter(addressOfKind(kind, ring), value);
+    };
+    ringEditor->onEditBegan = [this, addressOfKind](int kind, int ring) {
+        holdParameter(addressOfKind(kind, ring));
+    };
+    ringEditor->onEditEnded = [this, addressOfKind](int kind, int ring) {
+        letGoOfParameter(addressOfKind(kind, ring));
+    };
+    view().addChildComponent(*ringEditor);
+}
+
+void VelotrineAUViewControllerMac::connectToAudioUnit()
+{
+    disconnectFromAudioUnit();
+    const auto& kernel = *audioUnit->dspKernel;
+    circlesView->spotsPerRingMax = maxSpotsPerRing;
+    circlesView->spotFireTimes = kernel.spotFireTimes.data();
+    circlesView->clockPhase = &kernel.clockPhaseBuf;
+    circlesView->activityPhases = kernel.activityPhases.data();
+    circlesView->lfoOffsets = kernel.lfoOffsets.data();
+    isPlaying = kernel.internalPlaying;
+    refreshControls();
+
+    const auto refreshLater = [weak = std::weak_ptr(refreshRequest)] {
+        if (const auto request = weak.lock())
+            request->triggerAsyncUpdate();
+    };
+    observedTree = audioUnit->parameterTree();
+    if (observedTree)
+        paramObserverToken = observedTree->tokenByAddingParameterObserver(
+            [refreshLater](AUParameterAddress, AUValue) { refreshLater(); });
+    fullStateToken = audioUnit->addPropertyObserver(AUProperty::fullState, refreshLater);
+    currentPresetToken = audioUnit->addPropertyObserver(AUProperty::currentPreset, refreshLater);
+}
+
+void VelotrineAUViewControllerMac::disconnectFromAudioUnit()
+{
+    if (observedTree)
+        observedTree->removeParameterObserver(paramObserverToken);
+    observedTree = nullptr;
+    if (audioUnit && fullStateToken != 0) {
+        audioUnit->removePropertyObserver(AUProperty::fullState, fullStateToken);
+        audioUnit->removePropertyObserver(AUProperty::currentPreset, currentPresetToken);
+    }
+    paramObserverToken = fullStateToken = currentPresetToken = 0;
+}
+
+float VelotrineAUViewControllerMac::parameterValue(ParameterAddress address, float missing) const
+{
+    const auto tree = audioUnit ? audioUnit->parameterTree() : nullptr;
+    const auto parameter = tree ? tree->parameterWithAddress(address) : nullptr;
+    return parameter ? parameter->value() : missing;
+}
+
+void VelotrineAUViewControllerMac::sendEvent(ParameterAddress address, float value,
+                                             AUParameterAutomationEventType type)
+{
+    const auto tree = audioUnit ? audioUnit->parameterTree() : nullptr;
+    if (const auto parameter = tree ? tree->parameterWithAddress(address) : nullptr)
+        parameter->setValue(value, 0, 0, type);
+}
+
+/// An edit of one moment, such as a typed value, takes hold of the parameter and lets it go.
+void VelotrineAUViewControllerMac::writeParameter(ParameterAddress address, float value)
+{
+    if (isRefreshing)
+        return;
+    const auto isHeld = heldParameter == address;
+    if (!isHeld)
+        holdParameter(address);
+    sendEvent(address, value, AUParameterAutomationEventType::value);
+    if (!isHeld)
+        letGoOfParameter(address);
+}
+
+void VelotrineAUViewControllerMac::holdParameter(ParameterAddress address)
+{
+    heldParameter = address;
+    sendEvent(address, parameterValue(address, 0.0f), AUParameterAutomationEventType::touch);
+}
+
+void VelotrineAUViewControllerMac::letGoOfParameter(ParameterAddress address)
+{
+    heldParameter.reset();
+    sendEvent(address, parameterValue(address, 0.0f), AUParameterAutomationEventType::release);
+}
+
+void VelotrineAUViewControllerMac::refreshControls()
+{
+    if (!isViewLoaded() || !audioUnit || !audioUnit->parameterTree())
+        return;
+    const juce::ScopedValueSetter refreshing(isRefreshing, true);
+    activityKnob->setValue(parameterValue(addressOf(GlobalParameter::activity), knobReset));
+    boredomKnob->setValue(parameterValue(addressOf(GlobalParameter::boredom), knobReset));
+    caloriesKnob->setValue(parameterValue(addressOf(GlobalParameter::calories), knobReset));
+    drudgeryKnob->setValue(parameterValue(addressOf(GlobalParameter::drudgery), knobReset));
+
+    const auto root =
+        boundedIndex(parameterValue(addressOf(GlobalParameter::rootNote), 0.0f), rootNames.size());
+    const auto scale =
+        boundedIndex(parameterValue(addressOf(GlobalParameter::scaleType), 0.0f), scaleNames.size());
+    rootButton->setButtonText(juceText(rootNames[static_cast<std::size_t>(root)]));
+    scaleButton->setButtonText(juceText(scaleNames[static_cast<std::size_t>(scale)]));
+
+    showTempo(parameterValue(addressOf(GlobalParameter::bpm), missingTempo));
+    syncButton->setToggleState(parameterValue(addressOf(GlobalParameter::sync), 1.0f) > 0.5f,
+                               juce::dontSendNotification);
+    playButton->setToggleState(isPlaying, juce::dontSendNotification);
+    refreshRings();
+    refreshSyncDependentControls();
+    refreshRingEditor();
+}
+
+void VelotrineAUViewControllerMac::refreshRings()
+{
+    auto& rings = *circlesView;
+    for (int ring = 0; ring < ringCount; ++ring) {
+        const auto i = static_cast<std::size_t>(ring);
+        const auto shown = static_cast<float>(rings.ringSpotCounts[i]);
+        const auto spots = wholeNumber(parameterValue(addressOf(RingParameter::spots, ring), shown));
+        rings.ringSpotCounts[i] = std::clamp<std::int64_t>(spots, 0, maxSpotsPerRing);
+        rings.spotsPerRing[i] = rings.ringSpotCounts[i];
+        rings.ringPhaseOffsets[i] = parameterValue(addressOf(RingParameter::phase, ring), 0.0f);
+        rings.ringProbabilities[i] = parameterValue(addressOf(RingParameter::probability, ring), 0.75f);
+    }
+    rings.redraw();
+}
+
+void VelotrineAUViewControllerMac::refreshRingEditor()
+{
+    if (!ringEditor->isVisible() || !circlesView->selectedRing)
+        return;
+    const auto ring = *circlesView->selectedRing;
+    const auto i = static_cast<std::size_t>(ring);
+    const auto missingOctave = static_cast<float>(ring + 1);
+    RingSettings settings;
+    settings.spots = static_cast<int>(circlesView->ringSpotCounts[i]);
+    settings.phaseTurns = circlesView->ringPhaseOffsets[i];
+    settings.probability = circlesView->ringProbabilities[i];
+    settings.octave =
+        static_cast<int>(wholeNumber(parameterValue(addressOf(RingParameter::octave, ring), missingOctave)));
+    settings.volume = parameterValue(addressOf(RingParameter::volume, ring), 0.7f);
+    settings.timbre = parameterValue(addressOf(RingParameter::timbre, ring), 0.5f);
+    ringEditor->fill(ring, settings);
+}
+
+void VelotrineAUViewControllerMac::refreshSyncDependentControls()
+{
+    if (!hostProvidesSync) {
+        syncButton->setToggleState(false, juce::dontSendNotification);
+        if (parameterValue(addressOf(GlobalParameter::sync), 1.0f) > 0.5f)
+            sendEvent(addressOf(GlobalParameter::sync), 0.0f, AUParameterAutomationEventType::value);
+    }
+    const auto isSynced = syncButton->getToggleState();
+    const auto setUsable = [](juce::Component& component, bool isUsable) {
+        component.setEnabled(isUsable);
+        component.setAlpha(isUsable ? 1.0f : dimmedAlpha);
+    };
+    setUsable(*syncButton, hostProvidesSync);
+    syncTextLabel->setAlpha(hostProvidesSync ? 1.0f : dimmedAlpha);
+    bpmPrefixLabel->setEnabled(!isSynced);
+    bpmPrefixLabel->setColour(juce::Label::textColourId, isSynced ? grey(0.5f) : colours::text);
+    setUsable(*playButton, !isSynced);
+}
+
+void VelotrineAUViewControllerMac::showTempo(float bpm)
+{
+    bpmField->show(juce::String::formatted("%.1f", static_cast<double>(bpm)));
+    bpmStepper->setValue(static_cast<double>(bpm));
+}
+
+void VelotrineAUViewControllerMac::viewDidLayout()
+{
+    const auto width = view().getWidth();
+    const auto height = view().getHeight();
+    if (width <= 0 || height <= 0)
+        return;
+    const auto layout = layOutEditor(width, height, [](std::string_view text, double fontSize) {
+        return static_cast<double>(
+            displayFont(static_cast<float>(fontSize)).getStringWidthFloat(juceText(text)));
+    });
+    knobSize = layout.knobSize;
+    fontSize_cached = layout.fontSize;
+    if (layout.isTall)
+        portraitTransportBottomY = layout.portraitTransportBottomY;
+
+    const auto points = static_cast<float>(layout.fontSize);
+    for (auto* label : {scaleLabel.get(), syncTextLabel.get(), bpmPrefixLabel.get()})
+        label->setFont(displayFont(points));
+    noticeLabel->setFont(displayFont(points * noticeFontScale));
+    for (auto* button : {rootButton.get(), scaleButton.get()})
+        button->setFontSize(points);
+    bpmField->setFontSize(points);
+
+    place(*circlesView, layout.rings);
+    place(*scaleLabel, layout.scaleLabel);
+    place(*rootButton, layout.rootButton);
+    place(*scaleButton, layout.scaleButton);
+    place(*syncButton, layout.syncButton);
+    place(*syncTextLabel, layout.syncTextLabel);
+    place(*bpmPrefixLabel, layout.bpmPrefixLabel);
+    place(*bpmField, layout.bpmField);
+    place(*bpmStepper, layout.bpmStepper);
+    place(*playButton, layout.playButton);
+    place(*noticeLabel, layout.transportNotice);
+    noticeLabel->setJustificationType(layout.isTall ? juce::Justification::topRight
+                                                    : juce::Justification::centredLeft);
+    const std::array knobs{activityKnob.get(), boredomKnob.get(), caloriesKnob.get(), drudgeryKnob.get()};
+    for (std::size_t i = 0; i < knobs.size(); ++i)
+        place(*knobs[i], layout.knobs[i]);
+    place(*ringEditor, layout.ringEditor);
+    circlesView->redraw();
+}
+
+void VelotrineAUViewControllerMac::viewWillAppear()
+{
+    refreshControls();
+}
+
+void VelotrineAUViewControllerMac::setTransportNotice(const juce::String& notice)
+{
+    std::ignore = view();
+    noticeLabel->setText(notice, juce::dontSendNotification);
+}
+
+void VelotrineAUViewControllerMac::showRingEditor(int ring)
+{
+    circlesView->selectedRing = ring;
+    ringEditor->setVisible(true);
+    refreshRingEditor();
+    circlesView->redraw();
+    dismissClick->enable();
+}
+
+void VelotrineAUViewControllerMac::dismissRingEditor()
+{
+    // Hiding comes first: it ends an entry in one of the panel's fields, which belongs to this ring yet.
+    ringEditor->setVisible(false);
+    circlesView->selectedRing.reset();
+    circlesView->redraw();
+    dismissClick->disable();
+}
+
+void VelotrineAUViewControllerMac::openMenu(EditorButton& button, std::span<const std::string_view> names,
+                                            int current, std::function<void(int)> picked)
+{
+    juce::PopupMenu menu;
+    menu.setLookAndFeel(&lookAndFeel.get());
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const auto index = static_cast<int>(i);
+        menu.addItem(index + 1, juceText(names[i]), true, index == current);
+    }
+    // The menu outlives neither the editor nor the button: with the button gone, nothing is picked.
+    menu.showMenuAsync(
+        juce::PopupMenu::Options().withTargetComponent(button).withItemThatMustBeVisible(current + 1),
+        [safe = juce::Component::SafePointer<EditorButton>(&button), picked = std::move(picked)](int id) {
+            if (safe != nullptr && id > 0)
+                picked(id - 1);
+        });
+}
+
+void VelotrineAUViewControllerMac::pickRoot(int root)
+{
+    rootButton->setButtonText(juceText(rootNames[static_cast<std::size_t>(root)]));
+    writeParameter(addressOf(GlobalParameter::rootNote), static_cast<float>(root));
+}
+
+void VelotrineAUViewControllerMac::pickScale(int scale)
+{
+    scaleButton->setButtonText(juceText(scaleNames[static_cast<std::size_t>(scale)]));
+    writeParameter(addressOf(GlobalParameter::scaleType), static_cast<float>(scale));
+}
+
+void VelotrineAUViewControllerMac::playTapped()
+{
+    isPlaying = !isPlaying;
+    playButton->setToggleState(isPlaying, juce::dontSendNotification);
+    if (audioUnit)
+        audioUnit->dspKernel->internalPlaying = isPlaying;
+}
+
+void VelotrineAUViewControllerMac::syncTapped()
+{
+    writeParameter(addressOf(GlobalParameter::sync), syncButton->getToggleState() ? 1.0f : 0.0f);
+    refreshSyncDependentControls();
+}
+
+void VelotrineAUViewControllerMac::bpmStepperChanged()
+{
+    const auto bpm = static_cast<float>(bpmStepper->value());
+    showTempo(bpm);
+    writeParameter(addressOf(GlobalParameter::bpm), bpm);
+}
+
+void VelotrineAUViewControllerMac::bpmEntryEnded(const juce::String& text)
+{
+    const auto typed = text.getDoubleValue();
+    const auto bpm = static_cast<float>(std::clamp(std::isfinite(typed) ? typed : 0.0, minTempo, maxTempo));
+    showTempo(bpm);
+    writeParameter(addressOf(GlobalParameter::bpm), bpm);
 }
 
 } // namespace velotrine

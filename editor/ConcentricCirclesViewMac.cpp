@@ -1,0 +1,272 @@
+#include "editor/ConcentricCirclesViewMac.h"
+
+#include "editor/Colours.h"
+#include "engine/FatalError.h"
+#include "engine/HostClock.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <span>
+
+namespace velotrine {
+
+namespace {
+
+constexpr int refreshHz = 60;
+constexpr double flashSeconds = 0.35;
+constexpr double minSpotRadius = 4.0;  ///< points
+constexpr double innermostRing = 0.35; ///< of the outermost ring's radius
+
+// How a stopped display goes home: turns a tick, and near enough to be there.
+constexpr double homeStep = 0.02;
+constexpr double homeEnough = 0.001;
+constexpr double wobbleDecay = 0.85;
+
+constexpr double minHitTolerance = 12.0;  ///< points
+constexpr double lonelyRingSpacing = 0.3; ///< of its radius
+
+juce::Point<double> pointAt(juce::Point<double> centre, double radius, double phaseTurns)
+{
+    const auto angle = phaseTurns * 2.0 * std::numbers::pi - std::numbers::pi / 2.0;
+    return {centre.x + radius * std::cos(angle), centre.y + radius * std::sin(angle)};
+}
+
+juce::Rectangle<float> circleAbout(juce::Point<double> centre, double radius)
+{
+    return juce::Rectangle<double>(2.0 * radius, 2.0 * radius).withCentre(centre).toFloat();
+}
+
+/// The line of a circle, as an area.
+juce::Path circleLine(juce::Point<double> centre, double radius, double width)
+{
+    juce::Path path;
+    path.addEllipse(circleAbout(centre, radius + width / 2.0));
+    path.addEllipse(circleAbout(centre, radius - width / 2.0));
+    path.setUsingNonZeroWinding(false);
+    return path;
+}
+
+/// One tick of a phase on its shorter way to 12 o'clock.
+double nearerToHome(double phaseTurns)
+{
+    if (phaseTurns < homeEnough || phaseTurns > 1.0 - homeEnough)
+        return 0.0;
+    if (phaseTurns <= 0.5)
+        return std::max(0.0, phaseTurns - homeStep);
+    const auto next = phaseTurns + homeStep;
+    return next >= 1.0 ? 0.0 : next;
+}
+
+double secondsBetween(std::uint64_t earlier, std::uint64_t later)
+{
+    return static_cast<double>(later - earlier) * hostClockSecondsPerTick;
+}
+
+} // namespace
+
+ConcentricCirclesViewMac::ConcentricCirclesViewMac()
+{
+    setTitle("Rings");
+    setRepaintsOnMouseActivity(false);
+}
+
+ConcentricCirclesViewMac::Geometry ConcentricCirclesViewMac::measured() const
+{
+    const auto bounds = getLocalBounds().toDouble();
+    Geometry result;
+    result.side = std::min(bounds.getWidth(), bounds.getHeight());
+    result.strokeWidth = std::max(1.0, 2.0 * result.side / 300.0);
+    result.centre = bounds.getCentre();
+    const auto outermost =
+        result.side * 0.5 - (result.strokeWidth + std::max(minSpotRadius, result.side * spotFraction));
+    const auto count = spotsPerRing.size();
+    const auto gaps = static_cast<double>(std::max<std::size_t>(count, 2) - 1);
+    for (std::size_t ring = 0; ring < count; ++ring) {
+        const auto inner = innermostRing * outermost;
+        result.radii.push_back(inner + (outermost - inner) * static_cast<double>(ring) / gaps);
+    }
+    result.spotRadius = std::max(minSpotRadius, outermost * spotFraction);
+    return result;
+}
+
+void ConcentricCirclesViewMac::paint(juce::Graphics& graphics)
+{
+    geometry = measured();
+    drawHand(graphics);
+    const auto grid = pixelGridFor(graphics);
+    const auto now = hostClockNow();
+    for (std::size_t ring = 0; ring < spotsPerRing.size(); ++ring)
+        drawRing(graphics, grid, ring, now);
+}
+
+void ConcentricCirclesViewMac::drawHand(juce::Graphics& graphics) const
+{
+    graphics.setColour(grey(0.5f));
+    if (!geometry.radii.empty()) {
+        const auto tip = pointAt(geometry.centre, geometry.radii.back(), displayedClockPhase);
+        graphics.drawLine({geometry.centre.toFloat(), tip.toFloat()},
+                          static_cast<float>(std::max(0.5, geometry.strokeWidth * 0.5)));
+    }
+    graphics.fillEllipse(circleAbout(geometry.centre, std::max(2.0, geometry.side * 0.008)));
+}
+
+ConcentricCirclesViewMac::PixelGrid ConcentricCirclesViewMac::pixelGridFor(
+    const juce::Graphics& graphics) const
+{
+    return {graphics.getInternalContext().getPhysicalPixelScaleFactor(),
+            getTopLevelComponent()->getLocalPoint(this, juce::Point<float>())};
+}
+
+void ConcentricCirclesViewMac::drawRing(juce::Graphics& graphics, const PixelGrid& grid, std::size_t ring,
+                                        std::uint64_t now)
+{
+    const auto spots = spotsPerRing[ring];
+    if (spots < 0)
+        fatalError("a ring has a negative number of spots");
+    if (ring >= ringPhaseOffsets.size())
+        fatalError("a ring is drawn that has no phases");
+
+    const auto colour = lineColour(ring);
+    graphics.setColour(colour);
+    graphics.fillPath(circleLine(geometry.centre, geometry.radii[ring], geometry.strokeWidth));
+
+    const auto rotation = displayedLfoOffsets[ring] + displayedActivityPhases[ring] +
+                          static_cast<double>(ringPhaseOffsets[ring]);
+    for (std::int64_t spot = 0; spot < spots; ++spot) {
+        const auto phase = static_cast<double>(spot) / static_cast<double>(spots) + rotation;
+        const auto index = static_cast<std::int64_t>(ring) * spotsPerRingMax + spot;
+        const auto flash = spotFireTimes != nullptr ? flashAlpha(spotFireTimes[index], now) : 0.0f;
+        drawSpot(graphics, grid, pointAt(geometry.centre, geometry.radii[ring], phase), flash, colour);
+    }
+}
+
+void ConcentricCirclesViewMac::drawSpot(juce::Graphics& graphics, const PixelGrid& grid,
+                                        juce::Point<double> centre, float flash, juce::Colour line)
+{
+    const auto toPixels = [&](double points) { return static_cast<float>(points) * grid.pixelsPerPoint; };
+    const auto fill = flash > 0.0f ? colours::background.overlaidWith(juce::Colours::white.withAlpha(flash))
+                                   : colours::background;
+    spotImage.draw(grid.pixelAt(centre), toPixels(geometry.spotRadius), toPixels(geometry.strokeWidth), fill,
+                   line);
+    // A hair beyond the pixel's edge, or rounding might put the image between two pixels.
+    const auto corner = spotImage.corner().toFloat() + juce::Point<float>(0.01f, 0.01f);
+    graphics.drawImageTransformed(spotImage.image(), grid.transformFrom(corner));
+}
+
+juce::Colour ConcentricCirclesViewMac::lineColour(std::size_t ring) const
+{
+    if (!selectedRing)
+        return juce::Colours::white;
+    return *selectedRing == static_cast<int>(ring) ? juce::Colours::black
+                                                   : juce::Colours::white.withAlpha(0.2f);
+}
+
+float ConcentricCirclesViewMac::flashAlpha(std::uint64_t fireTime, std::uint64_t now) const
+{
+    if (fireTime == 0 || fireTime > now)
+        return 0.0f;
+    return static_cast<float>(1.0 - secondsBetween(fireTime, now) / flashSeconds);
+}
+
+void ConcentricCirclesViewMac::redraw()
+{
+    repaint();
+}
+
+void ConcentricCirclesViewMac::refreshTick()
+{
+    const auto livePhase = clockPhase != nullptr ? clockPhase->load() : 0.0;
+    if (livePhase != 0.0)
+        showLivePhases(livePhase);
+    else
+        easeHome();
+    lastClockPhase = livePhase;
+}
+
+void ConcentricCirclesViewMac::showLivePhases(double livePhase)
+{
+    displayedClockPhase = livePhase;
+    for (std::size_t ring = 0; ring < displayedActivityPhases.size(); ++ring) {
+        displayedActivityPhases[ring] = activityPhases != nullptr ? activityPhases[ring].load() : 0.0;
+        displayedLfoOffsets[ring] = lfoOffsets != nullptr ? lfoOffsets[ring].load() : 0.0;
+    }
+    redraw();
+}
+
+void ConcentricCirclesViewMac::easeHome()
+{
+    auto isMoving = displayedClockPhase > homeEnough;
+    displayedClockPhase = nearerToHome(displayedClockPhase);
+    for (auto& phase : displayedActivityPhases) {
+        isMoving = isMoving || phase > homeEnough;
+        phase = nearerToHome(phase);
+    }
+    for (auto& offset : displayedLfoOffsets) {
+        const auto isAway = std::abs(offset) > homeEnough;
+        isMoving = isMoving || isAway;
+        offset = isAway ? offset * wobbleDecay : 0.0;
+    }
+    if (isMoving || anySpotFlashes())
+        redraw();
+}
+
+bool ConcentricCirclesViewMac::anySpotFlashes() const
+{
+    if (spotFireTimes == nullptr)
+        return false;
+    const auto now = hostClockNow();
+    const std::span times(spotFireTimes, static_cast<std::size_t>(ringCount * spotsPerRingMax));
+    return std::ranges::any_of(times, [now](const auto& time) {
+        const std::uint64_t fired = time;
+        return fired != 0 && (now < fired || secondsBetween(fired, now) < flashSeconds);
+    });
+}
+
+void ConcentricCirclesViewMac::mouseDown(const juce::MouseEvent& event)
+{
+    if (selectedRing) {
+        selectedRing.reset();
+        redraw();
+        if (onRingDeselected)
+            onRingDeselected();
+        return;
+    }
+    selectedRing = ringAt(event.position.toDouble());
+    if (!selectedRing)
+        return;
+    redraw();
+    if (onRingSelected)
+        onRingSelected(*selectedRing);
+}
+
+std::optional<int> ConcentricCirclesViewMac::ringAt(juce::Point<double> point) const
+{
+    const auto& radii = geometry.radii;
+    if (radii.empty())
+        return std::nullopt;
+    const auto distance = geometry.centre.getDistanceFrom(point);
+    const auto nearest = std::ranges::min_element(
+        radii, {}, [distance](double radius) { return std::abs(distance - radius); });
+    const auto spacing = radii.size() > 1
+                             ? (radii.back() - radii.front()) / static_cast<double>(radii.size() - 1)
+                             : radii.front() * lonelyRingSpacing;
+    if (std::abs(distance - *nearest) > std::max(spacing * 0.5, minHitTolerance))
+        return std::nullopt;
+    return static_cast<int>(std::distance(radii.begin(), nearest));
+}
+
+void ConcentricCirclesViewMac::parentHierarchyChanged()
+{
+    if (getPeer() == nullptr)
+        stopTimer();
+    else if (!isTimerRunning())
+        startTimerHz(refreshHz);
+}
+
+void ConcentricCirclesViewMac::timerCallback()
+{
+    refreshTick();
+}
+
+} // namespace velotrine

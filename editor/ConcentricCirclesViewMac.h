@@ -1,0 +1,124 @@
+#pragma once
+
+#include "editor/SpotImage.h"
+#include "engine/RingCount.h"
+#include "engine/Shared.h"
+
+#include <juce_gui_basics/juce_gui_basics.h>
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace velotrine {
+
+/// The rings, their spots and the hand, as the kernel publishes them. A click on a ring selects it, the next
+/// click anywhere lets it go. Main thread; what the pointers lead to is written by the render thread.
+class ConcentricCirclesViewMac final : public juce::Component, private juce::Timer
+{
+public:
+    ConcentricCirclesViewMac();
+
+    /// Spots drawn on each ring, 0 or more; as many rings as entries.
+    std::vector<std::int64_t> spotsPerRing{4, 5, 6, 7, 8};
+
+    /// Radius of a spot: this fraction of the outermost ring's, but at least 4 points.
+    double spotFraction = 0.04;
+
+    /// The kernel's display state, or nothing before there is one. HostClock ticks, ring after ring; phases
+    /// in turns, one for each ring; a clock phase of exactly 0 says that the clock is stopped.
+    const Shared<std::uint64_t>* spotFireTimes = nullptr;
+    std::int64_t spotsPerRingMax = 16;
+    const Shared<double>* clockPhase = nullptr;
+    const Shared<double>* activityPhases = nullptr;
+    const Shared<double>* lfoOffsets = nullptr;
+
+    double lastClockPhase = -1.0; ///< at the last tick; 0 while stopped
+
+    /// What is drawn, in turns.
+    double displayedClockPhase = 0.0;
+    std::array<double, ringCount> displayedActivityPhases{};
+    std::array<double, ringCount> displayedLfoOffsets{};
+
+    std::optional<int> selectedRing;
+
+    /// Copies of the rings' parameters. Those not drawn are here for the ring's panel.
+    std::array<std::int64_t, ringCount> ringSpotCounts{4, 5, 6, 7, 8};
+    std::array<float, ringCount> ringPhaseOffsets{}; ///< turns
+    std::array<float, ringCount> ringProbabilities{0.75f, 0.75f, 0.75f, 0.75f, 0.75f};
+
+    std::function<void(int ring)> onRingSelected;
+
+    /// A click has let the selected ring go.
+    std::function<void()> onRingDeselected;
+
+    /// Points, in this view, of what was drawn last.
+    [[nodiscard]] juce::Point<double> cachedCenter() const noexcept { return geometry.centre; }
+
+    /// Innermost first.
+    [[nodiscard]] const std::vector<double>& cachedRadii() const noexcept { return geometry.radii; }
+
+    [[nodiscard]] double cachedStrokeWidth() const noexcept { return geometry.strokeWidth; }
+
+    /// One step of the animation; the view's own timer makes 60 a second while it is on a screen.
+    void refreshTick();
+
+    /// Asks for the rings to be drawn anew, and nothing but them.
+    void redraw();
+
+    void paint(juce::Graphics& graphics) override;
+    void mouseDown(const juce::MouseEvent& event) override;
+    void parentHierarchyChanged() override;
+
+    /// Where everything lies for a view of this size.
+    struct Geometry
+    {
+        juce::Point<double> centre;
+        std::vector<double> radii;
+        double strokeWidth = 2.0;
+        double spotRadius = 4.0;
+        double side = 0.0; ///< the lesser of width and height
+    };
+
+private:
+    /// Where this view lies on the screen's pixels, whatever the scale factor.
+    struct PixelGrid
+    {
+        float pixelsPerPoint = 1.0f;
+        juce::Point<float> origin; ///< of the view in its window, points
+
+        [[nodiscard]] juce::Point<float> pixelAt(juce::Point<double> point) const
+        {
+            return (origin + point.toFloat()) * pixelsPerPoint;
+        }
+
+        /// From pixels to the view's points.
+        [[nodiscard]] juce::AffineTransform transformFrom(juce::Point<float> pixel) const
+        {
+            return juce::AffineTransform::translation(pixel)
+                .scaled(1.0f / pixelsPerPoint)
+                .translated(-origin);
+        }
+    };
+
+    [[nodiscard]] Geometry measured() const;
+    void drawHand(juce::Graphics& graphics) const;
+    void drawRing(juce::Graphics& graphics, const PixelGrid& grid, std::size_t ring, std::uint64_t now);
+    void drawSpot(juce::Graphics& graphics, const PixelGrid& grid, juce::Point<double> centre, float flash,
+                  juce::Colour line);
+    [[nodiscard]] PixelGrid pixelGridFor(const juce::Graphics& graphics) const;
+    [[nodiscard]] juce::Colour lineColour(std::size_t ring) const;
+    [[nodiscard]] float flashAlpha(std::uint64_t fireTime, std::uint64_t now) const;
+    [[nodiscard]] bool anySpotFlashes() const;
+    [[nodiscard]] std::optional<int> ringAt(juce::Point<double> point) const;
+    void showLivePhases(double livePhase);
+    void easeHome();
+    void timerCallback() override;
+
+    Geometry geometry;
+    SpotImage spotImage; ///< of one spot at a time, at the screen's own density
+};
+
+} // namespace velotrine

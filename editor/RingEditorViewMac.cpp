@@ -1,0 +1,217 @@
+#include "editor/RingEditorViewMac.h"
+
+#include "audiounit/ParameterText.h"
+#include "editor/Colours.h"
+#include "editor/FontLoader.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace velotrine {
+
+namespace {
+
+constexpr float panelCornerRadius = 8.0f;
+constexpr float inset = 10.0f;
+constexpr float rowGap = 4.0f;
+constexpr float columnGap = 4.0f;
+constexpr float fieldWidthOfPanel = 0.18f;
+constexpr float titleAreaOfPanel = 0.25f;
+
+/// How a typed number becomes a setting.
+enum class EntryRule
+{
+    whole,
+    wrapped,
+    bounded,
+};
+
+struct RowInfo
+{
+    const char* label;
+    int maxValue; ///< from 0
+    EntryRule entry;
+
+    [[nodiscard]] bool isWhole() const { return entry == EntryRule::whole; }
+};
+
+constexpr std::array<RowInfo, RingEditorViewMac::kindCount> rowInfos{{
+    {"STEPS", 16, EntryRule::whole},
+    {"SHIFT", 1, EntryRule::wrapped},
+    {"LUCK", 1, EntryRule::bounded},
+    {"OCTAVE", 7, EntryRule::whole},
+    {"VOLUME", 1, EntryRule::bounded},
+    {"TONE", 1, EntryRule::bounded},
+}};
+
+/// A text that is no number counts as 0.
+float numberFrom(const juce::String& text, const RowInfo& row)
+{
+    const auto trimmed = text.trim().toStdString();
+    if (row.isWhole() && trimmed.find_first_not_of("+-0123456789") != std::string::npos)
+        return 0.0f;
+    const auto number = static_cast<float>(numberFromText(trimmed).value_or(0.0));
+    return std::isfinite(number) ? number : 0.0f;
+}
+
+float applied(float number, const RowInfo& row)
+{
+    if (row.entry == EntryRule::wrapped) {
+        const auto fraction = number - std::floor(number);
+        return fraction < 1.0f ? fraction : 0.0f;
+    }
+    return std::clamp(number, 0.0f, static_cast<float>(row.maxValue));
+}
+
+juce::String fieldText(float value, const RowInfo& row)
+{
+    return row.isWhole() ? juce::String(static_cast<int>(value))
+                         : juce::String::formatted("%.2f", static_cast<double>(value));
+}
+
+void dressLabel(juce::Label& label)
+{
+    label.setColour(juce::Label::textColourId, colours::text);
+    label.setBorderSize({});
+    label.setMinimumHorizontalScale(1.0f);
+    label.setInterceptsMouseClicks(false, false);
+}
+
+} // namespace
+
+RingEditorViewMac::RingEditorViewMac()
+{
+    registerDisplayFont();
+    setBackground(colours::panel, panelCornerRadius);
+    setTitle("Ring editor");
+    dressLabel(titleLabel);
+    titleLabel.setJustificationType(juce::Justification::centredRight);
+    addAndMakeVisible(titleLabel);
+    for (const auto kind : {steps, shift, luck, octave, ringVol, timbre})
+        makeRow(kind);
+}
+
+void RingEditorViewMac::makeRow(Kind kind)
+{
+    const auto& info = rowInfos[kind];
+    auto& row = rows[kind];
+
+    row.label = std::make_unique<juce::Label>(juce::String(), info.label);
+    dressLabel(*row.label);
+
+    row.field = std::make_unique<ValueField>();
+    row.field->setTitle(info.label);
+    row.field->onEntryEnded = [this, kind](const juce::String& text) { textEntryEnded(kind, text); };
+
+    row.slider = std::make_unique<juce::Slider>(juce::Slider::LinearHorizontal, juce::Slider::NoTextBox);
+    row.slider->setTitle(info.label);
+    row.slider->setRange(0.0, info.maxValue, info.isWhole() ? 1.0 : 0.0);
+    row.slider->setWantsKeyboardFocus(true);
+    row.slider->setMouseClickGrabsKeyboardFocus(false);
+    row.slider->onValueChange = [this, kind] { sliderChanged(kind); };
+    row.slider->onDragStart = [this, kind] {
+        if (onEditBegan)
+            onEditBegan(kind, ringIndex);
+    };
+    row.slider->onDragEnd = [this, kind] {
+        if (onEditEnded)
+            onEditEnded(kind, ringIndex);
+    };
+
+    addAndMakeVisible(*row.label);
+    addAndMakeVisible(*row.field);
+    addAndMakeVisible(*row.slider);
+}
+
+void RingEditorViewMac::fill(int ring, const RingSettings& settings)
+{
+    suppressCallbacks = true;
+    ringIndex = ring;
+    titleLabel.setText("RING " + juce::String(ring + 1), juce::dontSendNotification);
+    show(steps, static_cast<float>(settings.spots));
+    show(shift, settings.phaseTurns);
+    show(luck, settings.probability);
+    show(octave, static_cast<float>(settings.octave));
+    show(ringVol, settings.volume);
+    show(timbre, settings.timbre);
+    suppressCallbacks = false;
+}
+
+void RingEditorViewMac::show(Kind kind, float value)
+{
+    rows[kind].slider->setValue(static_cast<double>(value), juce::dontSendNotification);
+    rows[kind].field->show(fieldText(value, rowInfos[kind]));
+}
+
+void RingEditorViewMac::sliderChanged(Kind kind)
+{
+    if (suppressCallbacks)
+        return;
+    const auto value = static_cast<float>(rows[kind].slider->getValue());
+    rows[kind].field->show(fieldText(value, rowInfos[kind]));
+    if (onParamChanged)
+        onParamChanged(kind, ringIndex, value);
+}
+
+void RingEditorViewMac::textEntryEnded(Kind kind, const juce::String& text)
+{
+    const auto value = applied(numberFrom(text, rowInfos[kind]), rowInfos[kind]);
+    show(kind, value);
+    if (onParamChanged)
+        onParamChanged(kind, ringIndex, value);
+}
+
+void RingEditorViewMac::resized()
+{
+    const auto width = static_cast<float>(getWidth());
+    const auto height = static_cast<float>(getHeight());
+    const auto rowHeight = std::max(22.0f, (height - 20.0f) * 0.125f);
+    const auto fontSize = std::max(10.0f, std::min(width * 0.05f, rowHeight * 0.55f));
+    const auto font = displayFont(fontSize);
+    const auto labelWidth = std::min(width * 0.34f, std::ceil(font.getStringWidthFloat("VOLUME")) + 6.0f);
+    const auto fieldWidth = fieldWidthOfPanel * width;
+    const auto sliderX = inset + labelWidth + columnGap;
+    const auto sliderWidth = width - sliderX - fieldWidth - 12.0f - inset;
+
+    const auto place = [](juce::Component& component, float x, float y, float w, float h) {
+        component.setBounds(juce::Rectangle<float>(x, y, w, h).toNearestInt());
+    };
+    titleLabel.setFont(font);
+    place(titleLabel, inset, inset, width - 2.0f * inset, rowHeight);
+    auto y = inset + rowHeight + rowGap;
+    for (auto& row : rows) {
+        row.label->setFont(font);
+        row.field->setFontSize(0.85f * fontSize);
+        place(*row.label, inset, y, labelWidth, rowHeight);
+        place(*row.slider, sliderX, y, sliderWidth, rowHeight);
+        place(*row.field, sliderX + sliderWidth + columnGap, y + 2.0f, fieldWidth, rowHeight - 4.0f);
+        y += rowHeight + rowGap;
+    }
+}
+
+float RingEditorViewMac::titleHeight() const
+{
+    return static_cast<float>(getHeight()) * titleAreaOfPanel;
+}
+
+void RingEditorViewMac::mouseDown(const juce::MouseEvent& event)
+{
+    if (event.position.y >= titleHeight())
+        return;
+    isDragging = true;
+    dragStartOrigin = getPosition();
+    dragStartWindow = event.getScreenPosition();
+}
+
+void RingEditorViewMac::mouseDrag(const juce::MouseEvent& event)
+{
+    if (isDragging)
+        setTopLeftPosition(dragStartOrigin + event.getScreenPosition() - dragStartWindow);
+}
+
+void RingEditorViewMac::mouseUp(const juce::MouseEvent&)
+{
+    isDragging = false;
+}
+
+} // namespace velotrine

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <juce_gui_basics/juce_gui_basics.h>
+
+namespace velotrine {
+
+/// How the toolkit's own controls look here: dark greys, white lines, nothing that shines. Main thread.
+class VelotrineLookAndFeel final : public juce::LookAndFeel_V4
+{
+public:
+    VelotrineLookAndFeel();
+
+    void drawLinearSlider(juce::Graphics& graphics, int x, int y, int width, int height, float position,
+                          float minPosition, float maxPosition, juce::Slider::SliderStyle style,
+                          juce::Slider& slider) override;
+    int getSliderThumbRadius(juce::Slider& slider) override;
+
+    void fillTextEditorBackground(juce::Graphics& graphics, int width, int height,
+                                  juce::TextEditor& editor) override;
+    void drawTextEditorOutline(juce::Graphics& graphics, int width, int height,
+                               juce::TextEditor& editor) override;
+
+    juce::Font getPopupMenuFont() override;
+    void drawPopupMenuBackground(juce::Graphics& graphics, int width, int height) override;
+    int getPopupMenuBorderSize() override;
+    int getMenuWindowFlags() override;
+    void getIdealPopupMenuItemSize(const juce::String& text, bool isSeparator, int standardHeight, int& width,
+                                   int& height) override;
+    void drawTickBox(juce::Graphics& graphics, juce::Component& component, float x, float y, float width,
+                     float height, bool isTicked, bool isEnabled, bool isHighlighted, bool isDown) override;
+    juce::Path getTickShape(float height) override;
+
+    juce::Font getMenuBarFont(juce::MenuBarComponent& bar, int index, const juce::String& text) override;
+    void drawMenuBarBackground(juce::Graphics& graphics, int width, int height, bool isMouseOver,
+                               juce::MenuBarComponent& bar) override;
+    void drawMenuBarItem(juce::Graphics& graphics, int width, int height, int index, const juce::String& text,
+                         bool isMouseOverItem, bool isMenuOpen, bool isMouseOverBar,
+                         juce::MenuBarComponent& bar) override;
+
+    juce::Font getComboBoxFont(juce::ComboBox& box) override;
+    void drawComboBox(juce::Graphics& graphics, int width, int height, bool isDown, int buttonX, int buttonY,
+                      int buttonWidth, int buttonHeight, juce::ComboBox& box) override;
+    void positionComboBoxText(juce::ComboBox& box, juce::Label& label) override;
+
+    juce::Font getTextButtonFont(juce::TextButton& button, int height) override;
+    void drawButtonBackground(juce::Graphics& graphics, juce::Button& button, const juce::Colour& colour,
+                              bool isHighlighted, bool isDown) override;
+
+    int getDefaultScrollbarWidth() override;
+    void drawScrollbar(juce::Graphics& graphics, juce::ScrollBar& bar, int x, int y, int width, int height,
+                       bool isVertical, int thumbStart, int thumbSize, bool isMouseOver,
+                       bool isDown) override;
+};
+
+} // namespace velotrine
