@@ -213,6 +213,23 @@ TEST(AVAudioEngine, WithoutADeviceTheClockRunsInRealTimeAtTheRateAskedFor)
     EXPECT_NEAR(barsWithin(playing, 0.6), 0.6 * barsPerSecond, 0.05 * barsPerSecond);
 }
 
+TEST(AVAudioEngine, WithoutADeviceTheClockStartsSoonAfterPlayAndStops)
+{
+    FakeSound sound{.isPresent = false};
+    PlayingEngine playing(fakeDeviceTypes({&sound}));
+    playing.instrument->dspKernel->internalPlaying = false;
+    EXPECT_TRUE(playing.engine.start());
+    runMessagesFor(0.2);
+    EXPECT_EQ(playing.clock(), 0.0);
+    playing.instrument->dspKernel->internalPlaying = true;
+    runMessagesFor(0.1);
+    EXPECT_GT(playing.clock(), 0.0);
+    EXPECT_NEAR(barsWithin(playing, 0.6), 0.6 * barsPerSecond, 0.05 * barsPerSecond);
+    playing.instrument->dspKernel->internalPlaying = false;
+    runMessagesFor(0.1);
+    EXPECT_EQ(playing.clock(), 0.0);
+}
+
 TEST(AVAudioEngine, ADeviceThatAppearsLaterTakesOverWithoutTheClockJumpingBack)
 {
     FakeSound sound{.isPresent = false};

@@ -1,5 +1,11 @@
 #include "host/HostOptions.h"
 
+#include <array>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -53,14 +59,28 @@ TEST(HostOptions, TakesWhatIsTyped)
     EXPECT_EQ(all.device.bufferFrames, 64);
 }
 
+constexpr std::array optionNames{"--list-devices", "--device", "--sample-rate",
+                                 "--buffer",       "--help",   "--version"};
+
 TEST(HostOptions, HelpNamesEveryOption)
 {
     const auto help = end({"--help"});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_EQ(help.err, "");
-    for (const auto* const option :
-         {"--list-devices", "--device", "--sample-rate", "--buffer", "--help", "--version"})
-        EXPECT_THAT(help.out, HasSubstr(option));
+    for (const auto* const name : optionNames)
+        EXPECT_THAT(help.out, HasSubstr(name));
+}
+
+TEST(HostOptions, TheManualExplainsEveryOption)
+{
+    std::ifstream file(VELOTRINE_SOURCE_DIR "/docs/manual.md");
+    const std::string manual(std::istreambuf_iterator<char>(file), {});
+    for (const auto* const name : optionNames) {
+        std::string asCode(name);
+        asCode.insert(asCode.begin(), '`');
+        asCode.push_back('`');
+        EXPECT_THAT(manual, HasSubstr(asCode));
+    }
 }
 
 TEST(HostOptions, VersionIsTheProjects)

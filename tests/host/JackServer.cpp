@@ -10,8 +10,10 @@
 #include <cmath>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <thread>
 
 namespace velotrine {
@@ -73,11 +75,25 @@ private:
     jack_port_t* port = nullptr;
 };
 
+std::string serverName()
+{
+    return std::getenv("JACK_DEFAULT_SERVER");
+}
+
+/// The shared memory of clients that could not take their leave.
+void removeRemains()
+{
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator("/dev/shm", ignored))
+        if (entry.path().filename().string().find(serverName() + "_") != std::string::npos)
+            std::filesystem::remove(entry.path(), ignored);
+}
+
 } // namespace
 
 JackServer::JackServer()
 {
-    const std::string name = std::getenv("JACK_DEFAULT_SERVER");
+    const auto name = serverName();
     process = std::make_unique<ChildProcess>(
         std::vector<std::string>{"jackd", "-n", name, "-r", "-d", "dummy", "-r", "48000", "-p", "256"},
         ProcessSurroundings{});
@@ -91,8 +107,10 @@ JackServer::JackServer()
 
 JackServer::~JackServer()
 {
+    process->send(SIGCONT);
     process->send(SIGTERM);
     (void)process->finish();
+    removeRemains();
 }
 
 void JackServer::kill()
