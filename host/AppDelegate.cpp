@@ -43,6 +43,7 @@ void AppDelegate::initialise(const juce::String&)
 
 void AppDelegate::applicationDidFinishLaunching()
 {
+    juce::LookAndFeel::setDefaultLookAndFeel(&lookAndFeel);
     buildMenu();
     buildWindow();
     window->show();
@@ -119,6 +120,7 @@ void AppDelegate::shutdown()
     window.reset();
     hostVC.reset();
     menu.reset();
+    juce::LookAndFeel::setDefaultLookAndFeel(nullptr);
 }
 
 } // namespace velotrine

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editor/VelotrineLookAndFeel.h"
 #include "host/AudioDeviceOptions.h"
 #include "host/HostViewController.h"
 #include "host/HostWindow.h"
@@ -44,6 +45,7 @@ private:
     void forEachOpenWindow(const std::function<void(HostWindow&)>& action);
 
     AudioDeviceOptions deviceOptions;
+    VelotrineLookAndFeel lookAndFeel;
     std::unique_ptr<MainMenu> menu;
 };
 
