@@ -55,8 +55,8 @@ void HostWindow::show()
     if (!isOnDesktop()) {
         centreWithSize(getWidth(), getHeight());
         addToDesktop();
-        getPeer()->setIcon(juce::ImageCache::getFromMemory(IconData::velotrine128_png,
-                                                           IconData::velotrine128_pngSize));
+        getPeer()->setIcon(
+            juce::ImageCache::getFromMemory(IconData::velotrine128_png, IconData::velotrine128_pngSize));
     }
     if (isMinimised())
         setMinimised(false);
