@@ -32,3 +32,6 @@ target_compile_options(velotrine_juce PRIVATE $<$<NOT:$<CONFIG:Debug>>:-O1>)
 get_target_property(juce_graphics_sources juce::juce_graphics INTERFACE_SOURCES)
 set_source_files_properties(${juce_graphics_sources} PROPERTIES COMPILE_OPTIONS "$<$<NOT:$<CONFIG:Debug>>:-O3>")
 set_target_properties(velotrine_juce PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden)
+# The name under which JACK's patch bays show the application.
+set_source_files_properties("${JUCE_MODULES_DIR}/juce_audio_devices/juce_audio_devices.cpp"
+                            PROPERTIES COMPILE_DEFINITIONS JUCE_JACK_CLIENT_NAME="Velotrine")

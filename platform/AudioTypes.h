@@ -18,6 +18,7 @@ inline constexpr AUAudioUnitStatus noErr = 0;
 inline constexpr AUAudioUnitStatus kAudioUnitErr_Uninitialized = -10867;
 inline constexpr AUAudioUnitStatus kAudioUnitErr_FormatNotSupported = -10868;
 inline constexpr AUAudioUnitStatus kAudioUnitErr_TooManyFramesToProcess = -10874;
+inline constexpr AUAudioUnitStatus kAudioUnitErr_FailedInitialization = -10875;
 inline constexpr AUAudioUnitStatus kAudioUnitErr_InvalidElement = -10877;
 inline constexpr AUAudioUnitStatus kAudioUnitErr_InvalidParameter = -10878;
 inline constexpr AUAudioUnitStatus kAudioComponentErr_NotFound = -3000;

@@ -1,21 +1,18 @@
 #include "render/CommandLine.h"
 
+#include "render/Arguments.h"
 #include "render/Errors.h"
 #include "render/Interruption.h"
 #include "render/Listing.h"
-#include "render/NearestName.h"
 #include "render/RenderJob.h"
 #include "render/RenderOptions.h"
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <span>
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -85,88 +82,6 @@ void addList(CLI::App& app, ListArguments& arguments)
     list.footer("Examples:\n  velotrine list presets\n  velotrine list parameters --json");
 }
 
-/// The subcommand that was chosen, or the program itself.
-const CLI::App& chosen(const CLI::App& app)
-{
-    const auto subcommands = app.get_subcommands();
-    return subcommands.empty() ? app : *subcommands.front();
-}
-
-std::string helpHint(const CLI::App& app)
-{
-    const auto& command = chosen(app);
-    const std::string name = &command == &app ? "velotrine" : "velotrine " + command.get_name();
-    return " (\"" + name + " --help\" shows what there is)";
-}
-
-UsageError unexpectedArgument(const CLI::App& app)
-{
-    const auto& command = chosen(app);
-    const auto extras = app.remaining(true);
-    const std::string first = extras.empty() || extras.front().empty() ? "\"\"" : extras.front();
-    const auto typed = first.substr(0, first.find('='));
-    if (command.get_option_no_throw(typed) != nullptr)
-        return {first, "belongs behind \"velotrine " + command.get_name() + "\""};
-
-    std::vector<std::string> known;
-    for (const auto* const option : command.get_options())
-        known.push_back(option->get_name());
-    for (const auto* const subcommand : command.get_subcommands({}))
-        known.push_back(subcommand->get_name());
-    return {first, "is not known here" + suggestion(typed, known) + helpHint(app)};
-}
-
-bool isOption(const CLI::App& command, std::string_view text)
-{
-    return text.starts_with("--") &&
-           command.get_option_no_throw(std::string(text.substr(0, text.find('=')))) != nullptr;
-}
-
-/// Refuses what the parser would accept in silence or blame on another argument: a missing value, for which
-/// it takes the next option; an empty one, which means nothing; and a flag with a value.
-/// @param arguments  those behind the command
-void checkValues(const CLI::App& command, std::span<const char* const> arguments)
-{
-    const auto hint = " (\"velotrine " + command.get_name() + " --help\" shows what there is)";
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string_view typed = arguments[i];
-        if (!isOption(command, typed))
-            continue;
-        const auto equals = typed.find('=');
-        const std::string name(typed.substr(0, equals));
-        const bool takesValue = command.get_option_no_throw(name)->get_items_expected_min() > 0;
-        if (!takesValue && equals != std::string_view::npos)
-            throw UsageError(name, "takes no value" + hint);
-        if (!takesValue)
-            continue;
-
-        const bool isLast = equals == std::string_view::npos && ++i == arguments.size();
-        const std::string_view value = isLast                             ? ""
-                                       : equals == std::string_view::npos ? arguments[i]
-                                                                          : typed.substr(equals + 1);
-        if (value.empty() || isOption(command, value))
-            throw UsageError(name, "needs a value behind it" + hint);
-    }
-}
-
-void parse(CLI::App& app, std::span<const char* const> arguments)
-{
-    constexpr std::size_t programAndCommand = 2;
-    for (const auto* const command : app.get_subcommands([](CLI::App*) { return true; })) {
-        if (arguments.size() >= programAndCommand && command->get_name() == arguments[1])
-            checkValues(*command, arguments.subspan(programAndCommand));
-    }
-    app.parse(static_cast<int>(arguments.size()), arguments.data());
-}
-
-/// @param message  the parser's, which begins with the option's name
-UsageError wrongNumberOfValues(const std::string& message, const CLI::App& app)
-{
-    const bool isMissing = message.find("missing") != std::string::npos;
-    return {message.substr(0, message.find(':')),
-            (isMissing ? "needs a value behind it" : "can be given only once") + helpHint(app)};
-}
-
 void print(const std::string& text)
 {
     const bool printed = std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
@@ -205,17 +120,11 @@ void run(std::span<const char* const> arguments)
     app.require_subcommand(0, 1);
 
     try {
-        parse(app, arguments);
+        parseArguments(app, arguments);
     } catch (const CLI::CallForHelp&) {
         return print(app.help());
     } catch (const CLI::CallForVersion& version) {
         return print(std::string(version.what()) + "\n");
-    } catch (const CLI::ExtrasError&) {
-        throw unexpectedArgument(app);
-    } catch (const CLI::ArgumentMismatch& mismatch) {
-        throw wrongNumberOfValues(mismatch.what(), app);
-    } catch (const CLI::ParseError& error) {
-        throw UsageError(chosen(app).get_name(), error.what() + helpHint(app));
     }
 
     if (app.got_subcommand("render"))
@@ -223,20 +132,6 @@ void run(std::span<const char* const> arguments)
     if (app.got_subcommand("list"))
         return runList(listArguments);
     throw UsageError("command", "is missing; say render or list" + helpHint(app));
-}
-
-/// A message can quote what was typed, or what is in a file: whatever that is, it stays one line of bearable
-/// length, and does nothing to the terminal.
-std::string asOneLine(std::string message)
-{
-    constexpr std::size_t longest = 1000;
-    constexpr std::size_t keptEnd = 200;
-    constexpr std::string_view gap = " ... ";
-    if (message.size() > longest)
-        message.replace(longest - gap.size() - keptEnd, message.size() - longest + gap.size(), gap);
-    std::ranges::replace_if(
-        message, [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
-    return message;
 }
 
 int complain(const std::string& message, int exitCode)

@@ -3,6 +3,7 @@
 #include "audiounit/ParameterText.h"
 #include "audiounit/Parameters.h"
 #include "audiounit/Presets.h"
+#include "render/Arguments.h"
 #include "render/Errors.h"
 #include "render/NearestName.h"
 #include "render/OutputFile.h"
@@ -21,41 +22,13 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr double maxBars = 43200.0; ///< a day at 120 beats a minute
-constexpr double minSampleRate = 8000.0;
-constexpr double maxSampleRate = 768000.0;
-constexpr double maxBlockFrames = 8192.0;
 constexpr double maxTailSeconds = 3600.0;
-
-std::string inQuotes(std::string_view text)
-{
-    return '"' + std::string(text) + '"';
-}
 
 std::string lowerCase(std::string text)
 {
     std::ranges::transform(text, text.begin(),
                            [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return text;
-}
-
-/// What an option's number may be, and how to say it.
-struct NumberRule
-{
-    const char* option;
-    double min;
-    double max;
-    bool wholeOnly;
-    const char* expected;
-};
-
-double number(const NumberRule& rule, const std::string& text)
-{
-    const auto value = numberFromText(text);
-    const bool right = value && *value >= rule.min && *value <= rule.max &&
-                       (!rule.wholeOnly || *value == std::floor(*value));
-    if (!right)
-        throw UsageError(rule.option, inQuotes(text) + " will not do; give " + rule.expected);
-    return *value;
 }
 
 std::int64_t presetNumber(const std::string& text)
@@ -160,7 +133,7 @@ void readTail(const std::string& text, RenderOptions& options)
         options.tail = RenderOptions::Tail::none;
     else {
         options.tail = RenderOptions::Tail::fixed;
-        options.tailSeconds = number(
+        options.tailSeconds = numberArgument(
             {"--tail", 0.0, maxTailSeconds, false, "auto, none, or a number of seconds up to 3600"}, text);
     }
 }
@@ -171,12 +144,12 @@ void readLength(const RenderArguments& arguments, RenderOptions& options)
         throw UsageError("--seconds", "the length is already given by --bars; give one of the two");
     constexpr double shortest = 1.0e-6;
     if (!arguments.bars.empty())
-        options.bars =
-            number({"--bars", shortest, maxBars, false, "a number above 0, at most 43200"}, arguments.bars);
+        options.bars = numberArgument({"--bars", shortest, maxBars, false, "a number above 0, at most 43200"},
+                                      arguments.bars);
     if (!arguments.seconds.empty())
-        options.seconds =
-            number({"--seconds", shortest, maxRenderSeconds, false, "a number above 0, at most 86400"},
-                   arguments.seconds);
+        options.seconds = numberArgument(
+            {"--seconds", shortest, maxRenderSeconds, false, "a number above 0, at most 86400"},
+            arguments.seconds);
 }
 
 void checkPaths(const RenderOptions& options)
@@ -227,15 +200,11 @@ RenderOptions renderOptions(const RenderArguments& arguments)
         options.settings.push_back(parameterSetting(setting));
     if (!arguments.tempo.empty())
         options.tempo = static_cast<float>(
-            number({"--tempo", 40.0, 300.0, false, "40 to 300 beats a minute"}, arguments.tempo));
+            numberArgument({"--tempo", 40.0, 300.0, false, "40 to 300 beats a minute"}, arguments.tempo));
     if (!arguments.sampleRate.empty())
-        options.sampleRate = static_cast<int>(number(
-            {"--sample-rate", minSampleRate, maxSampleRate, true, "a whole number of Hz from 8000 to 768000"},
-            arguments.sampleRate));
+        options.sampleRate = sampleRateArgument("--sample-rate", arguments.sampleRate);
     if (!arguments.block.empty())
-        options.blockFrames = static_cast<int>(
-            number({"--block", 1.0, maxBlockFrames, true, "a whole number of frames from 1 to 8192"},
-                   arguments.block));
+        options.blockFrames = framesArgument("--block", arguments.block);
     if (!arguments.tail.empty())
         readTail(arguments.tail, options);
     readLength(arguments, options);

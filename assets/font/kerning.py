@@ -79,6 +79,13 @@ def pairs():
             yield first, entry[:sign], int(entry[sign:])
 
 
+def glyph_pairs():
+    """{(first glyph, second glyph): units}, the same pairs one by one."""
+    return {(left, right): value
+            for first, second, value in pairs()
+            for left in FIRST[first].split() for right in SECOND[second].split()}
+
+
 def features():
     """The kern feature, in the feature language."""
     lines = ["languagesystem DFLT dflt;", "languagesystem latn dflt;"]

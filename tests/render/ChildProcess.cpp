@@ -159,15 +159,4 @@ ProcessResult runProcess(const std::vector<std::string>& commandLine, const Proc
     return ChildProcess(commandLine, surroundings).finish();
 }
 
-std::vector<std::string> velotrineCommand(std::vector<std::string> arguments)
-{
-    arguments.insert(arguments.begin(), VELOTRINE_PROGRAM);
-    return arguments;
-}
-
-ProcessResult runVelotrine(std::vector<std::string> arguments, const ProcessSurroundings& surroundings)
-{
-    return runProcess(velotrineCommand(std::move(arguments)), surroundings);
-}
-
 } // namespace velotrine

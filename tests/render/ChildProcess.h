@@ -64,10 +64,4 @@ private:
 [[nodiscard]] ProcessResult runProcess(const std::vector<std::string>& commandLine,
                                        const ProcessSurroundings& surroundings = {});
 
-/// The program under test with these arguments.
-[[nodiscard]] std::vector<std::string> velotrineCommand(std::vector<std::string> arguments);
-
-[[nodiscard]] ProcessResult runVelotrine(std::vector<std::string> arguments,
-                                         const ProcessSurroundings& surroundings = {});
-
 } // namespace velotrine

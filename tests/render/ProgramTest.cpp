@@ -7,6 +7,17 @@
 
 namespace velotrine {
 
+std::vector<std::string> velotrineCommand(std::vector<std::string> arguments)
+{
+    arguments.insert(arguments.begin(), VELOTRINE_PROGRAM);
+    return arguments;
+}
+
+ProcessResult runVelotrine(std::vector<std::string> arguments, const ProcessSurroundings& surroundings)
+{
+    return runProcess(velotrineCommand(std::move(arguments)), surroundings);
+}
+
 ProcessSurroundings ProgramTest::surroundings() const
 {
     return {.folder = folder.path().string(),

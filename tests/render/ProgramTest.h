@@ -11,6 +11,12 @@
 
 namespace velotrine {
 
+/// The program under test with these arguments.
+[[nodiscard]] std::vector<std::string> velotrineCommand(std::vector<std::string> arguments);
+
+[[nodiscard]] ProcessResult runVelotrine(std::vector<std::string> arguments,
+                                         const ProcessSurroundings& surroundings = {});
+
 /// Tests of the program as somebody runs it, in a folder of the test's own.
 class ProgramTest : public testing::Test
 {

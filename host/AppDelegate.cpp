@@ -1,0 +1,126 @@
+#include "host/AppDelegate.h"
+
+#include "editor/Colours.h"
+#include "host/BundleInformation.h"
+
+#include <iostream>
+#include <utility>
+
+namespace velotrine {
+
+namespace {
+
+constexpr int contentWidth = 480;  ///< points, and no less
+constexpr int contentHeight = 404; ///< likewise
+constexpr int noDisplay = 1;       ///< exit code
+
+} // namespace
+
+AppDelegate::AppDelegate(AudioDeviceOptions options) : deviceOptions(std::move(options)) {}
+
+AppDelegate::~AppDelegate() = default;
+
+const juce::String AppDelegate::getApplicationName()
+{
+    return "Velotrine";
+}
+
+const juce::String AppDelegate::getApplicationVersion()
+{
+    return mainBundleInformation().shortVersion.value_or("");
+}
+
+void AppDelegate::initialise(const juce::String&)
+{
+    if (juce::Desktop::getInstance().getDisplays().displays.isEmpty()) {
+        std::cerr << "VelotrineHostMac: there is no display to open a window on; is DISPLAY set?\n";
+        setApplicationReturnValue(noDisplay);
+        quit();
+        return;
+    }
+    applicationDidFinishLaunching();
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    juce::LookAndFeel::setDefaultLookAndFeel(&lookAndFeel);
+    buildMenu();
+    buildWindow();
+    window->show();
+}
+
+void AppDelegate::buildMenu()
+{
+    menu = std::make_unique<MainMenu>(MainMenu::Actions{.showAbout = [this] { showAbout(); },
+                                                        .hide = [this] { hideAll(); },
+                                                        .showAll = [this] { showAll(); },
+                                                        .terminate = [] { quit(); }});
+}
+
+void AppDelegate::buildWindow()
+{
+    hostVC = std::make_shared<HostViewController>();
+    hostVC->engine.setDeviceOptions(deviceOptions);
+    hostVC->onHelpWindowCreated = [this](HelpWindowController& help) { adopt(help.window()); };
+
+    window = std::make_unique<HostWindow>("Velotrine", colours::background, hostVC->view());
+#if JUCE_MAC
+    juce::MenuBarModel::setMacMainMenu(menu.get());
+#else
+    window->setMenuBar(menu.get());
+#endif
+    window->setContentSize(contentWidth, contentHeight);
+    window->setMinimumContentSize(contentWidth, contentHeight);
+    adopt(*window);
+}
+
+void AppDelegate::adopt(HostWindow& newWindow)
+{
+    newWindow.addKeyListener(menu.get());
+    newWindow.onClosed = [this] { windowClosed(); };
+}
+
+void AppDelegate::forEachOpenWindow(const std::function<void(HostWindow&)>& action)
+{
+    if (window->isVisible())
+        action(*window);
+    if (hostVC->helpWindowController && hostVC->helpWindowController->window().isVisible())
+        action(hostVC->helpWindowController->window());
+}
+
+void AppDelegate::windowClosed()
+{
+    int openWindows = 0;
+    forEachOpenWindow([&openWindows](HostWindow&) { ++openWindows; });
+    if (openWindows == 0 && applicationShouldTerminateAfterLastWindowClosed())
+        quit();
+}
+
+void AppDelegate::hideAll()
+{
+    forEachOpenWindow([](HostWindow& open) { open.setMinimised(true); });
+}
+
+void AppDelegate::showAll()
+{
+    forEachOpenWindow([](HostWindow& open) { open.show(); });
+}
+
+void AppDelegate::showAbout()
+{
+    if (hostVC)
+        hostVC->showHelp(0);
+}
+
+void AppDelegate::shutdown()
+{
+#if JUCE_MAC
+    juce::MenuBarModel::setMacMainMenu(nullptr);
+#endif
+    window.reset();
+    hostVC.reset();
+    menu.reset();
+    juce::LookAndFeel::setDefaultLookAndFeel(nullptr);
+}
+
+} // namespace velotrine

@@ -1,0 +1,145 @@
+#include "host/AudioOutput.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace velotrine {
+
+namespace {
+
+constexpr double usualSampleRate = 48000.0; ///< Hz; what most hardware runs at by itself
+constexpr int channelsWanted = 2;
+
+/// The value nearest to the wished one; the wished one where there is no choice.
+template <typename Value>
+Value nearest(const juce::Array<Value>& values, Value wished)
+{
+    const auto* const best = std::min_element(values.begin(), values.end(), [wished](Value a, Value b) {
+        return std::abs(a - wished) < std::abs(b - wished);
+    });
+    return best == values.end() ? wished : *best;
+}
+
+int checksWithin(double seconds)
+{
+    return static_cast<int>(std::ceil(seconds * 1000.0 / AudioOutput::checkIntervalMilliseconds));
+}
+
+/// A device that has been silent for four buffers' time, and never less than for 0.3 s, is no longer there.
+int patienceWith(juce::AudioIODevice& device)
+{
+    constexpr double shortest = 0.3;
+    constexpr double buffers = 4.0;
+    return checksWithin(
+        std::max(shortest, buffers * device.getCurrentBufferSizeSamples() / device.getCurrentSampleRate()));
+}
+
+/// What every type had to say, for the one error that comes of it.
+std::string complaint(const AudioDeviceOptions& options, const juce::StringArray& problems)
+{
+    const auto which = options.deviceName ? " called \"" + *options.deviceName + "\"" : std::string();
+    return "There is no audio device" + which + " (" + problems.joinIntoString("; ").toStdString() + ").";
+}
+
+} // namespace
+
+AudioOutput::AudioOutput(AVAudioMixerNode& source, DeviceTypeFactory deviceTypes)
+    : mixer(source), makeTypes(std::move(deviceTypes))
+{}
+
+AudioOutput::~AudioOutput()
+{
+    close();
+}
+
+std::optional<AUError> AudioOutput::open(const AudioDeviceOptions& options, const Prepare& prepare)
+{
+    close();
+    types.clear();
+    types = makeTypes();
+
+    juce::StringArray problems;
+    for (const auto& type : types) {
+        type->scanForDevices();
+        const auto names = type->getDeviceNames(false);
+        const auto name = options.deviceName ? juce::String::fromUTF8(options.deviceName->c_str())
+                                             : names[type->getDefaultDeviceIndex(false)];
+        juce::String problem = "none found";
+        if (name.isNotEmpty() && names.contains(name))
+            problem = openDevice(*type, name, options);
+        if (device) {
+            try {
+                play(prepare);
+                return std::nullopt;
+            } catch (const AUError& error) {
+                close();
+                problem = juce::String::fromUTF8(error.what());
+            }
+        }
+        problems.add(type->getTypeName() + ": " + problem);
+    }
+    return AUError(kAudioUnitErr_FailedInitialization, complaint(options, problems));
+}
+
+juce::String AudioOutput::openDevice(juce::AudioIODeviceType& type, const juce::String& name,
+                                     const AudioDeviceOptions& options)
+{
+    std::unique_ptr<juce::AudioIODevice> opened(type.createDevice(name, {}));
+    if (!opened)
+        return "gone again";
+
+    juce::BigInteger outputs;
+    outputs.setRange(0, channelsWanted, true);
+    const auto rate =
+        nearest(opened->getAvailableSampleRates(), options.sampleRate.value_or(usualSampleRate));
+    const auto frames = options.bufferFrames
+                            ? nearest(opened->getAvailableBufferSizes(), *options.bufferFrames)
+                            : opened->getDefaultBufferSize();
+    const auto problem = opened->open({}, outputs, rate, frames);
+    if (problem.isNotEmpty())
+        return problem;
+    if (opened->getCurrentSampleRate() <= 0.0 || opened->getCurrentBufferSizeSamples() <= 0)
+        return "it has no sample rate";
+    device = std::move(opened);
+    return {};
+}
+
+void AudioOutput::play(const Prepare& prepare)
+{
+    prepare(device->getCurrentSampleRate());
+    patience = patienceWith(*device);
+    checksWithoutRequest = 0;
+    requestsAtLastCheck = requestCount;
+    device->start(this);
+}
+
+void AudioOutput::close()
+{
+    if (device)
+        device->close();
+    device.reset();
+}
+
+AudioOutput::State AudioOutput::check()
+{
+    if (!device)
+        return State::closed;
+    const auto now = requests();
+    checksWithoutRequest = now == requestsAtLastCheck ? checksWithoutRequest + 1 : 0;
+    requestsAtLastCheck = now;
+    if (checksWithoutRequest < patience)
+        return State::playing;
+    // JACK closes the device when its server ends. The others keep silent about their end.
+    return device->getTypeName() == "JACK" && device->isOpen() ? State::idle : State::lost;
+}
+
+void AudioOutput::audioDeviceIOCallbackWithContext(const float* const*, int, float* const* outputs,
+                                                   int outputCount, int frames,
+                                                   const juce::AudioIODeviceCallbackContext&)
+{
+    requestCount.fetch_add(1, std::memory_order_relaxed);
+    mixer.render(outputs, outputCount, frames);
+}
+
+} // namespace velotrine

@@ -1,0 +1,102 @@
+#include "host/HostOptions.h"
+
+#include "render/Arguments.h"
+#include "render/Errors.h"
+#include "render/NearestName.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+
+namespace velotrine {
+
+namespace {
+
+constexpr const char* programName = "VelotrineHostMac";
+constexpr int usageWrong = 2;
+
+constexpr const char* examples = R"(Examples:
+  VelotrineHostMac
+  VelotrineHostMac --list-devices
+  VelotrineHostMac --device system --buffer 128)";
+
+/// What was typed, option by option; empty where nothing was.
+struct HostArguments
+{
+    bool listDevices = false;
+    std::string device;
+    std::string sampleRate;
+    std::string buffer;
+};
+
+ProgramEnd complaint(const UsageError& error)
+{
+    return {.exitCode = usageWrong, .out = {}, .err = programName + (": " + asOneLine(error.what())) + "\n"};
+}
+
+HostOptions understood(const HostArguments& arguments)
+{
+    HostOptions options;
+    options.listDevices = arguments.listDevices;
+    if (!arguments.device.empty())
+        options.device.deviceName = arguments.device;
+    if (!arguments.sampleRate.empty())
+        options.device.sampleRate = sampleRateArgument("--sample-rate", arguments.sampleRate);
+    if (!arguments.buffer.empty())
+        options.device.bufferFrames = framesArgument("--buffer", arguments.buffer);
+    return options;
+}
+
+} // namespace
+
+std::variant<HostOptions, ProgramEnd> parseHostOptions(std::span<const char* const> arguments)
+{
+    HostArguments typed;
+    CLI::App app("Velotrine: a musical instrument that plays itself", programName);
+    app.set_version_flag("--version", "Velotrine " VELOTRINE_VERSION);
+    app.add_flag("--list-devices", typed.listDevices, "List the audio devices, the default first");
+    app.add_option("--device", typed.device, "Audio device to play on [JACK if it runs, else ALSA's default]")
+        ->type_name("NAME");
+    app.add_option("--sample-rate", typed.sampleRate, "Sample rate; the device's nearest is taken [its own]")
+        ->type_name("HZ");
+    app.add_option("--buffer", typed.buffer, "Buffer size; the device's nearest is taken [its own]")
+        ->type_name("FRAMES");
+    app.footer(examples);
+
+    try {
+        parseArguments(app, arguments);
+        return understood(typed);
+    } catch (const CLI::CallForHelp&) {
+        return ProgramEnd{.exitCode = 0, .out = app.help(), .err = {}};
+    } catch (const CLI::CallForVersion& version) {
+        return ProgramEnd{.exitCode = 0, .out = version.what() + std::string("\n"), .err = {}};
+    } catch (const UsageError& error) {
+        return complaint(error);
+    }
+}
+
+ProgramEnd deviceListing(const std::vector<OutputDevice>& devices)
+{
+    if (devices.empty())
+        return {.exitCode = 0, .out = {}, .err = programName + std::string(": there is no audio device\n")};
+    ProgramEnd end;
+    for (const auto& device : devices)
+        end.out += device.type + "  " + device.name + "\n";
+    return end;
+}
+
+std::optional<ProgramEnd> refuseUnknownDevice(const HostOptions& options,
+                                              const std::vector<OutputDevice>& devices)
+{
+    const auto& wanted = options.device.deviceName;
+    if (!wanted || std::ranges::count(devices, *wanted, &OutputDevice::name) > 0)
+        return std::nullopt;
+    std::vector<std::string> names;
+    for (const auto& device : devices)
+        names.push_back(device.name);
+    return complaint({"--device", "there is no audio device " + inQuotes(*wanted) +
+                                      suggestion(*wanted, names) + " (\"" + programName +
+                                      " --list-devices\" shows all)"});
+}
+
+} // namespace velotrine

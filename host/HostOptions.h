@@ -1,0 +1,40 @@
+#pragma once
+
+#include "host/AudioDeviceOptions.h"
+#include "host/OutputDevices.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace velotrine {
+
+/// What the application was told to do on its command line.
+struct HostOptions
+{
+    AudioDeviceOptions device;
+    bool listDevices = false; ///< print deviceListing() instead of opening a window
+};
+
+/// What the application prints before it ends without opening a window.
+struct ProgramEnd
+{
+    int exitCode = 0; ///< 0 done, 2 something typed was wrong
+    std::string out;  ///< for standard output
+    std::string err;  ///< for standard error
+};
+
+/// Reads the command line, the program's name first. An end for --help and --version, and for the first
+/// argument that will not do: one line that says what, where, and what instead.
+[[nodiscard]] std::variant<HostOptions, ProgramEnd> parseHostOptions(std::span<const char* const> arguments);
+
+/// A line for each device, type and name; a word on standard error when there is none.
+[[nodiscard]] ProgramEnd deviceListing(const std::vector<OutputDevice>& devices);
+
+/// An end when the options ask for a device that is not among these; names the nearest.
+[[nodiscard]] std::optional<ProgramEnd> refuseUnknownDevice(const HostOptions& options,
+                                                            const std::vector<OutputDevice>& devices);
+
+} // namespace velotrine

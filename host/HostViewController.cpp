@@ -1,0 +1,233 @@
+#include "host/HostViewController.h"
+
+#include "audiounit/VelotrineComponent.h"
+#include "editor/Colours.h"
+#include "editor/FontLoader.h"
+#include "engine/FatalError.h"
+#include "engine/ParameterAddress.h"
+
+#include <algorithm>
+#include <iostream>
+#include <utility>
+
+namespace velotrine {
+
+namespace {
+
+// In points.
+constexpr int initialWidth = 480;
+constexpr int initialHeight = 404;
+constexpr int topBarHeight = 44;
+constexpr int controlInset = 8;
+constexpr int controlHeight = 28;
+constexpr int helpButtonWidth = 56;
+constexpr int widestPresetPopup = 220;
+
+const juce::Colour& hostBackgroundGrey()
+{
+    static const auto colour = grey(0.25f);
+    return colour;
+}
+
+std::unique_ptr<FlippedView> makeView()
+{
+    auto view = std::make_unique<FlippedView>();
+    view->setBackground(hostBackgroundGrey());
+    return view;
+}
+
+void printInstantiationFailure(const std::optional<AUError>& error)
+{
+    std::cout << "Failed to instantiate AU: " << (error ? error->what() : "unknown") << std::endl;
+}
+
+} // namespace
+
+HostViewController::HostViewController(HostSurroundings surroundings)
+    : engine(surroundings.deviceTypes), around(std::move(surroundings)), preferences(around.preferencesFile)
+{}
+
+HostViewController::~HostViewController()
+{
+    unloadView();
+}
+
+void HostViewController::loadView()
+{
+    auto root = makeView();
+    root->setSize(initialWidth, initialHeight);
+    setView(std::move(root));
+}
+
+void HostViewController::viewDidLoad()
+{
+    buildTopBar();
+    buildContainer();
+    instantiateAudioUnit();
+}
+
+void HostViewController::buildTopBar()
+{
+    topBar = makeView();
+    view().addAndMakeVisible(*topBar);
+
+    presetPopup = std::make_unique<PopUpButton>();
+    presetPopup->setTitle("Preset");
+    presetPopup->setTextWhenNothingSelected({});
+    topBar->addAndMakeVisible(*presetPopup);
+
+    helpButton = std::make_unique<juce::TextButton>("?");
+    helpButton->setTitle("Help");
+    helpButton->onClick = [this] { helpTapped(); };
+    topBar->addAndMakeVisible(*helpButton);
+
+    noDeviceLabel = std::make_unique<WrappingLabel>("no audio device", systemFont(11.0f), grey(1.0f, 0.55f));
+    topBar->addChildComponent(*noDeviceLabel);
+}
+
+void HostViewController::buildContainer()
+{
+    auContainerView = makeView();
+    view().addAndMakeVisible(*auContainerView);
+}
+
+void HostViewController::instantiateAudioUnit()
+{
+    registerVelotrineComponent();
+    around.instantiate(velotrineComponentDescription(), AudioComponentInstantiationOptions::loadInProcess,
+                       [weakSelf = weak_from_this()](std::shared_ptr<AVAudioUnit> node,
+                                                     const std::optional<AUError>& error) {
+                           auto self = weakSelf.lock();
+                           if (!self || !node)
+                               return printInstantiationFailure(error);
+                           juce::MessageManager::callAsync([self = std::move(self), node = std::move(node)] {
+                               self->audioUnitArrived(node);
+                           });
+                       });
+}
+
+void HostViewController::audioUnitArrived(std::shared_ptr<AVAudioUnit> node)
+{
+    avAudioUnit = std::move(node);
+    audioUnit = avAudioUnit->audioUnit();
+    startEngine();
+    forceSyncOff();
+    fillPresetPopup();
+    embedEditor();
+}
+
+void HostViewController::startEngine()
+{
+    engine.attach(avAudioUnit);
+    engine.connect(avAudioUnit, engine.mainMixerNode(), std::nullopt);
+    engine.onDeviceChanged = [this] { updateDeviceLabel(); };
+    if (const auto error = engine.start())
+        std::cout << "Engine start error: " << error->what() << std::endl;
+    updateDeviceLabel();
+}
+
+void HostViewController::forceSyncOff()
+{
+    const auto tree = audioUnit ? audioUnit->parameterTree() : nullptr;
+    if (!tree)
+        return;
+    if (const auto sync = tree->parameterWithAddress(addressOf(GlobalParameter::sync)))
+        sync->setValue(0.0f);
+}
+
+void HostViewController::fillPresetPopup()
+{
+    if (!audioUnit)
+        return;
+    presetOfItem = audioUnit->factoryPresets();
+    presetPopup->clear(juce::dontSendNotification);
+    for (const auto& preset : presetOfItem)
+        presetPopup->addItem(preset.name, presetPopup->getNumItems() + 1);
+    presetPopup->onChange = [this] { presetChosen(); };
+    if (presetOfItem.empty())
+        return;
+    applyPreset(presetOfItem.front());
+    presetPopup->setSelectedItemIndex(0, juce::dontSendNotification);
+}
+
+void HostViewController::presetChosen()
+{
+    const auto index = presetPopup->getSelectedItemIndex();
+    if (index >= 0)
+        applyPreset(presetOfItem.at(static_cast<std::size_t>(index)));
+}
+
+void HostViewController::applyPreset(const AUAudioUnitPreset& preset)
+{
+    audioUnit->setCurrentPreset(preset);
+    forceSyncOff();
+}
+
+void HostViewController::embedEditor()
+{
+    auto instrument = std::dynamic_pointer_cast<VelotrineAudioUnit>(audioUnit);
+    if (!instrument)
+        return;
+    auViewController = std::make_unique<VelotrineAUViewControllerMac>();
+    auViewController->audioUnit = std::move(instrument);
+    auViewController->hostProvidesSync = false;
+    auto& editor = auViewController->view();
+    editor.setBounds(auContainerView->getLocalBounds());
+    auContainerView->addAndMakeVisible(editor);
+}
+
+void HostViewController::viewDidLayout()
+{
+    if (!topBar || !auContainerView || !helpButton || !presetPopup)
+        fatalError("the host's view is laid out before it is built");
+    const auto bounds = view().getLocalBounds();
+    const auto width = bounds.getWidth();
+    topBar->setBounds(bounds.withHeight(topBarHeight));
+    auContainerView->setBounds(bounds.withTop(topBarHeight));
+    if (auViewController)
+        auViewController->view().setBounds(auContainerView->getLocalBounds());
+    helpButton->setBounds(width - controlInset - helpButtonWidth, controlInset, helpButtonWidth,
+                          controlHeight);
+    const auto popupWidth = juce::jmin(width / 2, widestPresetPopup);
+    presetPopup->setBounds((width - popupWidth) / 2, controlInset, popupWidth, controlHeight);
+
+    const auto labelWidth = presetPopup->getX() - 2 * controlInset;
+    noDeviceLabel->setBounds(
+        juce::Rectangle<int>(controlInset, 0, labelWidth, topBarHeight)
+            .withSizeKeepingCentre(labelWidth, noDeviceLabel->heightForWidth(labelWidth)));
+}
+
+void HostViewController::updateDeviceLabel()
+{
+    noDeviceLabel->setVisible(!engine.hasDevice());
+}
+
+void HostViewController::viewDidAppear()
+{
+    if (preferences.hasShownHelp())
+        return;
+    preferences.setHasShownHelp(true);
+    // The window that appears comes to the front; help comes after it, to be in front of it.
+    juce::MessageManager::callAsync([weakSelf = weak_from_this()] {
+        if (const auto self = weakSelf.lock())
+            self->showHelp(0);
+    });
+}
+
+void HostViewController::helpTapped()
+{
+    showHelp(0);
+}
+
+void HostViewController::showHelp(int page)
+{
+    if (!helpWindowController) {
+        helpWindowController = std::make_unique<HelpWindowController>();
+        if (onHelpWindowCreated)
+            onHelpWindowCreated(*helpWindowController);
+    }
+    helpWindowController->showPage(page);
+    helpWindowController->showWindow();
+}
+
+} // namespace velotrine

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "editor/FlippedView.h"
+#include "editor/VelotrineAUViewControllerMac.h"
+#include "editor/ViewController.h"
+#include "host/AVAudioEngine.h"
+#include "host/AVAudioUnit.h"
+#include "host/HelpWindowController.h"
+#include "host/PopUpButton.h"
+#include "host/Preferences.h"
+#include "host/WrappingLabel.h"
+
+#include <juce_gui_basics/juce_gui_basics.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace velotrine {
+
+/// What the host reaches for outside itself.
+struct HostSurroundings
+{
+    using Instantiate =
+        std::function<void(const AudioComponentDescription&, AudioComponentInstantiationOptions,
+                           const AVAudioUnit::Completion&)>;
+
+    DeviceTypeFactory deviceTypes = systemDeviceTypes;
+    Instantiate instantiate = AVAudioUnit::instantiate; ///< may complete later, and on any thread
+    juce::File preferencesFile = Preferences::defaultFile();
+};
+
+/// The content of the main window: the instrument, played through the system's audio output, its editor
+/// below a bar with its presets and help. Owned by shared pointers only. Main thread.
+class HostViewController final : public ViewController,
+                                 public std::enable_shared_from_this<HostViewController>
+{
+public:
+    explicit HostViewController(HostSurroundings surroundings = {});
+    ~HostViewController() override;
+
+    /// Opens the help window at a page; an index that is no page's leaves the page as it was.
+    void showHelp(int page);
+
+    /// The help window has just been made. It is made once.
+    std::function<void(HelpWindowController&)> onHelpWindowCreated;
+
+    AVAudioEngine engine;
+    std::shared_ptr<AVAudioUnit> avAudioUnit;
+    std::shared_ptr<AUAudioUnit> audioUnit;
+    std::unique_ptr<FlippedView> topBar;
+    std::unique_ptr<PopUpButton> presetPopup;
+    std::unique_ptr<juce::TextButton> helpButton;
+    std::unique_ptr<FlippedView> auContainerView;
+    std::unique_ptr<VelotrineAUViewControllerMac> auViewController;
+    std::unique_ptr<HelpWindowController> helpWindowController;
+
+    /// Says that there is nothing to hear; hidden while there is.
+    std::unique_ptr<WrappingLabel> noDeviceLabel;
+
+protected:
+    void loadView() override;
+    void viewDidLoad() override;
+    void viewDidLayout() override;
+    void viewDidAppear() override;
+
+private:
+    void buildTopBar();
+    void buildContainer();
+    void instantiateAudioUnit();
+    void audioUnitArrived(std::shared_ptr<AVAudioUnit> node);
+    void startEngine();
+    void forceSyncOff();
+    void fillPresetPopup();
+    void presetChosen();
+    void applyPreset(const AUAudioUnitPreset& preset);
+    void embedEditor();
+    void helpTapped();
+    void updateDeviceLabel();
+
+    HostSurroundings around;
+    Preferences preferences;
+    std::vector<AUAudioUnitPreset> presetOfItem; ///< by the pop-up's item index
+};
+
+} // namespace velotrine

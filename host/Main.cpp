@@ -1,0 +1,48 @@
+#include "host/AppDelegate.h"
+#include "host/HostOptions.h"
+
+#include <iostream>
+#include <span>
+#include <variant>
+
+namespace {
+
+using namespace velotrine;
+
+int finish(const ProgramEnd& end)
+{
+    std::cout << end.out;
+    std::cerr << end.err;
+    return end.exitCode;
+}
+
+AudioDeviceOptions& deviceOptions()
+{
+    static AudioDeviceOptions options;
+    return options;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const std::vector<const char*> arguments(argv, argv + argc);
+    const auto understood = parseHostOptions(arguments);
+    if (const auto* end = std::get_if<ProgramEnd>(&understood))
+        return finish(*end);
+
+    const auto& options = std::get<HostOptions>(understood);
+    if (options.listDevices || options.device.deviceName) {
+        const auto devices = outputDevices(systemDeviceTypes());
+        if (options.listDevices)
+            return finish(deviceListing(devices));
+        if (const auto end = refuseUnknownDevice(options, devices))
+            return finish(*end);
+    }
+
+    deviceOptions() = options.device;
+    juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* {
+        return new AppDelegate(deviceOptions());
+    };
+    return juce::JUCEApplicationBase::main(argc, const_cast<const char**>(argv));
+}

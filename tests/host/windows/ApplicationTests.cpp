@@ -1,0 +1,195 @@
+#include "tests/host/MessageLoop.h"
+#include "tests/host/windows/Desktop.h"
+#include "tests/render/ChildProcess.h"
+#include "tests/render/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <memory>
+#include <string>
+
+namespace velotrine {
+namespace {
+
+constexpr int menuBarHeight = 24;
+
+/// The application itself, of a user who has not seen it before unless the test says so.
+class ApplicationTest : public testing::Test
+{
+protected:
+    ~ApplicationTest() override
+    {
+        if (application && !application->hasEnded())
+            application->send(SIGKILL);
+    }
+
+    void haveSeenHelp()
+    {
+        launch();
+        ASSERT_TRUE(windowAppears("Velotrine Help"));
+        ASSERT_TRUE(windowHasKeyboard("Velotrine Help"));
+        pressKey("ctrl+q");
+        ASSERT_EQ(end().exitCode, 0);
+    }
+
+    void launch()
+    {
+        ProcessSurroundings surroundings;
+        surroundings.environment = {{"XDG_CONFIG_HOME", folder.path().string()}};
+        application.emplace(std::vector<std::string>{VELOTRINE_HOST_PROGRAM}, surroundings);
+        ASSERT_TRUE(windowAppears("Velotrine"));
+    }
+
+    [[nodiscard]] bool ends()
+    {
+        return runMessagesUntil([this] { return application->hasEnded(); }, 10.0);
+    }
+
+    ProcessResult end()
+    {
+        EXPECT_TRUE(ends());
+        return application->finish();
+    }
+
+    [[nodiscard]] std::string window(const std::string& title = "Velotrine") const
+    {
+        return windowsTitled(title).at(0);
+    }
+
+    /// @param x, y  from the window's content's corner, the menu bar included
+    void click(int x, int y)
+    {
+        xdotool({"mousemove", "--window", window(), std::to_string(x), std::to_string(y)});
+        xdotool({"click", "1"});
+        runMessagesFor(0.3);
+    }
+
+    TemporaryFolder folder;
+    std::optional<ChildProcess> application;
+};
+
+TEST_F(ApplicationTest, ShowsHelpInFrontOnceForEachUser)
+{
+    launch();
+    EXPECT_TRUE(windowAppears("Velotrine Help"));
+    EXPECT_TRUE(windowHasKeyboard("Velotrine Help"));
+    pressKey("ctrl+q");
+    EXPECT_EQ(end().exitCode, 0);
+
+    launch();
+    EXPECT_TRUE(windowHasKeyboard("Velotrine"));
+    runMessagesFor(0.5);
+    EXPECT_TRUE(windowsTitled("Velotrine Help").empty());
+}
+
+TEST_F(ApplicationTest, OpensInTheMiddleAt480By404BelowItsMenuBarAndGetsNoSmaller)
+{
+    haveSeenHelp();
+    launch();
+    const auto bounds = boundsOfWindow(window());
+    EXPECT_EQ(bounds.getWidth(), 480);
+    EXPECT_EQ(bounds.getHeight(), 404 + menuBarHeight);
+    EXPECT_NEAR(bounds.getCentreX(), 1280 / 2, 8);
+    EXPECT_NEAR(bounds.getCentreY(), 960 / 2, 48);
+
+    xdotool({"windowsize", "--sync", window(), "700", "600"});
+    EXPECT_EQ(boundsOfWindow(window()).getWidth(), 700);
+    xdotool({"windowsize", window(), "100", "100"});
+    runMessagesFor(0.5);
+    EXPECT_EQ(boundsOfWindow(window()).getWidth(), 480);
+    EXPECT_EQ(boundsOfWindow(window()).getHeight(), 404 + menuBarHeight);
+}
+
+TEST_F(ApplicationTest, EndsWhenItsLastWindowClosesHoweverItIsClosed)
+{
+    haveSeenHelp();
+    for (const auto* keys : {"ctrl+w", "ctrl+q", "alt+F4"}) {
+        launch();
+        ASSERT_TRUE(windowHasKeyboard("Velotrine"));
+        pressKey(keys);
+        EXPECT_EQ(end().exitCode, 0) << keys;
+    }
+}
+
+TEST_F(ApplicationTest, LivesOnWhileHelpIsOpen)
+{
+    launch();
+    ASSERT_TRUE(windowHasKeyboard("Velotrine Help"));
+    xdotool({"windowactivate", "--sync", window()});
+    pressKey("ctrl+w");
+    EXPECT_TRUE(windowGoes("Velotrine"));
+    EXPECT_FALSE(application->hasEnded());
+    xdotool({"windowactivate", "--sync", window("Velotrine Help")});
+    pressKey("Escape");
+    EXPECT_EQ(end().exitCode, 0);
+}
+
+TEST_F(ApplicationTest, TheQuestionMarkOpensHelpAgainAndAgain)
+{
+    haveSeenHelp();
+    launch();
+    for (int time = 0; time < 2; ++time) {
+        click(480 - 30, menuBarHeight + 22);
+        ASSERT_TRUE(windowAppears("Velotrine Help"));
+        EXPECT_TRUE(windowHasKeyboard("Velotrine Help"));
+        EXPECT_EQ(windowsTitled("Velotrine Help").size(), 1u);
+        pressKey("Escape");
+        EXPECT_TRUE(windowGoes("Velotrine Help"));
+    }
+    EXPECT_FALSE(application->hasEnded());
+}
+
+TEST_F(ApplicationTest, HideMinimisesItsWindows)
+{
+    haveSeenHelp();
+    launch();
+    ASSERT_TRUE(windowHasKeyboard("Velotrine"));
+    pressKey("ctrl+h");
+    EXPECT_TRUE(windowGoes("Velotrine"));
+    EXPECT_FALSE(application->hasEnded());
+}
+
+TEST_F(ApplicationTest, SaysOnOneLineThatThereIsNoDevice)
+{
+    haveSeenHelp();
+    launch();
+    ASSERT_TRUE(windowHasKeyboard("Velotrine"));
+    pressKey("ctrl+q");
+    const auto result = end();
+    EXPECT_THAT(result.out, testing::MatchesRegex("Engine start error: [^\n]+\n"));
+    EXPECT_EQ(result.err, "");
+}
+
+TEST_F(ApplicationTest, AnswersHelpAndVersionWithoutAWindow)
+{
+    const ProcessSurroundings nowhere{.folder = {}, .environment = {{"DISPLAY", ":none"}}, .beforeStart = {}};
+    for (const auto* option : {"--help", "--version", "--list-devices"}) {
+        const auto result = runProcess({VELOTRINE_HOST_PROGRAM, option}, nowhere);
+        EXPECT_EQ(result.exitCode, 0) << option;
+    }
+    EXPECT_THAT(runProcess({VELOTRINE_HOST_PROGRAM, "--version"}, nowhere).out,
+                testing::MatchesRegex("Velotrine [0-9.]+\n"));
+}
+
+TEST_F(ApplicationTest, RefusesADeviceThatIsNotThereBeforeItOpensAWindow)
+{
+    const auto result = runProcess({VELOTRINE_HOST_PROGRAM, "--device", "kazoo"});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.err, testing::HasSubstr("kazoo"));
+    EXPECT_EQ(result.out, "");
+}
+
+TEST_F(ApplicationTest, WithoutADisplayItSaysSo)
+{
+    ProcessSurroundings surroundings;
+    surroundings.environment = {{"DISPLAY", ":no-such-display"}};
+    const auto result = runProcess({VELOTRINE_HOST_PROGRAM}, surroundings);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.err, testing::HasSubstr("no display"));
+    EXPECT_EQ(result.out, "");
+}
+
+} // namespace
+} // namespace velotrine
