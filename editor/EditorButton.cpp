@@ -19,6 +19,12 @@ void EditorButton::setFontSize(float points)
     repaint();
 }
 
+void EditorButton::focusGained(FocusChangeType cause)
+{
+    wasReachedByKeyboard = cause == focusChangedByTabKey;
+    Button::focusGained(cause);
+}
+
 void EditorButton::paintButton(juce::Graphics& graphics, bool isHighlighted, bool isDown)
 {
     const auto bounds = getLocalBounds().toFloat();
@@ -26,7 +32,7 @@ void EditorButton::paintButton(juce::Graphics& graphics, bool isHighlighted, boo
                        : isHighlighted ? colours::controlHover
                                        : colours::control);
     graphics.fillRoundedRectangle(bounds, controlCornerRadius);
-    if (hasKeyboardFocus(false)) {
+    if (hasKeyboardFocus(false) && wasReachedByKeyboard) {
         graphics.setColour(colours::focus);
         graphics.drawRoundedRectangle(bounds.reduced(0.5f), controlCornerRadius, 1.0f);
     }

@@ -21,6 +21,7 @@ public:
     /// @param points  size of the text's em
     void setFontSize(float points);
 
+    void focusGained(FocusChangeType cause) override;
     void paintButton(juce::Graphics& graphics, bool isHighlighted, bool isDown) override;
 
 private:
@@ -28,6 +29,7 @@ private:
 
     Face _face;
     float fontSize = 12.0f;
+    bool wasReachedByKeyboard = false; ///< shows the focus only to those who use it
 };
 
 } // namespace velotrine

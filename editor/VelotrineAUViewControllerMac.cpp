@@ -62,13 +62,33 @@ void place(juce::Component& component, juce::Rectangle<double> bounds)
 
 } // namespace
 
-/// Escape closes the ring's panel. Space plays and stops where no host wants that key.
-class VelotrineAUViewControllerMac::RootView final : public FlippedView
+/// Escape closes the ring's panel. Space plays and stops where no host wants that key. Both come from the
+/// whole window, whatever in it has the keyboard's focus, if only nothing there uses them.
+class VelotrineAUViewControllerMac::RootView final : public FlippedView, private juce::KeyListener
 {
 public:
     explicit RootView(VelotrineAUViewControllerMac& owner) : controller(owner) {}
 
-    bool keyPressed(const juce::KeyPress& key) override
+    ~RootView() override { listenTo(nullptr); }
+
+    RootView(const RootView&) = delete;
+    RootView& operator=(const RootView&) = delete;
+
+    void parentHierarchyChanged() override { listenTo(getTopLevelComponent()); }
+
+private:
+    using FlippedView::keyPressed;
+
+    void listenTo(juce::Component* newWindow)
+    {
+        if (window != nullptr)
+            window->removeKeyListener(this);
+        window = newWindow;
+        if (window != nullptr)
+            window->addKeyListener(this);
+    }
+
+    bool keyPressed(const juce::KeyPress& key, juce::Component*) override
     {
         if (key == juce::KeyPress(juce::KeyPress::escapeKey) && controller.ringEditor->isVisible()) {
             controller.dismissRingEditor();
@@ -81,8 +101,8 @@ public:
         return false;
     }
 
-private:
     VelotrineAUViewControllerMac& controller;
+    juce::Component::SafePointer<juce::Component> window;
 };
 
 /// A click outside the ring's panel closes it; a drag does not.
