@@ -105,69 +105,19 @@ private:
     juce::Component::SafePointer<juce::Component> window;
 };
 
-/// A click outside the ring's panel closes it; a drag does not.
-class VelotrineAUViewControllerMac::DismissClick final : public juce::MouseListener
-{
-public:
-    explicit DismissClick(VelotrineAUViewControllerMac& owner) : controller(owner) {}
-
-    /// The click that opened the panel is not over yet when this is called.
-    void enable()
-    {
-        isEnabled = true;
-        ignoresClick = juce::ModifierKeys::currentModifiers.isAnyMouseButtonDown();
-    }
-
-    void disable() { isEnabled = false; }
-
-    void mouseUp(const juce::MouseEvent& event) override
-    {
-        if (std::exchange(ignoresClick, false) || !isEnabled || !event.mouseWasClicked())
-            return;
-        const auto position = event.getEventRelativeTo(&controller.view()).getPosition();
-        if (!controller.ringEditor->getBounds().contains(position))
-            controller.dismissRingEditor();
-    }
-
-private:
-    VelotrineAUViewControllerMac& controller;
-    bool isEnabled = false;
-    bool ignoresClick = false;
-};
-
-/// Brings a change from any thread to the main thread, several changes at once.
-class VelotrineAUViewControllerMac::RefreshRequest final : public juce::AsyncUpdater
-{
-public:
-    explicit RefreshRequest(VelotrineAUViewControllerMac& owner) : controller(&owner) {}
-
-    void forgetController()
-    {
-        controller = nullptr;
-        cancelPendingUpdate();
-    }
-
-private:
-    void handleAsyncUpdate() override
-    {
-        if (controller != nullptr)
-            controller->refreshControls();
-    }
-
-    VelotrineAUViewControllerMac* controller; ///< main thread
-};
-
 VelotrineAUViewControllerMac::VelotrineAUViewControllerMac()
-    : refreshRequest(std::make_shared<RefreshRequest>(*this)),
-      dismissClick(std::make_unique<DismissClick>(*this))
-{}
+    : parameters([this] { return audioUnit ? audioUnit->parameterTree() : nullptr; }),
+      refreshRequest(std::make_shared<MainThreadRequest>([this] { refreshControls(); }))
+{
+    dismissClick.onClick = [this] { dismissRingEditor(); };
+}
 
 VelotrineAUViewControllerMac::~VelotrineAUViewControllerMac()
 {
-    refreshRequest->forgetController();
+    refreshRequest->cancel();
     disconnectFromAudioUnit();
     if (isViewLoaded()) {
-        view().removeMouseListener(dismissClick.get());
+        view().removeMouseListener(&dismissClick);
         view().setLookAndFeel(nullptr);
     }
     unloadView();
@@ -204,7 +154,7 @@ void VelotrineAUViewControllerMac::viewDidLoad()
     makeTransport();
     makeKnobs();
     makeRingEditor();
-    view().addMouseListener(dismissClick.get(), true);
+    view().addMouseListener(&dismissClick, true);
     if (audioUnit)
         connectToAudioUnit();
 }
@@ -231,9 +181,9 @@ std::unique_ptr<AURotaryControl> VelotrineAUViewControllerMac::makeKnob(
     knob->textFromValue = [address](float value) {
         return juceText(parameterText(parameterTable()[address], value));
     };
-    knob->onValueChanged = [this, address](float value) { writeParameter(address, value); };
-    knob->onDragBegan = [this, address] { holdParameter(address); };
-    knob->onDragEnded = [this, address] { letGoOfParameter(address); };
+    knob->onValueChanged = [this, address](float value) { write(address, value); };
+    knob->onDragBegan = [this, address] { parameters.hold(address); };
+    knob->onDragEnded = [this, address] { parameters.letGo(address); };
     view().addAndMakeVisible(*knob);
     return knob;
 }
@@ -244,13 +194,13 @@ void VelotrineAUViewControllerMac::makeScaleRow()
     rootButton = std::make_unique<EditorButton>("Root", EditorButton::Face::text);
     rootButton->onClick = [this] {
         const auto current =
-            boundedIndex(parameterValue(addressOf(GlobalParameter::rootNote), 0.0f), rootNames.size());
+            boundedIndex(parameters.value(addressOf(GlobalParameter::rootNote), 0.0f), rootNames.size());
         openMenu(*rootButton, rootNames, current, [this](int root) { pickRoot(root); });
     };
     scaleButton = std::make_unique<EditorButton>("Scale", EditorButton::Face::text);
     scaleButton->onClick = [this] {
         const auto current =
-            boundedIndex(parameterValue(addressOf(GlobalParameter::scaleType), 0.0f), scaleNames.size());
+            boundedIndex(parameters.value(addressOf(GlobalParameter::scaleType), 0.0f), scaleNames.size());
         openMenu(*scaleButton, scaleNames, current, [this](int scale) { pickScale(scale); });
     };
     for (auto* component :
@@ -290,13 +240,13 @@ void VelotrineAUViewControllerMac::makeRingEditor()
     };
     ringEditor = std::make_unique<RingEditorViewMac>();
     ringEditor->onParamChanged = [this, addressOfKind](int kind, int ring, float value) {
-        writeParameter(addressOfKind(kind, ring), value);
+        write(addressOfKind(kind, ring), value);
     };
     ringEditor->onEditBegan = [this, addressOfKind](int kind, int ring) {
-        holdParameter(addressOfKind(kind, ring));
+        parameters.hold(addressOfKind(kind, ring));
     };
     ringEditor->onEditEnded = [this, addressOfKind](int kind, int ring) {
-        letGoOfParameter(addressOfKind(kind, ring));
+        parameters.letGo(addressOfKind(kind, ring));
     };
     view().addChildComponent(*ringEditor);
 }
@@ -337,44 +287,10 @@ void VelotrineAUViewControllerMac::disconnectFromAudioUnit()
     paramObserverToken = fullStateToken = currentPresetToken = 0;
 }
 
-float VelotrineAUViewControllerMac::parameterValue(ParameterAddress address, float missing) const
+void VelotrineAUViewControllerMac::write(ParameterAddress address, float value)
 {
-    const auto tree = audioUnit ? audioUnit->parameterTree() : nullptr;
-    const auto parameter = tree ? tree->parameterWithAddress(address) : nullptr;
-    return parameter ? parameter->value() : missing;
-}
-
-void VelotrineAUViewControllerMac::sendEvent(ParameterAddress address, float value,
-                                             AUParameterAutomationEventType type)
-{
-    const auto tree = audioUnit ? audioUnit->parameterTree() : nullptr;
-    if (const auto parameter = tree ? tree->parameterWithAddress(address) : nullptr)
-        parameter->setValue(value, 0, 0, type);
-}
-
-/// An edit of one moment, such as a typed value, takes hold of the parameter and lets it go.
-void VelotrineAUViewControllerMac::writeParameter(ParameterAddress address, float value)
-{
-    if (isRefreshing)
-        return;
-    const auto isHeld = heldParameter == address;
-    if (!isHeld)
-        holdParameter(address);
-    sendEvent(address, value, AUParameterAutomationEventType::value);
-    if (!isHeld)
-        letGoOfParameter(address);
-}
-
-void VelotrineAUViewControllerMac::holdParameter(ParameterAddress address)
-{
-    heldParameter = address;
-    sendEvent(address, parameterValue(address, 0.0f), AUParameterAutomationEventType::touch);
-}
-
-void VelotrineAUViewControllerMac::letGoOfParameter(ParameterAddress address)
-{
-    heldParameter.reset();
-    sendEvent(address, parameterValue(address, 0.0f), AUParameterAutomationEventType::release);
+    if (!isRefreshing)
+        parameters.write(address, value);
 }
 
 void VelotrineAUViewControllerMac::refreshControls()
@@ -382,20 +298,20 @@ void VelotrineAUViewControllerMac::refreshControls()
     if (!isViewLoaded() || !audioUnit || !audioUnit->parameterTree())
         return;
     const juce::ScopedValueSetter refreshing(isRefreshing, true);
-    activityKnob->setValue(parameterValue(addressOf(GlobalParameter::activity), knobReset));
-    boredomKnob->setValue(parameterValue(addressOf(GlobalParameter::boredom), knobReset));
-    caloriesKnob->setValue(parameterValue(addressOf(GlobalParameter::calories), knobReset));
-    drudgeryKnob->setValue(parameterValue(addressOf(GlobalParameter::drudgery), knobReset));
+    activityKnob->setValue(parameters.value(addressOf(GlobalParameter::activity), knobReset));
+    boredomKnob->setValue(parameters.value(addressOf(GlobalParameter::boredom), knobReset));
+    caloriesKnob->setValue(parameters.value(addressOf(GlobalParameter::calories), knobReset));
+    drudgeryKnob->setValue(parameters.value(addressOf(GlobalParameter::drudgery), knobReset));
 
     const auto root =
-        boundedIndex(parameterValue(addressOf(GlobalParameter::rootNote), 0.0f), rootNames.size());
+        boundedIndex(parameters.value(addressOf(GlobalParameter::rootNote), 0.0f), rootNames.size());
     const auto scale =
-        boundedIndex(parameterValue(addressOf(GlobalParameter::scaleType), 0.0f), scaleNames.size());
+        boundedIndex(parameters.value(addressOf(GlobalParameter::scaleType), 0.0f), scaleNames.size());
     rootButton->setButtonText(juceText(rootNames[static_cast<std::size_t>(root)]));
     scaleButton->setButtonText(juceText(scaleNames[static_cast<std::size_t>(scale)]));
 
-    showTempo(parameterValue(addressOf(GlobalParameter::bpm), missingTempo));
-    syncButton->setToggleState(parameterValue(addressOf(GlobalParameter::sync), 1.0f) > 0.5f,
+    showTempo(parameters.value(addressOf(GlobalParameter::bpm), missingTempo));
+    syncButton->setToggleState(parameters.value(addressOf(GlobalParameter::sync), 1.0f) > 0.5f,
                                juce::dontSendNotification);
     playButton->setToggleState(isPlaying, juce::dontSendNotification);
     refreshRings();
@@ -409,11 +325,11 @@ void VelotrineAUViewControllerMac::refreshRings()
     for (int ring = 0; ring < ringCount; ++ring) {
         const auto i = static_cast<std::size_t>(ring);
         const auto shown = static_cast<float>(rings.ringSpotCounts[i]);
-        const auto spots = wholeNumber(parameterValue(addressOf(RingParameter::spots, ring), shown));
+        const auto spots = wholeNumber(parameters.value(addressOf(RingParameter::spots, ring), shown));
         rings.ringSpotCounts[i] = std::clamp<std::int64_t>(spots, 0, maxSpotsPerRing);
         rings.spotsPerRing[i] = rings.ringSpotCounts[i];
-        rings.ringPhaseOffsets[i] = parameterValue(addressOf(RingParameter::phase, ring), 0.0f);
-        rings.ringProbabilities[i] = parameterValue(addressOf(RingParameter::probability, ring), 0.75f);
+        rings.ringPhaseOffsets[i] = parameters.value(addressOf(RingParameter::phase, ring), 0.0f);
+        rings.ringProbabilities[i] = parameters.value(addressOf(RingParameter::probability, ring), 0.75f);
     }
     rings.redraw();
 }
@@ -429,10 +345,10 @@ void VelotrineAUViewControllerMac::refreshRingEditor()
     settings.spots = static_cast<int>(circlesView->ringSpotCounts[i]);
     settings.phaseTurns = circlesView->ringPhaseOffsets[i];
     settings.probability = circlesView->ringProbabilities[i];
-    settings.octave =
-        static_cast<int>(wholeNumber(parameterValue(addressOf(RingParameter::octave, ring), missingOctave)));
-    settings.volume = parameterValue(addressOf(RingParameter::volume, ring), 0.7f);
-    settings.timbre = parameterValue(addressOf(RingParameter::timbre, ring), 0.5f);
+    settings.octave = static_cast<int>(
+        wholeNumber(parameters.value(addressOf(RingParameter::octave, ring), missingOctave)));
+    settings.volume = parameters.value(addressOf(RingParameter::volume, ring), 0.7f);
+    settings.timbre = parameters.value(addressOf(RingParameter::timbre, ring), 0.5f);
     ringEditor->fill(ring, settings);
 }
 
@@ -440,8 +356,8 @@ void VelotrineAUViewControllerMac::refreshSyncDependentControls()
 {
     if (!hostProvidesSync) {
         syncButton->setToggleState(false, juce::dontSendNotification);
-        if (parameterValue(addressOf(GlobalParameter::sync), 1.0f) > 0.5f)
-            sendEvent(addressOf(GlobalParameter::sync), 0.0f, AUParameterAutomationEventType::value);
+        if (parameters.value(addressOf(GlobalParameter::sync), 1.0f) > 0.5f)
+            parameters.correct(addressOf(GlobalParameter::sync), 0.0f);
     }
     const auto isSynced = syncButton->getToggleState();
     const auto setUsable = [](juce::Component& component, bool isUsable) {
@@ -521,7 +437,7 @@ void VelotrineAUViewControllerMac::showRingEditor(int ring)
     ringEditor->setVisible(true);
     refreshRingEditor();
     circlesView->redraw();
-    dismissClick->enable();
+    dismissClick.enable(*ringEditor);
 }
 
 void VelotrineAUViewControllerMac::dismissRingEditor()
@@ -530,7 +446,7 @@ void VelotrineAUViewControllerMac::dismissRingEditor()
     ringEditor->setVisible(false);
     circlesView->selectedRing.reset();
     circlesView->redraw();
-    dismissClick->disable();
+    dismissClick.disable();
 }
 
 void VelotrineAUViewControllerMac::openMenu(EditorButton& button, std::span<const std::string_view> names,
@@ -554,13 +470,13 @@ void VelotrineAUViewControllerMac::openMenu(EditorButton& button, std::span<cons
 void VelotrineAUViewControllerMac::pickRoot(int root)
 {
     rootButton->setButtonText(juceText(rootNames[static_cast<std::size_t>(root)]));
-    writeParameter(addressOf(GlobalParameter::rootNote), static_cast<float>(root));
+    write(addressOf(GlobalParameter::rootNote), static_cast<float>(root));
 }
 
 void VelotrineAUViewControllerMac::pickScale(int scale)
 {
     scaleButton->setButtonText(juceText(scaleNames[static_cast<std::size_t>(scale)]));
-    writeParameter(addressOf(GlobalParameter::scaleType), static_cast<float>(scale));
+    write(addressOf(GlobalParameter::scaleType), static_cast<float>(scale));
 }
 
 void VelotrineAUViewControllerMac::playTapped()
@@ -573,7 +489,7 @@ void VelotrineAUViewControllerMac::playTapped()
 
 void VelotrineAUViewControllerMac::syncTapped()
 {
-    writeParameter(addressOf(GlobalParameter::sync), syncButton->getToggleState() ? 1.0f : 0.0f);
+    write(addressOf(GlobalParameter::sync), syncButton->getToggleState() ? 1.0f : 0.0f);
     refreshSyncDependentControls();
 }
 
@@ -581,7 +497,7 @@ void VelotrineAUViewControllerMac::bpmStepperChanged()
 {
     const auto bpm = static_cast<float>(bpmStepper->value());
     showTempo(bpm);
-    writeParameter(addressOf(GlobalParameter::bpm), bpm);
+    write(addressOf(GlobalParameter::bpm), bpm);
 }
 
 void VelotrineAUViewControllerMac::bpmEntryEnded(const juce::String& text)
@@ -589,7 +505,7 @@ void VelotrineAUViewControllerMac::bpmEntryEnded(const juce::String& text)
     const auto typed = text.getDoubleValue();
     const auto bpm = static_cast<float>(std::clamp(std::isfinite(typed) ? typed : 0.0, minTempo, maxTempo));
     showTempo(bpm);
-    writeParameter(addressOf(GlobalParameter::bpm), bpm);
+    write(addressOf(GlobalParameter::bpm), bpm);
 }
 
 } // namespace velotrine

@@ -2,8 +2,11 @@
 
 #include "audiounit/VelotrineAudioUnit.h"
 #include "editor/AURotaryControl.h"
+#include "editor/ClickOutside.h"
 #include "editor/ConcentricCirclesViewMac.h"
 #include "editor/EditorButton.h"
+#include "editor/MainThreadRequest.h"
+#include "editor/ParameterWriter.h"
 #include "editor/RingEditorViewMac.h"
 #include "editor/Stepper.h"
 #include "editor/ValueField.h"
@@ -11,7 +14,6 @@
 #include "editor/ViewController.h"
 
 #include <memory>
-#include <optional>
 
 namespace velotrine {
 
@@ -82,8 +84,6 @@ protected:
 
 private:
     class RootView;
-    class DismissClick;
-    class RefreshRequest;
 
     std::unique_ptr<AURotaryControl> makeKnob(GlobalParameter parameter, const juce::String& name,
                                               AURotaryControl::ImageProvider underlay);
@@ -94,11 +94,7 @@ private:
     void connectToAudioUnit();
     void disconnectFromAudioUnit();
 
-    [[nodiscard]] float parameterValue(ParameterAddress address, float missing) const;
-    void writeParameter(ParameterAddress address, float value);
-    void sendEvent(ParameterAddress address, float value, AUParameterAutomationEventType type);
-    void holdParameter(ParameterAddress address);
-    void letGoOfParameter(ParameterAddress address);
+    void write(ParameterAddress address, float value);
 
     void refreshRings();
     void refreshRingEditor();
@@ -108,13 +104,13 @@ private:
                   std::function<void(int)> picked);
 
     juce::SharedResourcePointer<VelotrineLookAndFeel> lookAndFeel;
-    std::shared_ptr<RefreshRequest> refreshRequest;
-    std::unique_ptr<DismissClick> dismissClick;
+    ParameterWriter parameters;
+    std::shared_ptr<MainThreadRequest> refreshRequest;
+    ClickOutside dismissClick; ///< enabled while the ring's panel shows
     std::shared_ptr<AUParameterTree> observedTree;
     AUParameterObserverToken paramObserverToken = 0;
     ObserverToken fullStateToken = 0;
     ObserverToken currentPresetToken = 0;
-    std::optional<ParameterAddress> heldParameter; ///< whose control is under the mouse now
     bool isRefreshing = false;
 };
 
