@@ -1,12 +1,11 @@
 #include "plugin/HostedInstrument.h"
 
-#include "audiounit/Parameters.h"
 #include "audiounit/Presets.h"
 #include "audiounit/VelotrineComponent.h"
 #include "engine/HostClock.h"
+#include "plugin/HostValue.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace velotrine {
@@ -159,13 +158,10 @@ void HostedInstrument::render(float* left, float* right, int frames) noexcept
 // that could overflow, and can be read back at once.
 bool HostedInstrument::setValue(ParameterAddress address, double value) noexcept
 {
-    if (address >= parameterCount || !std::isfinite(value))
+    const auto bounded = valueFromHost(address, value);
+    if (!bounded)
         return false;
-    const auto& info = parameterTable()[address];
-    const auto bounded =
-        std::clamp(value, static_cast<double>(info.minValue), static_cast<double>(info.maxValue));
-    unit->dspKernel->setParameter(address,
-                                  static_cast<float>(info.isDiscrete() ? std::round(bounded) : bounded));
+    unit->dspKernel->setParameter(address, *bounded);
     return true;
 }
 

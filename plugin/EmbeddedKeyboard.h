@@ -1,0 +1,27 @@
+#pragma once
+
+#include <juce_gui_basics/juce_gui_basics.h>
+
+namespace velotrine {
+
+/// Leaves the keyboard to the host: an embedded editor has it only while somebody types into one of its
+/// fields or chooses from one of its menus. Main thread.
+class EmbeddedKeyboard final : private juce::FocusChangeListener
+{
+public:
+    /// @param editor        on the desktop already; outlives this
+    /// @param parentWindow  the host's, around it
+    EmbeddedKeyboard(juce::Component& editor, unsigned long parentWindow);
+    ~EmbeddedKeyboard() override;
+
+private:
+    void globalFocusChanged(juce::Component* focused) override;
+    [[nodiscard]] unsigned long ownWindow() const;
+    void listenToKeys(bool shouldListen) const;
+    void giveFocusToHost() const;
+
+    juce::Component& embeddedEditor;
+    unsigned long hostWindow;
+};
+
+} // namespace velotrine
