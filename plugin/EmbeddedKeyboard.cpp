@@ -48,17 +48,43 @@ EmbeddedKeyboard::EmbeddedKeyboard(juce::Component& editor, unsigned long parent
     : embeddedEditor(editor), hostWindow(parentWindow)
 {
     juce::Desktop::getInstance().addFocusChangeListener(this);
+    embeddedEditor.addMouseListener(this, true);
     listenToKeys(false);
 }
 
 EmbeddedKeyboard::~EmbeddedKeyboard()
 {
+    cancelPendingUpdate();
+    embeddedEditor.removeMouseListener(this);
     juce::Desktop::getInstance().removeFocusChangeListener(this);
 }
 
-void EmbeddedKeyboard::globalFocusChanged(juce::Component* focused)
+void EmbeddedKeyboard::globalFocusChanged(juce::Component*)
+{
+    triggerAsyncUpdate();
+}
+
+// JUCE takes the keyboard with every click, whatever is clicked, and a menu leaves it to nobody.
+
+void EmbeddedKeyboard::mouseEnter(const juce::MouseEvent&)
+{
+    triggerAsyncUpdate();
+}
+
+void EmbeddedKeyboard::mouseDown(const juce::MouseEvent&)
+{
+    triggerAsyncUpdate();
+}
+
+void EmbeddedKeyboard::mouseUp(const juce::MouseEvent&)
+{
+    triggerAsyncUpdate();
+}
+
+void EmbeddedKeyboard::handleAsyncUpdate()
 {
     const X11ErrorShield shield;
+    auto* const focused = juce::Component::getCurrentlyFocusedComponent();
     const auto isTyping =
         dynamic_cast<juce::TextEditor*>(focused) != nullptr && embeddedEditor.isParentOf(focused);
     listenToKeys(isTyping);

@@ -6,7 +6,9 @@ namespace velotrine {
 
 /// Leaves the keyboard to the host: an embedded editor has it only while somebody types into one of its
 /// fields or chooses from one of its menus. Main thread.
-class EmbeddedKeyboard final : private juce::FocusChangeListener
+class EmbeddedKeyboard final : private juce::FocusChangeListener,
+                               private juce::MouseListener,
+                               private juce::AsyncUpdater
 {
 public:
     /// @param editor        on the desktop already; outlives this
@@ -16,6 +18,10 @@ public:
 
 private:
     void globalFocusChanged(juce::Component* focused) override;
+    void mouseEnter(const juce::MouseEvent& event) override;
+    void mouseDown(const juce::MouseEvent& event) override;
+    void mouseUp(const juce::MouseEvent& event) override;
+    void handleAsyncUpdate() override;
     [[nodiscard]] unsigned long ownWindow() const;
     void listenToKeys(bool shouldListen) const;
     void giveFocusToHost() const;

@@ -209,6 +209,12 @@ std::string knob()
     return std::to_string(width - 48) + " 62";
 }
 
+/// In the wide arrangement the tempo stands above the play button at the bottom left.
+std::string tempoField()
+{
+    return "75 315";
+}
+
 TEST_F(ClapEditor, AKnobTurnedWithTheMouseReachesTheHostAsOneGesture)
 {
     ClapHost host(library);
@@ -265,6 +271,29 @@ TEST_F(ClapEditor, LeavesTheKeyboardToTheHost)
     // A click on a knob, and then a key with the mouse still above the editor.
     display.act("mousemove " + knob() + " click 1");
     host.runLoop(100ms);
+    display.act("key space");
+    host.runLoop(50ms);
+    EXPECT_TRUE(display.takeKeyPress(parent));
+}
+
+TEST_F(ClapEditor, HasTheKeyboardWhileSomebodyTypesIntoItsTempo)
+{
+    ClapHost host(library);
+    const auto parent = display.makeWindow(width, height);
+    display.giveKeyboardTo(parent);
+    open(host, parent);
+    host.runLoop(100ms);
+    display.act("mousemove " + tempoField() + " click 1");
+    host.runLoop(100ms);
+    display.act("key ctrl+a type 97.5");
+    host.runLoop(100ms);
+    EXPECT_FALSE(display.takeKeyPress(parent));
+    display.act("key Return");
+    host.runLoop(100ms);
+    host.flush({});
+    EXPECT_EQ(host.told, (std::vector<std::string>{"begin 6", "6 = 97.5", "end 6"}));
+    EXPECT_EQ(host.value(6), 97.5);
+
     display.act("key space");
     host.runLoop(50ms);
     EXPECT_TRUE(display.takeKeyPress(parent));
