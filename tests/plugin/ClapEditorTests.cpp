@@ -294,6 +294,8 @@ TEST_F(ClapEditor, HasTheKeyboardWhileSomebodyTypesIntoItsTempo)
     EXPECT_EQ(host.told, (std::vector<std::string>{"begin 6", "6 = 97.5", "end 6"}));
     EXPECT_EQ(host.value(6), 97.5);
 
+    display.act("mousemove " + knob() + " click 1");
+    host.runLoop(100ms);
     display.act("key space");
     host.runLoop(50ms);
     EXPECT_TRUE(display.takeKeyPress(parent));
