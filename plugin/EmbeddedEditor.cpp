@@ -95,7 +95,7 @@ public:
         if (getPeer() == nullptr)
             return false;
         showAt(size);
-        keyboard = std::make_unique<EmbeddedKeyboard>(*this, parentWindow);
+        keyboard = std::make_unique<EmbeddedKeyboard>(*this);
         return true;
     }
 

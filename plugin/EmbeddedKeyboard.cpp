@@ -44,8 +44,7 @@ bool hasProperty(Display* display, ::Window window, const char* name)
 
 } // namespace
 
-EmbeddedKeyboard::EmbeddedKeyboard(juce::Component& editor, unsigned long parentWindow)
-    : embeddedEditor(editor), hostWindow(parentWindow)
+EmbeddedKeyboard::EmbeddedKeyboard(juce::Component& editor) : embeddedEditor(editor)
 {
     juce::Desktop::getInstance().addFocusChangeListener(this);
     embeddedEditor.addMouseListener(this, true);
@@ -124,7 +123,7 @@ void EmbeddedKeyboard::giveFocusToHost() const
     const auto isWithEditor = focused != 0 && focused == ownWindow();
     if (!isWithEditor && focused != DefaultRootWindow(display) && focused != PointerRoot && focused != 0)
         return;
-    if (const auto topLevel = topLevelOf(display, hostWindow))
+    if (const auto topLevel = topLevelOf(display, ownWindow()))
         XSetInputFocus(display, topLevel, RevertToParent, CurrentTime);
 }
 

@@ -11,9 +11,8 @@ class EmbeddedKeyboard final : private juce::FocusChangeListener,
                                private juce::AsyncUpdater
 {
 public:
-    /// @param editor        on the desktop already; outlives this
-    /// @param parentWindow  the host's, around it
-    EmbeddedKeyboard(juce::Component& editor, unsigned long parentWindow);
+    /// @param editor  in a window of its own inside the host's already; outlives this
+    explicit EmbeddedKeyboard(juce::Component& editor);
     ~EmbeddedKeyboard() override;
 
 private:
@@ -27,7 +26,6 @@ private:
     void giveFocusToHost() const;
 
     juce::Component& embeddedEditor;
-    unsigned long hostWindow;
 };
 
 } // namespace velotrine
