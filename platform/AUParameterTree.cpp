@@ -51,6 +51,13 @@ std::shared_ptr<AUParameter> AUParameterTree::parameterWithAddress(AUParameterAd
     return found != children_.end() ? *found : nullptr;
 }
 
+void AUParameterTree::tellObserversOf(AUParameterAddress address, AUParameterObserverToken originator) const
+{
+    if (const auto parameter = parameterWithAddress(address))
+        closures->observers.notify(originator,
+                                   {0, address, parameter->value(), AUParameterAutomationEventType::value});
+}
+
 AUParameterObserverToken AUParameterTree::tokenByAddingParameterObserver(AUParameterObserver observer)
 {
     return closures->observers.add([observer = std::move(observer)](const AUParameterAutomationEvent& event) {

@@ -31,6 +31,11 @@ public:
     [[nodiscard]] std::shared_ptr<AUParameter> parameterWithAddress(
         AUParameterAddress address) const noexcept;
 
+    /// Tells the observers, except the originator, the value that a parameter has now. For a value that a
+    /// render event has changed, of which they could not be told at the time. Nothing is written: a newer
+    /// value stays. Nothing happens for an address that no parameter has.
+    void tellObserversOf(AUParameterAddress address, AUParameterObserverToken originator = 0) const;
+
     /// The observer is told of every write but its own, on the writer's thread.
     [[nodiscard]] AUParameterObserverToken tokenByAddingParameterObserver(AUParameterObserver observer);
 

@@ -239,5 +239,21 @@ TEST_F(AUParameterTreeOfThree, ARemovedAutomationObserverIsNotTold)
     EXPECT_EQ(calls, 0);
 }
 
+TEST_F(AUParameterTreeOfThree, TellsOfAValueThatChangedElsewhereWithoutWritingIt)
+{
+    std::vector<Write> originatorsWrites;
+    std::vector<Write> othersWrites;
+    const auto originator = addRecorder(originatorsWrites);
+    addRecorder(othersWrites);
+    int stores = 0;
+    tree->setImplementorValueObserver([&stores](const AUParameter&, AUValue) { ++stores; });
+    tree->setImplementorValueProvider([](const AUParameter&) { return 0.625f; });
+    tree->tellObserversOf(39, originator);
+    tree->tellObserversOf(40, originator);
+    EXPECT_TRUE(originatorsWrites.empty());
+    EXPECT_EQ(othersWrites, (std::vector<Write>{{39, 0.625f}}));
+    EXPECT_EQ(stores, 0);
+}
+
 } // namespace
 } // namespace velotrine

@@ -1,0 +1,28 @@
+#include "plugin/HostedEditor.h"
+
+#include "editor/FontLoader.h"
+
+namespace velotrine {
+
+HostedEditor::HostedEditor(HostedInstrument& instrument) : hostedInstrument(instrument)
+{
+    constexpr int followRateInHz = 60;
+    controller.audioUnit = instrument.audioUnit();
+    controller.isPlaying = instrument.audioUnit()->dspKernel->internalPlaying;
+    const auto size = instrument.editorSize();
+    controller.view().setSize(size.width, size.height);
+    timerCallback();
+    startTimerHz(followRateInHz);
+}
+
+void HostedEditor::timerCallback()
+{
+    hostedInstrument.followValues();
+    const auto notice = hostedInstrument.transportNotice();
+    if (notice == shownNotice)
+        return;
+    shownNotice = notice;
+    controller.setTransportNotice(juce::String(notice.data(), notice.size()));
+}
+
+} // namespace velotrine

@@ -1,0 +1,295 @@
+#include "plugin/HostedInstrument.h"
+
+#include "audiounit/Presets.h"
+#include "audiounit/VelotrineComponent.h"
+#include "engine/HostClock.h"
+#include "plugin/HostValue.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velotrine {
+
+namespace {
+
+// Beyond these, a tempo or a metre is a mistake of the host's.
+constexpr double minTempo = 1.0;
+constexpr double maxTempo = 10000.0;
+constexpr double minBeatsPerBar = 1.0;
+constexpr double maxBeatsPerBar = 256.0;
+constexpr double minBeatUnit = 1.0;
+constexpr double maxBeatUnit = 128.0;
+
+/// 0 for a value outside, and for one that is no number.
+double orUnknown(double value, double min, double max) noexcept
+{
+    return value >= min && value <= max ? value : 0.0;
+}
+
+template <typename T>
+void answer(T* question, T value) noexcept
+{
+    if (question != nullptr)
+        *question = value;
+}
+
+} // namespace
+
+class HostedInstrument::QuietWriting
+{
+public:
+    explicit QuietWriting(HostedInstrument& owner) : instrument(owner)
+    {
+        instrument.quietWriter = std::this_thread::get_id();
+    }
+
+    ~QuietWriting() { instrument.quietWriter = std::thread::id(); }
+
+    QuietWriting(const QuietWriting&) = delete;
+    QuietWriting& operator=(const QuietWriting&) = delete;
+
+private:
+    HostedInstrument& instrument;
+};
+
+HostedInstrument::HostedInstrument(InstrumentHost& host)
+    : instrumentHost(host), unit(std::make_shared<VelotrineAudioUnit>(
+                                velotrineComponentDescription(), AudioComponentInstantiationOptions::none))
+{
+    connectTransport();
+    observeEdits();
+    cycles.setup(unit->renderBlock());
+    for (ParameterAddress address = 0; address < parameterCount; ++address)
+        shownValues[address] = value(address);
+}
+
+HostedInstrument::~HostedInstrument()
+{
+    unit->parameterTree()->removeParameterObserver(editsToken);
+    release();
+    unit->setMusicalContextBlock({});
+    unit->setTransportStateBlock({});
+}
+
+bool HostedInstrument::prepare(double sampleRate)
+{
+    release();
+    if (!(sampleRate >= minSampleRate && sampleRate <= maxSampleRate))
+        return false;
+    auto& bus = (*unit->outputBusses())[0];
+    bus.setFormat({sampleRate, bus.format().channelCount});
+    unit->setMaximumFramesToRender(CycleRenderer::defaultCycleFrames);
+    unit->allocateRenderResources();
+    cycles.setup(unit->renderBlock());
+    return true;
+}
+
+void HostedInstrument::release()
+{
+    if (unit->renderResourcesAllocated())
+        unit->deallocateRenderResources();
+}
+
+void HostedInstrument::reset() noexcept
+{
+    if (!unit->renderResourcesAllocated())
+        return;
+    render(nullptr, nullptr, cycles.framesLeftOver());
+    auto& kernel = *unit->dspKernel;
+    kernel.reset();
+    for (auto& voice : kernel.voicePool->voices)
+        voice.active = false;
+    kernel.voicePool->triggerOrder.clear();
+}
+
+void HostedInstrument::setTransport(const std::optional<HostTransport>& newTransport) noexcept
+{
+    transportIsKnown = newTransport.has_value();
+    if (!newTransport)
+        return;
+    transport = *newTransport;
+    hostPlays = transport.isPlaying;
+    framesIntoTransport = cycles.framesLeftOver();
+}
+
+void HostedInstrument::connectTransport()
+{
+    unit->setMusicalContextBlock([this](double* tempo, double* numerator, std::int64_t* denominator,
+                                        double* beat, std::int64_t* framesToBeat, double* barStart) {
+        answer(beat, 0.0);
+        answer(framesToBeat, std::int64_t{0});
+        answer(barStart, 0.0);
+        return answerMusicalContext(tempo, numerator, denominator);
+    });
+    unit->setTransportStateBlock(
+        [this](AUHostTransportStateFlags* flags, double* position, double* loopStart, double* loopEnd) {
+            answer(flags, hostPlays ? AUHostTransportStateMoving : AUHostTransportStateFlags{0});
+            answer(position, 0.0);
+            answer(loopStart, 0.0);
+            answer(loopEnd, 0.0);
+            return transportIsKnown.load();
+        });
+}
+
+bool HostedInstrument::answerMusicalContext(double* tempo, double* numerator,
+                                            std::int64_t* denominator) noexcept
+{
+    const auto tempoNow = transport.tempo + transport.tempoPerFrame * framesIntoTransport;
+    framesIntoTransport += CycleRenderer::defaultCycleFrames;
+    answer(tempo, orUnknown(tempoNow, minTempo, maxTempo));
+    answer(numerator, orUnknown(transport.beatsPerBar, minBeatsPerBar, maxBeatsPerBar));
+    answer(denominator, static_cast<std::int64_t>(orUnknown(transport.beatUnit, minBeatUnit, maxBeatUnit)));
+    return transportIsKnown;
+}
+
+void HostedInstrument::render(float* left, float* right, int frames) noexcept
+{
+    std::array<float, CycleRenderer::defaultCycleFrames> unheard;
+    const auto longest = left != nullptr && right != nullptr ? frames : static_cast<int>(unheard.size());
+    for (int done = 0; done < frames;) {
+        const auto count = std::min(frames - done, longest);
+        cycles.render(left != nullptr ? left + done : unheard.data(),
+                      right != nullptr ? right + done : unheard.data(), count);
+        done += count;
+    }
+}
+
+// A store between two cycles is what a parameter event at the start of the next one would be, needs no queue
+// that could overflow, and can be read back at once.
+bool HostedInstrument::setValue(ParameterAddress address, double value) noexcept
+{
+    const auto bounded = valueFromHost(address, value);
+    if (!bounded)
+        return false;
+    unit->dspKernel->setParameter(address, *bounded);
+    return true;
+}
+
+float HostedInstrument::value(ParameterAddress address) const noexcept
+{
+    return unit->dspKernel->parameter(address);
+}
+
+void HostedInstrument::followValues()
+{
+    for (ParameterAddress address = 0; address < parameterCount; ++address) {
+        const auto now = value(address);
+        if (std::exchange(shownValues[address], now) != now)
+            unit->parameterTree()->tellObserversOf(address, editsToken);
+    }
+}
+
+void HostedInstrument::observeEdits()
+{
+    editsToken = unit->parameterTree()->tokenByAddingParameterAutomationObserver(
+        [this](const AUParameterAutomationEvent& event) {
+            if (quietWriter.load() != std::this_thread::get_id())
+                noteEdit(event);
+        });
+}
+
+void HostedInstrument::noteEdit(const AUParameterAutomationEvent& event)
+{
+    shownValues[event.address] = value(event.address);
+    switch (event.eventType) {
+    case AUParameterAutomationEventType::touch:
+        heldParameter = event.address;
+        instrumentHost.beginGesture(event.address);
+        break;
+    case AUParameterAutomationEventType::release:
+        heldParameter.reset();
+        instrumentHost.endGesture(event.address);
+        break;
+    case AUParameterAutomationEventType::value:
+        if (heldParameter == event.address)
+            instrumentHost.valueChanged(event.address, event.value);
+        else
+            tellHost(event.address, event.value);
+        break;
+    }
+}
+
+/// A change of one moment.
+void HostedInstrument::tellHost(ParameterAddress address, float value)
+{
+    instrumentHost.beginGesture(address);
+    instrumentHost.valueChanged(address, value);
+    instrumentHost.endGesture(address);
+}
+
+bool HostedInstrument::choosePreset(std::size_t number)
+{
+    if (number >= presetCount)
+        return false;
+    std::array<float, parameterCount> before{};
+    for (ParameterAddress address = 0; address < parameterCount; ++address)
+        before[address] = value(address);
+    {
+        const std::scoped_lock lock(stateMutex);
+        const QuietWriting quiet(*this);
+        unit->setCurrentPreset(unit->factoryPresets()[number]);
+    }
+    const auto& values = presetTable()[number].values;
+    for (ParameterAddress address = 0; address < parameterCount; ++address)
+        if (values[address] != before[address])
+            tellHost(address, values[address]);
+    return true;
+}
+
+bool HostedInstrument::chooseProgram(std::size_t number)
+{
+    constexpr auto holdTicks = static_cast<std::uint64_t>(programHoldSeconds / hostClockSecondsPerTick);
+    {
+        const std::scoped_lock lock(stateMutex);
+        if (restoredAt && hostClockNow() - *restoredAt < holdTicks)
+            return false;
+    }
+    return choosePreset(number);
+}
+
+std::size_t HostedInstrument::presetNumber() const
+{
+    const std::scoped_lock lock(stateMutex);
+    const auto preset = unit->currentPreset();
+    const auto isOurs =
+        preset && preset->number >= 0 && preset->number < static_cast<std::int64_t>(presetCount);
+    return isOurs ? static_cast<std::size_t>(preset->number) : 0;
+}
+
+std::string HostedInstrument::saveState() const
+{
+    const std::scoped_lock lock(stateMutex);
+    return hostedStateText(unit->fullState(), editorSize_);
+}
+
+std::optional<std::string> HostedInstrument::restoreState(std::string_view text)
+{
+    auto read = hostedStateFromText(text);
+    if (!read.state)
+        return "The state is refused: " + read.error + ".";
+    const std::scoped_lock lock(stateMutex);
+    const QuietWriting quiet(*this);
+    unit->setFullState(*read.state);
+    editorSize_ = read.editorSize.value_or(editorSize_);
+    restoredAt = hostClockNow();
+    return std::nullopt;
+}
+
+EditorSize HostedInstrument::editorSize() const
+{
+    const std::scoped_lock lock(stateMutex);
+    return editorSize_;
+}
+
+void HostedInstrument::setEditorSize(EditorSize size)
+{
+    const std::scoped_lock lock(stateMutex);
+    editorSize_ = size.bounded();
+}
+
+std::string_view HostedInstrument::transportNotice() const noexcept
+{
+    return unit->dspKernel->sync && !hostPlays ? "waiting for the host to play" : "";
+}
+
+} // namespace velotrine

@@ -1,0 +1,62 @@
+#include "plugin/HostedState.h"
+
+#include "audiounit/OrderedJson.h"
+#include "audiounit/StateText.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+namespace velotrine {
+
+namespace {
+
+constexpr auto editorKey = "editor";
+constexpr auto widthKey = "width";
+constexpr auto heightKey = "height";
+
+/// None for anything but a whole number.
+std::optional<int> readSide(const nlohmann::json& editor, const char* key)
+{
+    const auto found = editor.find(key);
+    if (found == editor.end() || !found->is_number_integer())
+        return std::nullopt;
+    if (found->is_number_unsigned())
+        return static_cast<int>(std::min<std::uint64_t>(found->get<std::uint64_t>(), EditorSize::maxSide));
+    return 0; // a negative number, below every bound
+}
+
+} // namespace
+
+EditorSize EditorSize::bounded() const noexcept
+{
+    return {std::clamp(width, minWidth, maxSide), std::clamp(height, minHeight, maxSide)};
+}
+
+std::string hostedStateText(const AUFullState& state, EditorSize editorSize)
+{
+    auto document = OrderedJson::parse(textFromState(state));
+    document[editorKey] = {{widthKey, editorSize.width}, {heightKey, editorSize.height}};
+    constexpr int indent = 2;
+    return document.dump(indent) + "\n";
+}
+
+HostedState hostedStateFromText(std::string_view text)
+{
+    auto read = stateFromText(text);
+    if (!read.state)
+        return {std::nullopt, std::nullopt, std::move(read.error)};
+
+    const auto document = nlohmann::json::parse(text);
+    const auto editor = document.find(editorKey);
+    if (editor == document.end())
+        return {std::move(read.state), std::nullopt, {}};
+    const auto width = editor->is_object() ? readSide(*editor, widthKey) : std::nullopt;
+    const auto height = editor->is_object() ? readSide(*editor, heightKey) : std::nullopt;
+    if (!width || !height)
+        return {std::nullopt, std::nullopt,
+                R"("editor" must be an object with the whole numbers "width" and "height")"};
+    return {std::move(read.state), EditorSize{*width, *height}.bounded(), {}};
+}
+
+} // namespace velotrine

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "plugin/HostedInstrument.h"
+#include "plugin/InstrumentHost.h"
+#include "plugin/vst3/VelotrineParameter.h"
+
+#include <juce_audio_processors/juce_audio_processors.h>
+
+#include <array>
+
+namespace velotrine {
+
+/// The instrument as JUCE's plug-in wrappers want it: VST3, and on macOS AU and AUv3. Threads: as
+/// juce::AudioProcessor says.
+class VelotrineProcessor final : public juce::AudioProcessor, private InstrumentHost
+{
+public:
+    VelotrineProcessor();
+
+    const juce::String getName() const override { return "Velotrine"; }
+
+    bool acceptsMidi() const override { return false; }
+
+    bool producesMidi() const override { return false; }
+
+    double getTailLengthSeconds() const override { return 0.0; }
+
+    bool isBusesLayoutSupported(const BusesLayout& layout) const override;
+    void prepareToPlay(double sampleRate, int maxFrames) override;
+    void releaseResources() override;
+    void reset() override;
+    using AudioProcessor::processBlock;
+    void processBlock(juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midi) override;
+
+    int getNumPrograms() override;
+    int getCurrentProgram() override;
+    void setCurrentProgram(int index) override;
+    const juce::String getProgramName(int index) override;
+
+    /// The presets' names are the maker's.
+    void changeProgramName(int, const juce::String&) override {}
+
+    void getStateInformation(juce::MemoryBlock& state) override;
+    void setStateInformation(const void* state, int size) override;
+
+    bool hasEditor() const override { return true; }
+
+    juce::AudioProcessorEditor* createEditor() override;
+
+private:
+    void beginGesture(ParameterAddress address) override;
+    void valueChanged(ParameterAddress address, float value) override;
+    void endGesture(ParameterAddress address) override;
+
+    HostedInstrument instrument{*this};
+    std::array<VelotrineParameter*, parameterCount> parameters{}; ///< JUCE owns them
+};
+
+} // namespace velotrine

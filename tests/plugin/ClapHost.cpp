@@ -1,0 +1,295 @@
+#include "tests/plugin/ClapHost.h"
+
+#include <algorithm>
+#include <array>
+#include <dlfcn.h>
+#include <poll.h>
+#include <stdexcept>
+
+namespace velotrine {
+
+namespace {
+
+ClapHost& self(const clap_host_t* host)
+{
+    return *static_cast<ClapHost*>(host->host_data);
+}
+
+std::string shortNumber(double value)
+{
+    auto text = std::to_string(value);
+    text.erase(text.find_last_not_of('0') + 1);
+    return text;
+}
+
+bool takeEvent(const clap_output_events_t* list, const clap_event_header_t* event)
+{
+    auto& told = static_cast<ClapHost*>(list->ctx)->told;
+    if (event->type == CLAP_EVENT_PARAM_VALUE) {
+        const auto& change = *reinterpret_cast<const clap_event_param_value_t*>(event);
+        told.push_back(std::to_string(change.param_id) + " = " + shortNumber(change.value));
+    } else {
+        const auto& gesture = *reinterpret_cast<const clap_event_param_gesture_t*>(event);
+        told.push_back((event->type == CLAP_EVENT_PARAM_GESTURE_BEGIN ? "begin " : "end ") +
+                       std::to_string(gesture.param_id));
+    }
+    return true;
+}
+
+using Events = std::vector<clap_event_param_value_t>;
+
+std::uint32_t eventCount(const clap_input_events_t* list)
+{
+    return static_cast<std::uint32_t>(static_cast<const Events*>(list->ctx)->size());
+}
+
+const clap_event_header_t* eventAt(const clap_input_events_t* list, std::uint32_t index)
+{
+    return &(*static_cast<const Events*>(list->ctx))[index].header;
+}
+
+Events eventsOf(const std::vector<ClapAutomation>& automation)
+{
+    Events events;
+    for (const auto& change : automation) {
+        clap_event_param_value_t event{};
+        event.header = {.size = sizeof event,
+                        .time = change.frame,
+                        .space_id = CLAP_CORE_EVENT_SPACE_ID,
+                        .type = CLAP_EVENT_PARAM_VALUE,
+                        .flags = 0};
+        event.param_id = change.id;
+        event.value = change.value;
+        events.push_back(event);
+    }
+    return events;
+}
+
+clap_event_transport_t eventOf(const HostTransport& transport)
+{
+    clap_event_transport_t event{};
+    event.header = {.size = sizeof event,
+                    .time = 0,
+                    .space_id = CLAP_CORE_EVENT_SPACE_ID,
+                    .type = CLAP_EVENT_TRANSPORT,
+                    .flags = 0};
+    event.flags = CLAP_TRANSPORT_HAS_TEMPO | CLAP_TRANSPORT_HAS_TIME_SIGNATURE;
+    if (transport.isPlaying)
+        event.flags |= CLAP_TRANSPORT_IS_PLAYING;
+    event.tempo = transport.tempo;
+    event.tempo_inc = transport.tempoPerFrame;
+    event.tsig_num = static_cast<std::uint16_t>(transport.beatsPerBar);
+    event.tsig_denom = static_cast<std::uint16_t>(transport.beatUnit);
+    return event;
+}
+
+constexpr clap_host_params_t hostParams{
+    .rescan = [](const clap_host_t* host, clap_param_rescan_flags) { ++self(host).rescans; },
+    .clear = [](const clap_host_t*, clap_id, clap_param_clear_flags) {},
+    .request_flush = [](const clap_host_t* host) { ++self(host).flushRequests; }};
+
+constexpr clap_host_state_t hostState{.mark_dirty = [](const clap_host_t* host) { ++self(host).dirtyMarks; }};
+
+constexpr ClapHostLog hostLog{.log = [](const clap_host_t* host, std::int32_t, const char* message) {
+    self(host).logged.emplace_back(message);
+}};
+
+constexpr ClapHostPosixFdSupport hostDescriptors{
+    .registerFd =
+        [](const clap_host_t* host, int fd, std::uint32_t) {
+            ++self(host).descriptors[fd];
+            return true;
+        },
+    .modifyFd = [](const clap_host_t*, int, std::uint32_t) { return true; },
+    .unregisterFd =
+        [](const clap_host_t* host, int fd) {
+            auto& descriptors = self(host).descriptors;
+            if (--descriptors.at(fd) == 0)
+                descriptors.erase(fd);
+            return true;
+        }};
+
+} // namespace
+
+ClapLibrary::ClapLibrary()
+{
+    handle = dlopen(VELOTRINE_CLAP, RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr)
+        throw std::runtime_error(dlerror());
+    pluginEntry = static_cast<const clap_plugin_entry_t*>(dlsym(handle, "clap_entry"));
+    if (pluginEntry == nullptr || !pluginEntry->init(VELOTRINE_CLAP))
+        throw std::runtime_error("the CLAP file has no entry");
+    pluginFactory =
+        static_cast<const clap_plugin_factory_t*>(pluginEntry->get_factory(CLAP_PLUGIN_FACTORY_ID));
+}
+
+ClapLibrary::~ClapLibrary()
+{
+    pluginEntry->deinit();
+    dlclose(handle);
+}
+
+ClapHost::ClapHost(const ClapLibrary& library)
+{
+    host = {.clap_version = CLAP_VERSION,
+            .host_data = this,
+            .name = "Test",
+            .vendor = "Test",
+            .url = "",
+            .version = "1",
+            .get_extension = hostExtension,
+            .request_restart = [](const clap_host_t*) {},
+            .request_process = [](const clap_host_t*) {},
+            .request_callback = [](const clap_host_t*) {}};
+    const auto& factory = library.factory();
+    instance = factory.create_plugin(&factory, &host, factory.get_plugin_descriptor(&factory, 0)->id);
+    if (instance == nullptr || !instance->init(instance))
+        throw std::runtime_error("the plug-in cannot be created");
+}
+
+ClapHost::~ClapHost()
+{
+    stop();
+    instance->destroy(instance);
+}
+
+const void* ClapHost::hostExtension(const clap_host_t* host, const char* id)
+{
+    static constexpr clap_host_timer_support_t hostTimers{
+        .register_timer =
+            [](const clap_host_t* h, std::uint32_t period, clap_id* timer) {
+                *timer = self(h).nextTimer++;
+                self(h).timers[*timer] = period;
+                return true;
+            },
+        .unregister_timer = [](const clap_host_t* h,
+                               clap_id timer) { return self(h).timers.erase(timer) == 1; }};
+    const std::string name = id;
+    if (name == CLAP_EXT_PARAMS)
+        return &hostParams;
+    if (name == CLAP_EXT_STATE)
+        return &hostState;
+    if (name == clapLogId)
+        return &hostLog;
+    if (name == CLAP_EXT_TIMER_SUPPORT)
+        return &hostTimers;
+    if (name == clapPosixFdSupportId && self(host).watchesDescriptors)
+        return &hostDescriptors;
+    return nullptr;
+}
+
+double ClapHost::value(clap_id id) const
+{
+    double value = -1.0;
+    if (!params().get_value(instance, id, &value))
+        throw std::runtime_error("no value");
+    return value;
+}
+
+bool ClapHost::start(double sampleRate, std::uint32_t maxFrames)
+{
+    stop();
+    isActive = instance->activate(instance, sampleRate, 1, maxFrames) && instance->start_processing(instance);
+    return isActive;
+}
+
+void ClapHost::stop()
+{
+    if (!isActive)
+        return;
+    instance->stop_processing(instance);
+    instance->deactivate(instance);
+    isActive = false;
+}
+
+clap_process_status ClapHost::process(float* left, float* right, std::uint32_t frames,
+                                      const std::optional<HostTransport>& transport,
+                                      const std::vector<ClapAutomation>& automation)
+{
+    std::array<float*, 2> channels{left, right};
+    clap_audio_buffer_t output{};
+    output.data32 = channels.data();
+    output.channel_count = 2;
+    auto events = eventsOf(automation);
+    const clap_input_events_t in{.ctx = &events, .size = eventCount, .get = eventAt};
+    const clap_output_events_t out{.ctx = this, .try_push = takeEvent};
+    const auto transportEvent = eventOf(transport.value_or(HostTransport{}));
+    clap_process_t process{};
+    process.steady_time = -1;
+    process.frames_count = frames;
+    process.transport = transport ? &transportEvent : nullptr;
+    process.audio_outputs = &output;
+    process.audio_outputs_count = 1;
+    process.in_events = &in;
+    process.out_events = &out;
+    return instance->process(instance, &process);
+}
+
+void ClapHost::flush(const std::vector<ClapAutomation>& automation)
+{
+    auto events = eventsOf(automation);
+    const clap_input_events_t in{.ctx = &events, .size = eventCount, .get = eventAt};
+    const clap_output_events_t out{.ctx = this, .try_push = takeEvent};
+    params().flush(instance, &in, &out);
+}
+
+std::string ClapHost::save() const
+{
+    std::string text;
+    const clap_ostream_t stream{
+        .ctx = &text, .write = [](const clap_ostream_t* to, const void* bytes, std::uint64_t size) {
+            // As slow as a host may be.
+            const auto count = std::min<std::uint64_t>(size, 100);
+            static_cast<std::string*>(to->ctx)->append(static_cast<const char*>(bytes), count);
+            return static_cast<std::int64_t>(count);
+        }};
+    if (!extension<clap_plugin_state_t>(CLAP_EXT_STATE).save(instance, &stream))
+        return {};
+    return text;
+}
+
+bool ClapHost::load(const std::string& state, std::size_t bytesAtATime)
+{
+    struct Source
+    {
+        std::string_view rest;
+        std::size_t bytesAtATime;
+    };
+
+    Source source{state, bytesAtATime};
+    const clap_istream_t stream{
+        .ctx = &source, .read = [](const clap_istream_t* from, void* bytes, std::uint64_t size) {
+            auto& s = *static_cast<Source*>(from->ctx);
+            const auto count = std::min({s.rest.size(), s.bytesAtATime, static_cast<std::size_t>(size)});
+            std::copy_n(s.rest.data(), count, static_cast<char*>(bytes));
+            s.rest.remove_prefix(count);
+            return static_cast<std::int64_t>(count);
+        }};
+    return extension<clap_plugin_state_t>(CLAP_EXT_STATE).load(instance, &stream);
+}
+
+void ClapHost::runLoop(std::chrono::milliseconds duration)
+{
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + duration;
+    std::map<clap_id, Clock::time_point> lastTimes;
+    while (Clock::now() < end) {
+        std::vector<pollfd> watched;
+        for (const auto& [descriptor, count] : descriptors)
+            watched.push_back({.fd = descriptor, .events = POLLIN, .revents = 0});
+        poll(watched.data(), watched.size(), 5);
+        for (const auto& each : watched)
+            if (each.revents != 0 && descriptors.contains(each.fd))
+                extension<ClapPluginPosixFdSupport>(clapPosixFdSupportId)
+                    .onFd(instance, each.fd, clapPosixFdRead);
+        const auto running = timers;
+        for (const auto& [timer, period] : running) {
+            if (Clock::now() - lastTimes[timer] < std::chrono::milliseconds(period))
+                continue;
+            lastTimes[timer] = Clock::now();
+            extension<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT).on_timer(instance, timer);
+        }
+    }
+}
+
+} // namespace velotrine

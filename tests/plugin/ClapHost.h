@@ -1,0 +1,114 @@
+#pragma once
+
+#include "plugin/HostTransport.h"
+#include "plugin/clap/ClapHostExtensions.h"
+#include "tests/plugin/Sound.h"
+
+#include <clap/entry.h>
+#include <clap/ext/audio-ports.h>
+#include <clap/ext/gui.h>
+#include <clap/ext/note-ports.h>
+#include <clap/ext/params.h>
+#include <clap/ext/state.h>
+#include <clap/ext/timer-support.h>
+#include <clap/plugin-factory.h>
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace velotrine {
+
+/// The CLAP file that the build made, as a host loads it.
+class ClapLibrary
+{
+public:
+    ClapLibrary();
+    ~ClapLibrary();
+    ClapLibrary(const ClapLibrary&) = delete;
+    ClapLibrary& operator=(const ClapLibrary&) = delete;
+
+    [[nodiscard]] const clap_plugin_factory_t& factory() const noexcept { return *pluginFactory; }
+
+    [[nodiscard]] const clap_plugin_entry_t& entry() const noexcept { return *pluginEntry; }
+
+private:
+    void* handle = nullptr;
+    const clap_plugin_entry_t* pluginEntry = nullptr;
+    const clap_plugin_factory_t* pluginFactory = nullptr;
+};
+
+/// A value that the host automates at a frame of the current block.
+struct ClapAutomation
+{
+    std::uint32_t frame = 0;
+    clap_id id = 0;
+    double value = 0.0;
+};
+
+/// A host with one instance of the plug-in, which it destroys in the end.
+class ClapHost
+{
+public:
+    explicit ClapHost(const ClapLibrary& library);
+    ~ClapHost();
+    ClapHost(const ClapHost&) = delete;
+    ClapHost& operator=(const ClapHost&) = delete;
+
+    [[nodiscard]] const clap_plugin_t& plugin() const noexcept { return *instance; }
+
+    template <typename Extension>
+    [[nodiscard]] const Extension& extension(const char* id) const
+    {
+        const auto* const found = instance->get_extension(instance, id);
+        if (found == nullptr)
+            throw std::runtime_error(std::string("no extension ") + id);
+        return *static_cast<const Extension*>(found);
+    }
+
+    [[nodiscard]] const clap_plugin_params_t& params() const
+    {
+        return extension<clap_plugin_params_t>(CLAP_EXT_PARAMS);
+    }
+
+    [[nodiscard]] double value(clap_id id) const;
+    bool start(double sampleRate, std::uint32_t maxFrames);
+    void stop();
+
+    /// One process call. None is a host without transport.
+    clap_process_status process(float* left, float* right, std::uint32_t frames,
+                                const std::optional<HostTransport>& transport,
+                                const std::vector<ClapAutomation>& automation = {});
+    void flush(const std::vector<ClapAutomation>& automation);
+
+    /// Empty if the plug-in could not save.
+    [[nodiscard]] std::string save() const;
+    bool load(const std::string& state, std::size_t bytesAtATime = 4096);
+
+    /// Takes the plug-in's timers and descriptors for so long.
+    void runLoop(std::chrono::milliseconds duration);
+
+    bool watchesDescriptors = true; ///< set it before the editor is created
+
+    std::vector<std::string> told; ///< edits: "begin 3", "3 = 0.25", "end 3"
+    std::vector<std::string> logged;
+    int rescans = 0;
+    int flushRequests = 0;
+    int dirtyMarks = 0;
+    std::map<int, int> descriptors;          ///< how often each is watched
+    std::map<clap_id, std::uint32_t> timers; ///< periods in ms
+
+private:
+    static const void* hostExtension(const clap_host_t* host, const char* id);
+
+    clap_host_t host{};
+    const clap_plugin_t* instance = nullptr;
+    bool isActive = false;
+    clap_id nextTimer = 7;
+};
+
+} // namespace velotrine

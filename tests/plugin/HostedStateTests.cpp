@@ -1,0 +1,86 @@
+#include "plugin/HostedState.h"
+
+#include "audiounit/StateText.h"
+#include "tests/audiounit/TestInstrument.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace velotrine {
+namespace {
+
+AUFullState someState()
+{
+    auto unit = makeInstrument();
+    selectPreset(*unit, 3);
+    setValue(*unit, "activity", 0.1f);
+    return unit->fullState();
+}
+
+std::string textWithEditor(const std::string& editor)
+{
+    return R"({"version": 1, "parameters": {}, "editor": )" + editor + "}";
+}
+
+TEST(HostedState, ReadsBackWhatItWrote)
+{
+    const auto read = hostedStateFromText(hostedStateText(someState(), {600, 500}));
+    ASSERT_TRUE(read.state) << read.error;
+    EXPECT_EQ(*read.state, someState());
+    EXPECT_EQ(read.editorSize, (EditorSize{600, 500}));
+}
+
+TEST(HostedState, WritesTheSameTextForTheSameState)
+{
+    const auto text = hostedStateText(someState(), {600, 500});
+    const auto read = hostedStateFromText(text);
+    ASSERT_TRUE(read.state) << read.error;
+    EXPECT_EQ(hostedStateText(*read.state, *read.editorSize), text);
+}
+
+TEST(HostedState, IsTheAudioUnitsStateToItsReader)
+{
+    const auto read = stateFromText(hostedStateText(someState(), {600, 500}));
+    ASSERT_TRUE(read.state) << read.error;
+    EXPECT_EQ(*read.state, someState());
+}
+
+TEST(HostedState, HasNoEditorSizeWhereTheAudioUnitWroteIt)
+{
+    const auto read = hostedStateFromText(textFromState(someState()));
+    ASSERT_TRUE(read.state) << read.error;
+    EXPECT_FALSE(read.editorSize);
+}
+
+TEST(HostedState, BoundsTheEditorToSizesThatItCanHave)
+{
+    EXPECT_EQ(hostedStateFromText(textWithEditor(R"({"width": 10, "height": -5})")).editorSize,
+              (EditorSize{EditorSize::minWidth, EditorSize::minHeight}));
+    EXPECT_EQ(
+        hostedStateFromText(textWithEditor(R"({"width": 18446744073709551615, "height": 99999})")).editorSize,
+        (EditorSize{EditorSize::maxSide, EditorSize::maxSide}));
+}
+
+TEST(HostedState, RefusesAnEditorSizeThatIsNone)
+{
+    for (const auto* const editor :
+         {"7", "null", "[]", R"({"width": 400})", R"({"width": 400.5, "height": 400})",
+          R"({"width": "400", "height": 400})"}) {
+        const auto read = hostedStateFromText(textWithEditor(editor));
+        EXPECT_FALSE(read.state) << editor;
+        EXPECT_NE(read.error.find("\"editor\""), std::string::npos) << read.error;
+    }
+}
+
+TEST(HostedState, RefusesWhatIsNoState)
+{
+    for (const auto* const text : {"", "{}", "[1]", "{\"version\": 2, \"parameters\": {}}", "\xff\xfe"}) {
+        const auto read = hostedStateFromText(text);
+        EXPECT_FALSE(read.state) << text;
+        EXPECT_FALSE(read.error.empty()) << text;
+    }
+}
+
+} // namespace
+} // namespace velotrine

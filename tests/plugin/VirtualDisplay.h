@@ -1,0 +1,52 @@
+#pragma once
+
+#include <string>
+#include <sys/types.h>
+#include <utility>
+#include <vector>
+
+struct _XDisplay; // Xlib.h has macros of every name
+
+namespace velotrine {
+
+using XWindow = unsigned long;
+
+/// An X server of the test's own, without a window manager, which this process uses while it lives. It
+/// fails by throwing.
+class VirtualDisplay
+{
+public:
+    VirtualDisplay();
+    ~VirtualDisplay();
+    VirtualDisplay(const VirtualDisplay&) = delete;
+    VirtualDisplay& operator=(const VirtualDisplay&) = delete;
+
+    /// A window at the screen's top left, on show.
+    [[nodiscard]] XWindow makeWindow(unsigned width, unsigned height) const;
+    void destroyWindow(XWindow window) const;
+
+    /// The only window inside another; 0 for none.
+    [[nodiscard]] XWindow childOf(XWindow window) const;
+
+    [[nodiscard]] std::pair<int, int> sizeOf(XWindow window) const;
+
+    /// The window's pixels as they show on the screen.
+    [[nodiscard]] std::vector<unsigned long> pixelsOf(XWindow window) const;
+
+    /// How much there is to see.
+    [[nodiscard]] int coloursIn(XWindow window) const;
+
+    void giveKeyboardTo(XWindow window) const;
+
+    /// Whether a key has been pressed for this window, and was not taken by another.
+    [[nodiscard]] bool takeKeyPress(XWindow window) const;
+
+    /// Moves the mouse, presses keys and buttons: xdotool's own words.
+    void act(const std::string& commands) const;
+
+private:
+    pid_t server = -1;
+    _XDisplay* display = nullptr;
+};
+
+} // namespace velotrine
