@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <deque>
 #include <dlfcn.h>
 #include <poll.h>
 #include <stdexcept>
@@ -102,7 +103,12 @@ public:
         return kResultTrue;
     }
 
-    tresult PLUGIN_API addPoint(int32, Vst::ParamValue, int32&) override { return kResultFalse; }
+    tresult PLUGIN_API addPoint(int32, Vst::ParamValue value, int32& index) override
+    {
+        index = 0;
+        automation.value = value;
+        return kResultTrue;
+    }
 
 private:
     Vst3Automation automation;
@@ -480,6 +486,7 @@ bool Vst3Host::process(float* left, float* right, int frames, const std::optiona
     output.numChannels = 2;
     output.channelBuffers32 = channels.data();
     ValueChanges changes(automation);
+    ValueChanges answers({});
     Vst::ProcessContext context{};
     if (transport) {
         context.state = Vst::ProcessContext::kTempoValid | Vst::ProcessContext::kTimeSigValid;
@@ -496,8 +503,18 @@ bool Vst3Host::process(float* left, float* right, int frames, const std::optiona
     data.numOutputs = 1;
     data.outputs = &output;
     data.inputParameterChanges = &changes;
+    data.outputParameterChanges = &answers;
     data.processContext = transport ? &context : nullptr;
-    return self->processor->process(data) == kResultOk;
+    if (self->processor->process(data) != kResultOk)
+        return false;
+    for (int32 i = 0; i < answers.getParameterCount(); ++i) {
+        int32 offset = 0;
+        Vst::ParamValue value = 0.0;
+        auto* const queue = answers.getParameterData(i);
+        queue->getPoint(0, offset, value);
+        self->controller->setParamNormalized(queue->getParameterId(), value);
+    }
+    return true;
 }
 
 std::string Vst3Host::save() const
