@@ -13,6 +13,11 @@ namespace velotrine {
 
 namespace {
 
+#if JUCE_LINUX
+// As the library is loaded: the wrapper connects to the X server before it makes the processor.
+[[maybe_unused]] const bool x11ServerIsReady = prepareX11Server();
+#endif
+
 /// None where the host's head says nothing: JUCE then answers with zeros.
 std::optional<HostTransport> transportOf(const juce::AudioPlayHead* head)
 {
@@ -36,9 +41,6 @@ std::optional<HostTransport> transportOf(const juce::AudioPlayHead* head)
 VelotrineProcessor::VelotrineProcessor()
     : AudioProcessor(BusesProperties().withOutput("Output", juce::AudioChannelSet::stereo(), true))
 {
-#if JUCE_LINUX
-    prepareX11Server();
-#endif
     for (const auto& info : parameterTable()) {
         parameters[info.address] = new VelotrineParameter(info, instrument);
         addParameter(parameters[info.address]);

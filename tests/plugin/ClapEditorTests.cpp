@@ -40,7 +40,7 @@ protected:
 
     static void close(ClapHost& host) { gui(host).destroy(&host.plugin()); }
 
-    VirtualDisplay display;
+    const VirtualDisplay& display = VirtualDisplay::shared();
     ClapLibrary library;
 };
 

@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <set>
 #include <stdexcept>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -37,7 +38,9 @@ VirtualDisplay::VirtualDisplay()
     if (server == 0) {
         close(ends[0]);
         const auto silence = open("/dev/null", O_WRONLY);
+        dup2(silence, STDOUT_FILENO);
         dup2(silence, STDERR_FILENO);
+        prctl(PR_SET_PDEATHSIG, SIGTERM); // it ends with the test, however that ends
         const auto descriptor = std::to_string(ends[1]);
         execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", "1600x1200x24", "-nolisten",
                "tcp", nullptr);
@@ -60,7 +63,12 @@ VirtualDisplay::~VirtualDisplay()
         XCloseDisplay(display);
     kill(server, SIGTERM);
     waitpid(server, nullptr, 0);
-    unsetenv("DISPLAY");
+}
+
+const VirtualDisplay& VirtualDisplay::shared()
+{
+    static const VirtualDisplay display;
+    return display;
 }
 
 XWindow VirtualDisplay::makeWindow(unsigned width, unsigned height) const

@@ -21,6 +21,9 @@ public:
     VirtualDisplay(const VirtualDisplay&) = delete;
     VirtualDisplay& operator=(const VirtualDisplay&) = delete;
 
+    /// One for all tests of this process, from the first that asks for it.
+    [[nodiscard]] static const VirtualDisplay& shared();
+
     /// A window at the screen's top left, on show.
     [[nodiscard]] XWindow makeWindow(unsigned width, unsigned height) const;
     void destroyWindow(XWindow window) const;

@@ -1,0 +1,591 @@
+#include "tests/plugin/Vst3Host.h"
+
+#include <pluginterfaces/base/ibstream.h>
+#include <pluginterfaces/base/ipluginbase.h>
+#include <pluginterfaces/gui/iplugview.h>
+#include <pluginterfaces/vst/ivstaudioprocessor.h>
+#include <pluginterfaces/vst/ivstcomponent.h>
+#include <pluginterfaces/vst/ivsteditcontroller.h>
+#include <pluginterfaces/vst/ivsthostapplication.h>
+#include <pluginterfaces/vst/ivstmessage.h>
+#include <pluginterfaces/vst/ivstparameterchanges.h>
+#include <pluginterfaces/vst/ivstprocesscontext.h>
+#include <pluginterfaces/vst/ivstunits.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <deque>
+#include <dlfcn.h>
+#include <poll.h>
+#include <stdexcept>
+
+namespace velotrine {
+
+namespace {
+
+using namespace Steinberg;
+
+/// The host's objects live as long as the host: nobody counts.
+#define VELOTRINE_UNCOUNTED                                                                                  \
+    uint32 PLUGIN_API addRef() override                                                                      \
+    {                                                                                                        \
+        return 1;                                                                                            \
+    }                                                                                                        \
+    uint32 PLUGIN_API release() override                                                                     \
+    {                                                                                                        \
+        return 1;                                                                                            \
+    }
+
+template <typename Interface>
+tresult answer(Interface& object, const TUID interfaceId, const TUID asked, void** result)
+{
+    if (std::memcmp(asked, interfaceId, sizeof(TUID)) != 0 &&
+        std::memcmp(asked, FUnknown_iid, sizeof(TUID)) != 0) {
+        *result = nullptr;
+        return kNoInterface;
+    }
+    *result = &object;
+    return kResultOk;
+}
+
+std::string fromUtf16(const Vst::TChar* text)
+{
+    std::string ascii;
+    for (; *text != 0; ++text)
+        ascii += static_cast<char>(*text);
+    return ascii;
+}
+
+class HostApplication final : public Vst::IHostApplication
+{
+public:
+    VELOTRINE_UNCOUNTED
+
+    tresult PLUGIN_API queryInterface(const TUID id, void** object) override
+    {
+        return answer<Vst::IHostApplication>(*this, Vst::IHostApplication_iid, id, object);
+    }
+
+    tresult PLUGIN_API getName(Vst::String128 name) override
+    {
+        std::copy_n(u"Test", 5, name);
+        return kResultOk;
+    }
+
+    tresult PLUGIN_API createInstance(TUID, TUID, void** object) override
+    {
+        *object = nullptr;
+        return kResultFalse;
+    }
+};
+
+class ValueQueue final : public Vst::IParamValueQueue
+{
+public:
+    explicit ValueQueue(Vst3Automation change) : automation(change) {}
+
+    VELOTRINE_UNCOUNTED
+
+    tresult PLUGIN_API queryInterface(const TUID id, void** object) override
+    {
+        return answer<Vst::IParamValueQueue>(*this, Vst::IParamValueQueue_iid, id, object);
+    }
+
+    Vst::ParamID PLUGIN_API getParameterId() override { return automation.id; }
+
+    int32 PLUGIN_API getPointCount() override { return 1; }
+
+    tresult PLUGIN_API getPoint(int32, int32& offset, Vst::ParamValue& value) override
+    {
+        offset = 0;
+        value = automation.value;
+        return kResultTrue;
+    }
+
+    tresult PLUGIN_API addPoint(int32, Vst::ParamValue value, int32& index) override
+    {
+        index = 0;
+        automation.value = value;
+        return kResultTrue;
+    }
+
+private:
+    Vst3Automation automation;
+};
+
+class ValueChanges final : public Vst::IParameterChanges
+{
+public:
+    explicit ValueChanges(const std::vector<Vst3Automation>& automation)
+        : queues(automation.begin(), automation.end())
+    {}
+
+    VELOTRINE_UNCOUNTED
+
+    tresult PLUGIN_API queryInterface(const TUID id, void** object) override
+    {
+        return answer<Vst::IParameterChanges>(*this, Vst::IParameterChanges_iid, id, object);
+    }
+
+    int32 PLUGIN_API getParameterCount() override { return static_cast<int32>(queues.size()); }
+
+    Vst::IParamValueQueue* PLUGIN_API getParameterData(int32 index) override
+    {
+        return &queues[static_cast<std::size_t>(index)];
+    }
+
+    Vst::IParamValueQueue* PLUGIN_API addParameterData(const Vst::ParamID&, int32&) override
+    {
+        return nullptr;
+    }
+
+private:
+    std::vector<ValueQueue> queues;
+};
+
+class ByteStream final : public IBStream
+{
+public:
+    VELOTRINE_UNCOUNTED
+
+    tresult PLUGIN_API queryInterface(const TUID id, void** object) override
+    {
+        return answer<IBStream>(*this, IBStream_iid, id, object);
+    }
+
+    tresult PLUGIN_API read(void* buffer, int32 wanted, int32* taken) override
+    {
+        const auto count = std::min(static_cast<std::size_t>(wanted), bytes.size() - position);
+        std::memcpy(buffer, bytes.data() + position, count);
+        position += count;
+        if (taken != nullptr)
+            *taken = static_cast<int32>(count);
+        return kResultOk;
+    }
+
+    tresult PLUGIN_API write(void* buffer, int32 count, int32* written) override
+    {
+        bytes.append(static_cast<const char*>(buffer), static_cast<std::size_t>(count));
+        position = bytes.size();
+        if (written != nullptr)
+            *written = count;
+        return kResultOk;
+    }
+
+    tresult PLUGIN_API seek(int64 offset, int32 mode, int64* result) override
+    {
+        const auto start = mode == kIBSeekSet ? 0 : mode == kIBSeekCur ? position : bytes.size();
+        position = static_cast<std::size_t>(
+            std::clamp<int64>(static_cast<int64>(start) + offset, 0, static_cast<int64>(bytes.size())));
+        return tell(result);
+    }
+
+    tresult PLUGIN_API tell(int64* result) override
+    {
+        if (result != nullptr)
+            *result = static_cast<int64>(position);
+        return kResultOk;
+    }
+
+    std::string bytes;
+    std::size_t position = 0;
+};
+
+class ComponentHandler final : public Vst::IComponentHandler
+{
+public:
+    VELOTRINE_UNCOUNTED
+
+    tresult PLUGIN_API queryInterface(const TUID id, void** object) override
+    {
+        return answer<Vst::IComponentHandler>(*this, Vst::IComponentHandler_iid, id, object);
+    }
+
+    tresult PLUGIN_API beginEdit(Vst::ParamID id) override
+    {
+        told.push_back("begin " + nameOf(id));
+        return kResultOk;
+    }
+
+    tresult PLUGIN_API performEdit(Vst::ParamID id, Vst::ParamValue value) override
+    {
+        auto text = std::to_string(value);
+        text.erase(text.find_last_not_of('0') + 1);
+        told.push_back(nameOf(id) + " = " + text);
+        return kResultOk;
+    }
+
+    tresult PLUGIN_API endEdit(Vst::ParamID id) override
+    {
+        told.push_back("end " + nameOf(id));
+        return kResultOk;
+    }
+
+    tresult PLUGIN_API restartComponent(int32) override { return kResultOk; }
+
+    std::string nameOf(Vst::ParamID id) const
+    {
+        const auto found = indices.find(id);
+        return found != indices.end() ? std::to_string(found->second) : "?";
+    }
+
+    std::map<Vst::ParamID, int> indices;
+    std::vector<std::string> told;
+};
+
+class RunLoop final : public Steinberg::Linux::IRunLoop
+{
+public:
+    VELOTRINE_UNCOUNTED
+
+    tresult PLUGIN_API queryInterface(const TUID id, void** object) override
+    {
+        return answer<Steinberg::Linux::IRunLoop>(*this, Steinberg::Linux::IRunLoop_iid, id, object);
+    }
+
+    tresult PLUGIN_API registerEventHandler(Steinberg::Linux::IEventHandler* handler, int descriptor) override
+    {
+        handlers[descriptor] = handler;
+        return kResultOk;
+    }
+
+    tresult PLUGIN_API unregisterEventHandler(Steinberg::Linux::IEventHandler* handler) override
+    {
+        std::erase_if(handlers, [handler](const auto& entry) { return entry.second == handler; });
+        return kResultOk;
+    }
+
+    tresult PLUGIN_API registerTimer(Steinberg::Linux::ITimerHandler*,
+                                     Steinberg::Linux::TimerInterval) override
+    {
+        return kResultFalse;
+    }
+
+    tresult PLUGIN_API unregisterTimer(Steinberg::Linux::ITimerHandler*) override { return kResultFalse; }
+
+    std::map<int, Steinberg::Linux::IEventHandler*> handlers;
+};
+
+class PlugFrame final : public IPlugFrame
+{
+public:
+    VELOTRINE_UNCOUNTED
+
+    tresult PLUGIN_API queryInterface(const TUID id, void** object) override
+    {
+        if (std::memcmp(id, Steinberg::Linux::IRunLoop_iid, sizeof(TUID)) == 0)
+            return loop.queryInterface(id, object);
+        return answer<IPlugFrame>(*this, IPlugFrame_iid, id, object);
+    }
+
+    tresult PLUGIN_API resizeView(IPlugView* view, ViewRect* newSize) override
+    {
+        return view->onSize(newSize);
+    }
+
+    RunLoop loop;
+};
+
+template <typename Interface>
+Interface* query(FUnknown* object, const TUID interfaceId)
+{
+    void* found = nullptr;
+    if (object == nullptr || object->queryInterface(interfaceId, &found) != kResultOk)
+        throw std::runtime_error("an interface is missing");
+    return static_cast<Interface*>(found);
+}
+
+} // namespace
+
+struct Vst3Host::Implementation
+{
+    using Exit = bool (*)();
+
+    void* library = nullptr;
+    IPluginFactory* factory = nullptr;
+    HostApplication application;
+    ComponentHandler handler;
+    PlugFrame frame;
+    Vst::IComponent* component = nullptr;
+    Vst::IAudioProcessor* processor = nullptr;
+    Vst::IEditController* controller = nullptr;
+    Vst::IUnitInfo* units = nullptr;
+    IPlugView* view = nullptr;
+    bool isActive = false;
+};
+
+Vst3Host::Vst3Host() : self(std::make_unique<Implementation>())
+{
+    self->library = dlopen(VELOTRINE_VST3, RTLD_NOW | RTLD_LOCAL);
+    if (self->library == nullptr)
+        throw std::runtime_error(dlerror());
+    using Entry = bool (*)(void*);
+    using GetFactory = IPluginFactory*(PLUGIN_API*)();
+    reinterpret_cast<Entry>(dlsym(self->library, "ModuleEntry"))(self->library);
+    self->factory = reinterpret_cast<GetFactory>(dlsym(self->library, "GetPluginFactory"))();
+
+    for (int32 i = 0; i < self->factory->countClasses(); ++i) {
+        PClassInfo info;
+        self->factory->getClassInfo(i, &info);
+        void* made = nullptr;
+        if (std::strcmp(info.category, kVstAudioEffectClass) == 0) {
+            self->factory->createInstance(info.cid, Vst::IComponent_iid, &made);
+            self->component = static_cast<Vst::IComponent*>(made);
+        }
+    }
+    if (self->component == nullptr || self->component->initialize(&self->application) != kResultOk)
+        throw std::runtime_error("the plug-in cannot be created");
+    self->processor = query<Vst::IAudioProcessor>(self->component, Vst::IAudioProcessor_iid);
+
+    TUID controllerId;
+    void* made = nullptr;
+    self->component->getControllerClassId(controllerId);
+    self->factory->createInstance(controllerId, Vst::IEditController_iid, &made);
+    self->controller = static_cast<Vst::IEditController*>(made);
+    self->controller->initialize(&self->application);
+    auto* const one = query<Vst::IConnectionPoint>(self->component, Vst::IConnectionPoint_iid);
+    auto* const other = query<Vst::IConnectionPoint>(self->controller, Vst::IConnectionPoint_iid);
+    one->connect(other);
+    other->connect(one);
+    one->release();
+    other->release();
+    self->units = query<Vst::IUnitInfo>(self->controller, Vst::IUnitInfo_iid);
+    int index = 0;
+    for (const auto& parameter : parameters())
+        self->handler.indices[parameter.id] = index++;
+    self->controller->setComponentHandler(&self->handler);
+}
+
+Vst3Host::~Vst3Host()
+{
+    close();
+    stop();
+    self->controller->setComponentHandler(nullptr);
+    self->units->release();
+    self->controller->terminate();
+    self->controller->release();
+    self->processor->release();
+    self->component->terminate();
+    self->component->release();
+    self->factory->release();
+    reinterpret_cast<Implementation::Exit>(dlsym(self->library, "ModuleExit"))();
+    dlclose(self->library);
+}
+
+std::string Vst3Host::category() const
+{
+    auto* const factory = query<IPluginFactory2>(self->factory, IPluginFactory2_iid);
+    PClassInfo2 info;
+    factory->getClassInfo2(0, &info);
+    factory->release();
+    return info.subCategories;
+}
+
+std::string Vst3Host::vendor() const
+{
+    PFactoryInfo info;
+    self->factory->getFactoryInfo(&info);
+    return info.vendor;
+}
+
+int Vst3Host::audioInputs() const
+{
+    return self->component->getBusCount(Vst::kAudio, Vst::kInput);
+}
+
+int Vst3Host::audioOutputs() const
+{
+    return self->component->getBusCount(Vst::kAudio, Vst::kOutput);
+}
+
+int Vst3Host::eventInputs() const
+{
+    return self->component->getBusCount(Vst::kEvent, Vst::kInput);
+}
+
+std::vector<Vst3Parameter> Vst3Host::parameters() const
+{
+    std::vector<Vst3Parameter> all;
+    for (int32 i = 0; i < self->controller->getParameterCount(); ++i) {
+        Vst::ParameterInfo info;
+        self->controller->getParameterInfo(i, info);
+        all.push_back(
+            {info.id, fromUtf16(info.title), info.stepCount, info.defaultNormalizedValue, info.flags});
+    }
+    return all;
+}
+
+double Vst3Host::value(std::uint32_t id) const
+{
+    return self->controller->getParamNormalized(id);
+}
+
+void Vst3Host::setValue(std::uint32_t id, double value) const
+{
+    self->controller->setParamNormalized(id, value);
+}
+
+std::string Vst3Host::text(std::uint32_t id, double value) const
+{
+    Vst::String128 text{};
+    self->controller->getParamStringByValue(id, value, text);
+    return fromUtf16(text);
+}
+
+std::optional<double> Vst3Host::valueOf(std::uint32_t id, const std::string& text) const
+{
+    Vst::String128 wide{};
+    std::copy(text.begin(), text.end(), wide);
+    Vst::ParamValue value = 0.0;
+    if (self->controller->getParamValueByString(id, wide, value) != kResultOk)
+        return std::nullopt;
+    return value;
+}
+
+std::vector<std::string> Vst3Host::programs() const
+{
+    std::vector<std::string> names;
+    Vst::ProgramListInfo list;
+    if (self->units->getProgramListInfo(0, list) != kResultOk)
+        return names;
+    for (int32 i = 0; i < list.programCount; ++i) {
+        Vst::String128 name{};
+        self->units->getProgramName(list.id, i, name);
+        names.push_back(fromUtf16(name));
+    }
+    return names;
+}
+
+bool Vst3Host::start(double sampleRate, int maxFrames)
+{
+    stop();
+    Vst::ProcessSetup setup{Vst::kRealtime, Vst::kSample32, maxFrames, sampleRate};
+    if (self->processor->setupProcessing(setup) != kResultOk)
+        return false;
+    self->component->activateBus(Vst::kAudio, Vst::kOutput, 0, 1);
+    self->isActive = self->component->setActive(1) == kResultOk;
+    self->processor->setProcessing(1);
+    return self->isActive;
+}
+
+void Vst3Host::stop()
+{
+    if (!self->isActive)
+        return;
+    self->processor->setProcessing(0);
+    self->component->setActive(0);
+    self->isActive = false;
+}
+
+bool Vst3Host::process(float* left, float* right, int frames, const std::optional<HostTransport>& transport,
+                       const std::vector<Vst3Automation>& automation)
+{
+    std::array<float*, 2> channels{left, right};
+    Vst::AudioBusBuffers output;
+    output.numChannels = 2;
+    output.channelBuffers32 = channels.data();
+    ValueChanges changes(automation);
+    ValueChanges answers({});
+    Vst::ProcessContext context{};
+    if (transport) {
+        context.state = Vst::ProcessContext::kTempoValid | Vst::ProcessContext::kTimeSigValid;
+        if (transport->isPlaying)
+            context.state |= Vst::ProcessContext::kPlaying;
+        context.tempo = transport->tempo;
+        context.timeSigNumerator = static_cast<int32>(transport->beatsPerBar);
+        context.timeSigDenominator = static_cast<int32>(transport->beatUnit);
+    }
+    Vst::ProcessData data;
+    data.processMode = Vst::kRealtime;
+    data.symbolicSampleSize = Vst::kSample32;
+    data.numSamples = frames;
+    data.numOutputs = 1;
+    data.outputs = &output;
+    data.inputParameterChanges = &changes;
+    data.outputParameterChanges = &answers;
+    data.processContext = transport ? &context : nullptr;
+    if (self->processor->process(data) != kResultOk)
+        return false;
+    for (int32 i = 0; i < answers.getParameterCount(); ++i) {
+        int32 offset = 0;
+        Vst::ParamValue value = 0.0;
+        auto* const queue = answers.getParameterData(i);
+        queue->getPoint(0, offset, value);
+        self->controller->setParamNormalized(queue->getParameterId(), value);
+    }
+    return true;
+}
+
+std::string Vst3Host::save() const
+{
+    ByteStream stream;
+    return self->component->getState(&stream) == kResultOk ? stream.bytes : std::string();
+}
+
+bool Vst3Host::load(const std::string& state) const
+{
+    ByteStream stream;
+    stream.bytes = state;
+    const auto isTaken = self->component->setState(&stream) == kResultOk;
+    stream.position = 0;
+    self->controller->setComponentState(&stream);
+    return isTaken;
+}
+
+bool Vst3Host::open(unsigned long parentWindow)
+{
+    close();
+    self->view = self->controller->createView(Vst::ViewType::kEditor);
+    if (self->view == nullptr)
+        return false;
+    self->view->setFrame(&self->frame);
+    return self->view->attached(reinterpret_cast<void*>(parentWindow), kPlatformTypeX11EmbedWindowID) ==
+           kResultOk;
+}
+
+void Vst3Host::close()
+{
+    if (self->view == nullptr)
+        return;
+    self->view->removed();
+    self->view->setFrame(nullptr);
+    self->view->release();
+    self->view = nullptr;
+}
+
+bool Vst3Host::resize(int width, int height) const
+{
+    ViewRect rect(0, 0, width, height);
+    self->view->checkSizeConstraint(&rect);
+    return self->view->onSize(&rect) == kResultOk;
+}
+
+std::pair<int, int> Vst3Host::size() const
+{
+    ViewRect rect;
+    self->view->getSize(&rect);
+    return {rect.getWidth(), rect.getHeight()};
+}
+
+void Vst3Host::runLoop(std::chrono::milliseconds duration)
+{
+    const auto end = std::chrono::steady_clock::now() + duration;
+    while (std::chrono::steady_clock::now() < end) {
+        const auto handlers = self->frame.loop.handlers;
+        std::vector<pollfd> watched;
+        for (const auto& [descriptor, each] : handlers)
+            watched.push_back({.fd = descriptor, .events = POLLIN, .revents = 0});
+        poll(watched.data(), watched.size(), 5);
+        for (const auto& each : watched)
+            if (each.revents != 0 && self->frame.loop.handlers.contains(each.fd))
+                self->frame.loop.handlers.at(each.fd)->onFDIsSet(each.fd);
+    }
+}
+
+std::vector<std::string>& Vst3Host::told()
+{
+    return self->handler.told;
+}
+
+} // namespace velotrine

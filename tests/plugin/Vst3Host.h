@@ -1,0 +1,78 @@
+#pragma once
+
+#include "plugin/HostTransport.h"
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velotrine {
+
+/// A value, 0 to 1, that the host automates in the current block.
+struct Vst3Automation
+{
+    std::uint32_t id = 0;
+    double value = 0.0;
+};
+
+struct Vst3Parameter
+{
+    std::uint32_t id = 0;
+    std::string title;
+    std::int32_t stepCount = 0;
+    double defaultValue = 0.0;
+    std::int32_t flags = 0;
+};
+
+/// A host with one instance of the VST3 plug-in that the build made, loaded through the format's entry.
+class Vst3Host
+{
+public:
+    Vst3Host();
+    ~Vst3Host();
+    Vst3Host(const Vst3Host&) = delete;
+    Vst3Host& operator=(const Vst3Host&) = delete;
+
+    [[nodiscard]] std::string category() const;
+    [[nodiscard]] std::string vendor() const;
+    [[nodiscard]] int audioInputs() const;
+    [[nodiscard]] int audioOutputs() const;
+    [[nodiscard]] int eventInputs() const;
+
+    /// In the plug-in's order.
+    [[nodiscard]] std::vector<Vst3Parameter> parameters() const;
+    [[nodiscard]] double value(std::uint32_t id) const;
+    void setValue(std::uint32_t id, double value) const; ///< from the host's own controls
+    [[nodiscard]] std::string text(std::uint32_t id, double value) const;
+    [[nodiscard]] std::optional<double> valueOf(std::uint32_t id, const std::string& text) const;
+    [[nodiscard]] std::vector<std::string> programs() const;
+
+    bool start(double sampleRate, int maxFrames);
+    void stop();
+    bool process(float* left, float* right, int frames, const std::optional<HostTransport>& transport,
+                 const std::vector<Vst3Automation>& automation = {});
+
+    [[nodiscard]] std::string save() const;
+    bool load(const std::string& state) const;
+
+    // The editor
+
+    bool open(unsigned long parentWindow);
+    void close();
+    bool resize(int width, int height) const;
+    [[nodiscard]] std::pair<int, int> size() const;
+    void runLoop(std::chrono::milliseconds duration);
+
+    /// Edits by the index of the parameter: "begin 3", "3 = 0.25", "end 3".
+    [[nodiscard]] std::vector<std::string>& told();
+
+private:
+    struct Implementation;
+    std::unique_ptr<Implementation> self;
+};
+
+} // namespace velotrine
