@@ -253,6 +253,7 @@ TEST_F(RingsView, NothingIsDrawnWhileStoppedAndSettled)
     int requests = 0;
     view.setVisible(true);
     view.setCachedComponentImage(new CountingCache(requests));
+    requests = 0;
     fireTimes[3] = hostClockNow() - 1'000'000'000;
     for (int tick = 0; tick < 100; ++tick)
         view.refreshTick();
