@@ -2,6 +2,7 @@
 
 #include "engine/FatalError.h"
 #include "engine/RandomGenerator.h"
+#include "engine/SineOfTurns.h"
 #include "engine/SoftClip.h"
 
 #include <algorithm>
@@ -59,12 +60,17 @@ double frequencyOf(std::int64_t note) noexcept
                                             static_cast<double>(semitonesPerOctave));
 }
 
-/// Whole frames before something at a distance can be reached. A margin far larger than any rounding is left.
+/// Nearer than this, in turns, to where something is decided, roundings may decide it. While the motion is
+/// steady no position is beyond 6 turns and no wobble beyond 2: the roundings of a position, and the
+/// difference of two sines that are good to 1e-15 each, together stay below 1e-14, and the phases' own
+/// roundings over the longest wait for a spot below 2e-10.
+constexpr double decisionMargin = 1.0e-9;
+
+/// Whole frames before something at a distance can be reached.
 int framesWithin(double distance, double framesPerTurn) noexcept
 {
-    constexpr double margin = 1.0e-9;
     constexpr double forLong = 1.0e6;
-    const double frames = (distance - margin) * framesPerTurn;
+    const double frames = (distance - decisionMargin) * framesPerTurn;
     return frames > 0.0 ? static_cast<int>(std::min(frames, forLong)) : 0;
 }
 
@@ -296,7 +302,8 @@ void VelotrineDSPKernel::boundHandSpeed(Motion& motion) noexcept VELOTRINE_NONBL
         fastestBack = std::max(fastestBack, fastestWobble - drift);
         // Otherwise the hand's position can jump by a turn.
         constexpr double roomBelowZero = 1.9;
-        motion.isSteady = motion.isSteady && std::abs(ring.rotationStep) < 1.0 &&
+        motion.isSteady = motion.isSteady && std::abs(ring.rotationStep) < 1.0 && ring.wobbleStep >= 0.0 &&
+                          ring.wobbleStep < 1.0 &&
                           ring.phaseOffset + std::abs(motion.wobbleAmplitude) < roomBelowZero;
     }
     motion.framesPerTurnAhead = 1.0 / fastestAhead;
@@ -309,8 +316,9 @@ void VelotrineDSPKernel::boundHandSpeed(Motion& motion) noexcept VELOTRINE_NONBL
 // spot.
 void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING
 {
-    const auto motion = motionAt(tempo);
+    auto motion = motionAt(tempo);
     loadPhases(motion);
+    motion.isSteady = motion.isSteady && phasesAreWithinTurn();
     PerRing<int> nextLook{};
     const int lastFrame = frameCount - 1;
 
@@ -321,11 +329,8 @@ void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept V
         for (const auto& ring : motion.rings) {
             if (nextLook[ring.ring] > frame && frame < lastFrame)
                 continue;
-            // The library's sine, good to the last bit but one: it too can decide on which frame a spot is
-            // met.
-            const double sine = std::sin(twoPi * phases.rising[ring.ring]);
-            const double wobble = motion.wobbleAmplitude * sine * ring.direction;
-            const double hand = lookAtRing(ring, wobble, frame);
+            const auto hand = findHand(motion, ring);
+            lookAtRing(ring, hand, frame);
             nextLook[ring.ring] = frame + 1 + quietFrames(motion, ring, hand);
         }
     }
@@ -353,35 +358,64 @@ void VelotrineDSPKernel::storePhases() noexcept VELOTRINE_NONBLOCKING
     }
 }
 
-double VelotrineDSPKernel::lookAtRing(const RingMotion& ring, double wobble,
-                                      int frame) noexcept VELOTRINE_NONBLOCKING
+bool VelotrineDSPKernel::phasesAreWithinTurn() const noexcept VELOTRINE_NONBLOCKING
 {
-    lfoOffsets[ring.ring] = wobble;
-    if (ring.spotCount < 1) {
-        ringInitialised[ring.ring] = false;
-        return 0.0;
-    }
+    const auto within = [](double phase) { return phase >= 0.0 && phase <= 1.0; };
+    return std::ranges::all_of(phases.rising, within) && std::ranges::all_of(phases.turning, within);
+}
+
+VelotrineDSPKernel::Hand VelotrineDSPKernel::handAt(const Motion& motion, const RingMotion& ring,
+                                                    double wobble) const noexcept VELOTRINE_NONBLOCKING
+{
     // Three turns more than needed keep the argument positive.
-    const double hand = fractionOf(phases.rising[ClockPhases::barClock] - ring.phaseOffset -
-                                   phases.turning[ring.ring] - wobble + 3.0);
-    crossSpots(ring, hand, frame);
+    const double position = fractionOf(phases.rising[ClockPhases::barClock] - ring.phaseOffset -
+                                       phases.turning[ring.ring] - wobble + 3.0);
+    Hand hand{.wobble = wobble, .position = position, .ahead = 0.0, .back = 0.0};
+    if (motion.isSteady) {
+        const auto spot = static_cast<std::int64_t>(position * static_cast<double>(ring.spotCount));
+        const double beyondSpot = position - static_cast<double>(spot) * ring.spotSpacing;
+        const double toHalf = 0.5 - position;
+        hand.ahead = std::min(ring.spotSpacing - beyondSpot, toHalf > 0.0 ? toHalf : 1.0);
+        hand.back = std::min(beyondSpot, toHalf > 0.0 ? 1.0 : -toHalf);
+    }
     return hand;
 }
 
+// What happens on a ring in a frame follows from the hand's position alone: past which spot it is, and
+// whether past the half turn. So the last bits of the wobble's sine, and with them which way the wobble goes
+// and where it turns round, decide only within the margin of one of these. There, and where positions are not
+// bounded, the library's sine is taken, which is good to the last bit but one; anywhere else a quicker one
+// gives the same crossings.
+VelotrineDSPKernel::Hand VelotrineDSPKernel::findHand(
+    const Motion& motion, const RingMotion& ring) const noexcept VELOTRINE_NONBLOCKING
+{
+    const double depth = motion.wobbleAmplitude * ring.direction;
+    const double wobblePhase = phases.rising[ring.ring];
+    if (motion.isSteady) {
+        const auto hand = handAt(motion, ring, depth * sineOfTurns(wobblePhase));
+        if (ring.spotCount < 1 || std::min(hand.ahead, hand.back) > decisionMargin)
+            return hand;
+    }
+    return handAt(motion, ring, depth * std::sin(twoPi * wobblePhase));
+}
+
+void VelotrineDSPKernel::lookAtRing(const RingMotion& ring, const Hand& hand,
+                                    int frame) noexcept VELOTRINE_NONBLOCKING
+{
+    lfoOffsets[ring.ring] = hand.wobble;
+    if (ring.spotCount < 1)
+        ringInitialised[ring.ring] = false;
+    else
+        crossSpots(ring, hand.position, frame);
+}
+
 int VelotrineDSPKernel::quietFrames(const Motion& motion, const RingMotion& ring,
-                                    double hand) noexcept VELOTRINE_NONBLOCKING
+                                    const Hand& hand) noexcept VELOTRINE_NONBLOCKING
 {
     if (ring.spotCount < 1)
         return std::numeric_limits<int>::max() / 2;
-    if (!motion.isSteady || hand < 0.0)
-        return 0;
-    const auto spot = static_cast<std::int64_t>(hand * static_cast<double>(ring.spotCount));
-    const double beyondSpot = hand - static_cast<double>(spot) * ring.spotSpacing;
-    const double toHalf = 0.5 - hand;
-    const double ahead = std::min(ring.spotSpacing - beyondSpot, toHalf > 0.0 ? toHalf : 1.0);
-    const double back = std::min(beyondSpot, toHalf > 0.0 ? 1.0 : -toHalf);
-    return std::min(framesWithin(ahead, motion.framesPerTurnAhead),
-                    framesWithin(back, motion.framesPerTurnBack));
+    return std::min(framesWithin(hand.ahead, motion.framesPerTurnAhead),
+                    framesWithin(hand.back, motion.framesPerTurnBack));
 }
 
 void VelotrineDSPKernel::crossSpots(const RingMotion& ring, double hand,

@@ -174,7 +174,17 @@ private:
         PerRing<RingMotion> rings;
         double framesPerTurnAhead; ///< the hand takes at least so long for a turn on any ring
         double framesPerTurnBack;  ///< and so long for one the other way round
-        bool isSteady;             ///< these two bounds hold
+        bool isSteady;             ///< these two bounds hold, and no phase leaves its turn
+    };
+
+    /// Where the hand stands on a ring, in turns, and how far it is from whatever may happen there: at a
+    /// spot, or at the half turn, at which a ring notices having passed its start.
+    struct Hand
+    {
+        double wobble;
+        double position;
+        double ahead; ///< 0 if not known, because the motion is not steady
+        double back;  ///< likewise
     };
 
     struct StartedNote
@@ -195,12 +205,15 @@ private:
     void runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING;
     void loadPhases(const Motion& motion) noexcept VELOTRINE_NONBLOCKING;
     void storePhases() noexcept VELOTRINE_NONBLOCKING;
-    /// Returns where the hand stands on the ring, in turns.
-    double lookAtRing(const RingMotion& ring, double wobble, int frame) noexcept VELOTRINE_NONBLOCKING;
-    /// Frames after this one in which the hand can reach neither a spot nor the half turn, at which a ring
-    /// notices that it has passed its start.
+    [[nodiscard]] bool phasesAreWithinTurn() const noexcept VELOTRINE_NONBLOCKING;
+    [[nodiscard]] Hand handAt(const Motion& motion, const RingMotion& ring,
+                              double wobble) const noexcept VELOTRINE_NONBLOCKING;
+    [[nodiscard]] Hand findHand(const Motion& motion,
+                                const RingMotion& ring) const noexcept VELOTRINE_NONBLOCKING;
+    void lookAtRing(const RingMotion& ring, const Hand& hand, int frame) noexcept VELOTRINE_NONBLOCKING;
+    /// Frames after this one in which the hand can reach nothing.
     [[nodiscard]] static int quietFrames(const Motion& motion, const RingMotion& ring,
-                                         double hand) noexcept VELOTRINE_NONBLOCKING;
+                                         const Hand& hand) noexcept VELOTRINE_NONBLOCKING;
     void crossSpots(const RingMotion& ring, double hand, int frame) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] bool drawsFire(std::size_t ring) noexcept VELOTRINE_NONBLOCKING;
     void fireSpot(std::size_t ring, std::int64_t spot, int frame) noexcept VELOTRINE_NONBLOCKING;
