@@ -6,8 +6,6 @@
 #define VELOTRINE_SINE_OF_TURNS_INL_H
 #endif
 
-#include "engine/SineOfTurns.h"
-
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -19,15 +17,15 @@ namespace HWY_NAMESPACE {
 /// NaN.
 ///
 /// With n the whole number nearest to 2 t and r = t - n / 2, at most a quarter turn, it is (-1)^n sin(2 pi
-/// r), and sin(2 pi r) = r P(r^2). P is evaluated in pairs (Estrin), because a modulator waits for its own
-/// sine of the sample before. Several vectors go in step, so that while one waits for its result the
-/// processor has the others to work on.
+/// r), and sin(2 pi r) = r P(r^2). P, of degree 7, is the polynomial that makes the largest error smallest
+/// (scripts/fit-sine). It is evaluated in pairs (Estrin), because a modulator waits for its own sine of the
+/// sample before. Several vectors go in step, so that while one waits for its result the processor has the
+/// others to work on.
 template <std::size_t count, class D, class V = hwy::HWY_NAMESPACE::Vec<D>>
 HWY_INLINE void SinesOfTurns(D d, V (&turns)[count])
 {
     namespace hn = hwy::HWY_NAMESPACE;
     const hn::RebindToUnsigned<D> bits;
-    const auto coefficient = [d](std::size_t i) HWY_ATTR { return hn::Set(d, sineCoefficients[i]); };
     const auto each = [](auto&& step) HWY_ATTR {
         for (std::size_t i = 0; i < count; ++i)
             step(i);
@@ -51,10 +49,10 @@ HWY_INLINE void SinesOfTurns(D d, V (&turns)[count])
     each([&](std::size_t i) HWY_ATTR { u[i] = hn::Mul(r[i], r[i]); });
     each([&](std::size_t i) HWY_ATTR {
         u2[i] = hn::Mul(u[i], u[i]);
-        p01[i] = hn::MulAdd(coefficient(1), u[i], coefficient(0));
-        p23[i] = hn::MulAdd(coefficient(3), u[i], coefficient(2));
-        p45[i] = hn::MulAdd(coefficient(5), u[i], coefficient(4));
-        p67[i] = hn::MulAdd(coefficient(7), u[i], coefficient(6));
+        p01[i] = hn::MulAdd(hn::Set(d, -41.34170224039508), u[i], hn::Set(d, 6.28318530717958));
+        p23[i] = hn::MulAdd(hn::Set(d, -76.70585964746951), u[i], hn::Set(d, 81.6052492750263));
+        p45[i] = hn::MulAdd(hn::Set(d, -15.09447161662403), u[i], hn::Set(d, 42.05868830538935));
+        p67[i] = hn::MulAdd(hn::Set(d, -0.6909358821772785), u[i], hn::Set(d, 3.8169974282628494));
     });
     each([&](std::size_t i) HWY_ATTR {
         const V signBit = hn::BitCast(d, hn::ShiftLeft<63>(hn::BitCast(bits, shifted[i])));

@@ -2,7 +2,6 @@
 
 #include "engine/FatalError.h"
 #include "engine/RandomGenerator.h"
-#include "engine/SineOfTurns.h"
 #include "engine/SoftClip.h"
 
 #include <algorithm>
@@ -58,20 +57,6 @@ double frequencyOf(std::int64_t note) noexcept
 {
     return concertPitch * std::pow(2.0, (static_cast<double>(note) - concertPitchNote) /
                                             static_cast<double>(semitonesPerOctave));
-}
-
-/// Nearer than this, in turns, to where something is decided, roundings may decide it. While the motion is
-/// steady no position is beyond 6 turns and no wobble beyond 2: the roundings of a position, and the
-/// difference of two sines that are good to 1e-15 each, together stay below 1e-14, and the phases' own
-/// roundings over the longest wait for a spot below 2e-10.
-constexpr double decisionMargin = 1.0e-9;
-
-/// Whole frames before something at a distance can be reached.
-int framesWithin(double distance, double framesPerTurn) noexcept
-{
-    constexpr double forLong = 1.0e6;
-    const double frames = (distance - decisionMargin) * framesPerTurn;
-    return frames > 0.0 ? static_cast<int>(std::min(frames, forLong)) : 0;
 }
 
 /// The part of a turn behind the point, exactly: std::fmod(turns, 1.0), which a processor does not do itself.
@@ -283,7 +268,6 @@ VelotrineDSPKernel::Motion VelotrineDSPKernel::motionAt(const Tempo& tempo) cons
             quartersPerFrame * (quartersPerWobbleCycle - missingCycles) / quartersPerWobbleCycle;
         ring.phaseOffset = std::max(static_cast<double>(phaseOffsets[r].load()), minPhaseOffset);
         ring.spotCount = spotCounts[r];
-        ring.spotSpacing = 1.0 / static_cast<double>(ring.spotCount);
     }
     boundHandSpeed(motion);
     return motion;
@@ -318,6 +302,7 @@ void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept V
 {
     auto motion = motionAt(tempo);
     loadPhases(motion);
+    loadHands(motion);
     motion.isSteady = motion.isSteady && phasesAreWithinTurn();
     PerRing<int> nextLook{};
     const int lastFrame = frameCount - 1;
@@ -326,13 +311,11 @@ void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept V
         const int next = std::min(*std::ranges::min_element(nextLook), lastFrame);
         phases.advance(next - frame);
         frame = next;
-        for (const auto& ring : motion.rings) {
-            if (nextLook[ring.ring] > frame && frame < lastFrame)
-                continue;
-            const auto hand = findHand(motion, ring);
-            lookAtRing(ring, hand, frame);
-            nextLook[ring.ring] = frame + 1 + quietFrames(motion, ring, hand);
-        }
+        if (motion.isSteady)
+            hands.find(phases);
+        for (const auto& ring : motion.rings)
+            if (nextLook[ring.ring] <= frame || frame == lastFrame)
+                nextLook[ring.ring] = frame + 1 + lookAtRing(motion, ring, frame);
     }
     storePhases();
 }
@@ -358,64 +341,58 @@ void VelotrineDSPKernel::storePhases() noexcept VELOTRINE_NONBLOCKING
     }
 }
 
+void VelotrineDSPKernel::loadHands(const Motion& motion) noexcept VELOTRINE_NONBLOCKING
+{
+    for (const auto& ring : motion.rings) {
+        const auto spots = static_cast<double>(ring.spotCount);
+        hands.wobbleDepths[ring.ring] = motion.wobbleAmplitude * ring.direction;
+        hands.phaseOffsets[ring.ring] = ring.phaseOffset;
+        hands.spotCounts[ring.ring] = spots;
+        hands.spotSpacings[ring.ring] = 1.0 / spots;
+    }
+    hands.framesPerTurnAhead = motion.framesPerTurnAhead;
+    hands.framesPerTurnBack = motion.framesPerTurnBack;
+}
+
 bool VelotrineDSPKernel::phasesAreWithinTurn() const noexcept VELOTRINE_NONBLOCKING
 {
     const auto within = [](double phase) { return phase >= 0.0 && phase <= 1.0; };
     return std::ranges::all_of(phases.rising, within) && std::ranges::all_of(phases.turning, within);
 }
 
-VelotrineDSPKernel::Hand VelotrineDSPKernel::handAt(const Motion& motion, const RingMotion& ring,
-                                                    double wobble) const noexcept VELOTRINE_NONBLOCKING
-{
-    // Three turns more than needed keep the argument positive.
-    const double position = fractionOf(phases.rising[ClockPhases::barClock] - ring.phaseOffset -
-                                       phases.turning[ring.ring] - wobble + 3.0);
-    Hand hand{.wobble = wobble, .position = position, .ahead = 0.0, .back = 0.0};
-    if (motion.isSteady) {
-        const auto spot = static_cast<std::int64_t>(position * static_cast<double>(ring.spotCount));
-        const double beyondSpot = position - static_cast<double>(spot) * ring.spotSpacing;
-        const double toHalf = 0.5 - position;
-        hand.ahead = std::min(ring.spotSpacing - beyondSpot, toHalf > 0.0 ? toHalf : 1.0);
-        hand.back = std::min(beyondSpot, toHalf > 0.0 ? 1.0 : -toHalf);
-    }
-    return hand;
-}
-
 // What happens on a ring in a frame follows from the hand's position alone: past which spot it is, and
-// whether past the half turn. So the last bits of the wobble's sine, and with them which way the wobble goes
-// and where it turns round, decide only within the margin of one of these. There, and where positions are not
-// bounded, the library's sine is taken, which is good to the last bit but one; anywhere else a quicker one
-// gives the same crossings.
-VelotrineDSPKernel::Hand VelotrineDSPKernel::findHand(
-    const Motion& motion, const RingMotion& ring) const noexcept VELOTRINE_NONBLOCKING
+// whether past the half turn. So the last bits of the wobble's sine, and with them which way the hand goes
+// and where it turns round, decide only within the margin of one of these. Anywhere else the vectors'
+// position gives the same crossings.
+int VelotrineDSPKernel::lookAtRing(const Motion& motion, const RingMotion& ring,
+                                   int frame) noexcept VELOTRINE_NONBLOCKING
 {
-    const double depth = motion.wobbleAmplitude * ring.direction;
-    const double wobblePhase = phases.rising[ring.ring];
-    if (motion.isSteady) {
-        const auto hand = handAt(motion, ring, depth * sineOfTurns(wobblePhase));
-        if (ring.spotCount < 1 || std::min(hand.ahead, hand.back) > decisionMargin)
-            return hand;
+    constexpr int whileSilent = std::numeric_limits<int>::max() / 2;
+    constexpr double forLong = 1.0e6;
+    const auto r = ring.ring;
+    const bool hasSpots = ring.spotCount >= 1;
+    if (motion.isSteady && (!hasSpots || hands.distances[r] > RingHands::decisionMargin)) {
+        moveHandTo(ring, hands.wobbles[r], hands.positions[r], frame);
+        return hasSpots ? static_cast<int>(std::min(hands.quietFrames[r], forLong)) : whileSilent;
     }
-    return handAt(motion, ring, depth * std::sin(twoPi * wobblePhase));
+
+    // The library's sine, good to the last bit but one.
+    const double wobble = hands.wobbleDepths[r] * std::sin(twoPi * phases.rising[r]);
+    // Three turns more than needed keep the argument positive.
+    const double hand = fractionOf(phases.rising[ClockPhases::barClock] - ring.phaseOffset -
+                                   phases.turning[r] - wobble + 3.0);
+    moveHandTo(ring, wobble, hand, frame);
+    return hasSpots ? 0 : whileSilent;
 }
 
-void VelotrineDSPKernel::lookAtRing(const RingMotion& ring, const Hand& hand,
+void VelotrineDSPKernel::moveHandTo(const RingMotion& ring, double wobble, double hand,
                                     int frame) noexcept VELOTRINE_NONBLOCKING
 {
-    lfoOffsets[ring.ring] = hand.wobble;
+    lfoOffsets[ring.ring] = wobble;
     if (ring.spotCount < 1)
         ringInitialised[ring.ring] = false;
     else
-        crossSpots(ring, hand.position, frame);
-}
-
-int VelotrineDSPKernel::quietFrames(const Motion& motion, const RingMotion& ring,
-                                    const Hand& hand) noexcept VELOTRINE_NONBLOCKING
-{
-    if (ring.spotCount < 1)
-        return std::numeric_limits<int>::max() / 2;
-    return std::min(framesWithin(hand.ahead, motion.framesPerTurnAhead),
-                    framesWithin(hand.back, motion.framesPerTurnBack));
+        crossSpots(ring, hand, frame);
 }
 
 void VelotrineDSPKernel::crossSpots(const RingMotion& ring, double hand,
