@@ -283,7 +283,7 @@ double roundOrNot(Dice& dice, const std::vector<double>& ascending)
 TEST(EngineAndTranscriptionAtExtremes, AgreeOnEveryFireWhereRoundingsDecideIt)
 {
     constexpr double sampleRate = 48000.0;
-    constexpr int pieces = 400;
+    constexpr int pieces = 150;
     constexpr int framesPerPiece = 4800;
     Dice dice{1};
     std::size_t notes = 0;
@@ -310,7 +310,7 @@ TEST(EngineAndTranscriptionAtExtremes, AgreeOnEveryFireWhereRoundingsDecideIt)
         }
         notes += players.notesFired();
     }
-    EXPECT_GT(notes, 50000U);
+    EXPECT_GT(notes, 20000U);
 }
 
 struct Range
