@@ -59,15 +59,6 @@ double frequencyOf(std::int64_t note) noexcept
                                             static_cast<double>(semitonesPerOctave));
 }
 
-/// Whole frames before something at a distance can be reached. A margin far larger than any rounding is left.
-int framesWithin(double distance, double framesPerTurn) noexcept
-{
-    constexpr double margin = 1.0e-9;
-    constexpr double forLong = 1.0e6;
-    const double frames = (distance - margin) * framesPerTurn;
-    return frames > 0.0 ? static_cast<int>(std::min(frames, forLong)) : 0;
-}
-
 /// The part of a turn behind the point, exactly: std::fmod(turns, 1.0), which a processor does not do itself.
 double fractionOf(double turns) noexcept
 {
@@ -277,7 +268,6 @@ VelotrineDSPKernel::Motion VelotrineDSPKernel::motionAt(const Tempo& tempo) cons
             quartersPerFrame * (quartersPerWobbleCycle - missingCycles) / quartersPerWobbleCycle;
         ring.phaseOffset = std::max(static_cast<double>(phaseOffsets[r].load()), minPhaseOffset);
         ring.spotCount = spotCounts[r];
-        ring.spotSpacing = 1.0 / static_cast<double>(ring.spotCount);
     }
     boundHandSpeed(motion);
     return motion;
@@ -296,7 +286,8 @@ void VelotrineDSPKernel::boundHandSpeed(Motion& motion) noexcept VELOTRINE_NONBL
         fastestBack = std::max(fastestBack, fastestWobble - drift);
         // Otherwise the hand's position can jump by a turn.
         constexpr double roomBelowZero = 1.9;
-        motion.isSteady = motion.isSteady && std::abs(ring.rotationStep) < 1.0 &&
+        motion.isSteady = motion.isSteady && std::abs(ring.rotationStep) < 1.0 && ring.wobbleStep >= 0.0 &&
+                          ring.wobbleStep < 1.0 &&
                           ring.phaseOffset + std::abs(motion.wobbleAmplitude) < roomBelowZero;
     }
     motion.framesPerTurnAhead = 1.0 / fastestAhead;
@@ -309,8 +300,10 @@ void VelotrineDSPKernel::boundHandSpeed(Motion& motion) noexcept VELOTRINE_NONBL
 // spot.
 void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING
 {
-    const auto motion = motionAt(tempo);
+    auto motion = motionAt(tempo);
     loadPhases(motion);
+    loadHands(motion);
+    motion.isSteady = motion.isSteady && phasesAreWithinTurn();
     PerRing<int> nextLook{};
     const int lastFrame = frameCount - 1;
 
@@ -318,16 +311,11 @@ void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept V
         const int next = std::min(*std::ranges::min_element(nextLook), lastFrame);
         phases.advance(next - frame);
         frame = next;
-        for (const auto& ring : motion.rings) {
-            if (nextLook[ring.ring] > frame && frame < lastFrame)
-                continue;
-            // The library's sine, good to the last bit but one: it too can decide on which frame a spot is
-            // met.
-            const double sine = std::sin(twoPi * phases.rising[ring.ring]);
-            const double wobble = motion.wobbleAmplitude * sine * ring.direction;
-            const double hand = lookAtRing(ring, wobble, frame);
-            nextLook[ring.ring] = frame + 1 + quietFrames(motion, ring, hand);
-        }
+        if (motion.isSteady)
+            hands.find(phases);
+        for (const auto& ring : motion.rings)
+            if (nextLook[ring.ring] <= frame || frame == lastFrame)
+                nextLook[ring.ring] = frame + 1 + lookAtRing(motion, ring, frame);
     }
     storePhases();
 }
@@ -353,35 +341,58 @@ void VelotrineDSPKernel::storePhases() noexcept VELOTRINE_NONBLOCKING
     }
 }
 
-double VelotrineDSPKernel::lookAtRing(const RingMotion& ring, double wobble,
-                                      int frame) noexcept VELOTRINE_NONBLOCKING
+void VelotrineDSPKernel::loadHands(const Motion& motion) noexcept VELOTRINE_NONBLOCKING
 {
-    lfoOffsets[ring.ring] = wobble;
-    if (ring.spotCount < 1) {
-        ringInitialised[ring.ring] = false;
-        return 0.0;
+    for (const auto& ring : motion.rings) {
+        const auto spots = static_cast<double>(ring.spotCount);
+        hands.wobbleDepths[ring.ring] = motion.wobbleAmplitude * ring.direction;
+        hands.phaseOffsets[ring.ring] = ring.phaseOffset;
+        hands.spotCounts[ring.ring] = spots;
+        hands.spotSpacings[ring.ring] = 1.0 / spots;
     }
-    // Three turns more than needed keep the argument positive.
-    const double hand = fractionOf(phases.rising[ClockPhases::barClock] - ring.phaseOffset -
-                                   phases.turning[ring.ring] - wobble + 3.0);
-    crossSpots(ring, hand, frame);
-    return hand;
+    hands.framesPerTurnAhead = motion.framesPerTurnAhead;
+    hands.framesPerTurnBack = motion.framesPerTurnBack;
 }
 
-int VelotrineDSPKernel::quietFrames(const Motion& motion, const RingMotion& ring,
-                                    double hand) noexcept VELOTRINE_NONBLOCKING
+bool VelotrineDSPKernel::phasesAreWithinTurn() const noexcept VELOTRINE_NONBLOCKING
 {
+    const auto within = [](double phase) { return phase >= 0.0 && phase <= 1.0; };
+    return std::ranges::all_of(phases.rising, within) && std::ranges::all_of(phases.turning, within);
+}
+
+// What happens on a ring in a frame follows from the hand's position alone: past which spot it is, and
+// whether past the half turn. So the last bits of the wobble's sine, and with them which way the hand goes
+// and where it turns round, decide only within the margin of one of these. Anywhere else the vectors'
+// position gives the same crossings.
+int VelotrineDSPKernel::lookAtRing(const Motion& motion, const RingMotion& ring,
+                                   int frame) noexcept VELOTRINE_NONBLOCKING
+{
+    constexpr int whileSilent = std::numeric_limits<int>::max() / 2;
+    constexpr double forLong = 1.0e6;
+    const auto r = ring.ring;
+    const bool hasSpots = ring.spotCount >= 1;
+    if (motion.isSteady && (!hasSpots || hands.distances[r] > RingHands::decisionMargin)) {
+        moveHandTo(ring, hands.wobbles[r], hands.positions[r], frame);
+        return hasSpots ? static_cast<int>(std::min(hands.quietFrames[r], forLong)) : whileSilent;
+    }
+
+    // The library's sine, good to the last bit but one.
+    const double wobble = hands.wobbleDepths[r] * std::sin(twoPi * phases.rising[r]);
+    // Three turns more than needed keep the argument positive.
+    const double hand = fractionOf(phases.rising[ClockPhases::barClock] - ring.phaseOffset -
+                                   phases.turning[r] - wobble + 3.0);
+    moveHandTo(ring, wobble, hand, frame);
+    return hasSpots ? 0 : whileSilent;
+}
+
+void VelotrineDSPKernel::moveHandTo(const RingMotion& ring, double wobble, double hand,
+                                    int frame) noexcept VELOTRINE_NONBLOCKING
+{
+    lfoOffsets[ring.ring] = wobble;
     if (ring.spotCount < 1)
-        return std::numeric_limits<int>::max() / 2;
-    if (!motion.isSteady || hand < 0.0)
-        return 0;
-    const auto spot = static_cast<std::int64_t>(hand * static_cast<double>(ring.spotCount));
-    const double beyondSpot = hand - static_cast<double>(spot) * ring.spotSpacing;
-    const double toHalf = 0.5 - hand;
-    const double ahead = std::min(ring.spotSpacing - beyondSpot, toHalf > 0.0 ? toHalf : 1.0);
-    const double back = std::min(beyondSpot, toHalf > 0.0 ? 1.0 : -toHalf);
-    return std::min(framesWithin(ahead, motion.framesPerTurnAhead),
-                    framesWithin(back, motion.framesPerTurnBack));
+        ringInitialised[ring.ring] = false;
+    else
+        crossSpots(ring, hand, frame);
 }
 
 void VelotrineDSPKernel::crossSpots(const RingMotion& ring, double hand,

@@ -7,6 +7,7 @@
 #include "engine/NoteGenerator.h"
 #include "engine/ParameterAddress.h"
 #include "engine/RingCount.h"
+#include "engine/RingHands.h"
 #include "engine/Shared.h"
 #include "engine/Timbre.h"
 #include "engine/VoicePool.h"
@@ -163,7 +164,6 @@ private:
         double wobbleStep;   ///< cycles per frame
         double phaseOffset;  ///< turns
         std::int64_t spotCount;
-        double spotSpacing; ///< turns
     };
 
     /// How the clock and all rings move, constant for one process call.
@@ -174,7 +174,7 @@ private:
         PerRing<RingMotion> rings;
         double framesPerTurnAhead; ///< the hand takes at least so long for a turn on any ring
         double framesPerTurnBack;  ///< and so long for one the other way round
-        bool isSteady;             ///< these two bounds hold
+        bool isSteady;             ///< these two bounds hold, and no phase leaves its turn
     };
 
     struct StartedNote
@@ -195,18 +195,19 @@ private:
     void runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING;
     void loadPhases(const Motion& motion) noexcept VELOTRINE_NONBLOCKING;
     void storePhases() noexcept VELOTRINE_NONBLOCKING;
-    /// Returns where the hand stands on the ring, in turns.
-    double lookAtRing(const RingMotion& ring, double wobble, int frame) noexcept VELOTRINE_NONBLOCKING;
-    /// Frames after this one in which the hand can reach neither a spot nor the half turn, at which a ring
-    /// notices that it has passed its start.
-    [[nodiscard]] static int quietFrames(const Motion& motion, const RingMotion& ring,
-                                         double hand) noexcept VELOTRINE_NONBLOCKING;
+    void loadHands(const Motion& motion) noexcept VELOTRINE_NONBLOCKING;
+    [[nodiscard]] bool phasesAreWithinTurn() const noexcept VELOTRINE_NONBLOCKING;
+    /// Returns for how many frames after this one nothing can happen on the ring.
+    int lookAtRing(const Motion& motion, const RingMotion& ring, int frame) noexcept VELOTRINE_NONBLOCKING;
+    void moveHandTo(const RingMotion& ring, double wobble, double hand,
+                    int frame) noexcept VELOTRINE_NONBLOCKING;
     void crossSpots(const RingMotion& ring, double hand, int frame) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] bool drawsFire(std::size_t ring) noexcept VELOTRINE_NONBLOCKING;
     void fireSpot(std::size_t ring, std::int64_t spot, int frame) noexcept VELOTRINE_NONBLOCKING;
     StartedNote startNote(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING;
 
     ClockPhases phases; ///< working copy of clock and rings during a process call
+    RingHands hands;    ///< likewise, as of the frame looked at last; valid while the motion is steady
     std::array<NoteEvent, maxNoteEvents> firedNotes{};
     std::size_t firedNoteCount = 0;
 };

@@ -17,11 +17,14 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include <malloc.h>
 
 namespace velotrine {
 namespace {
@@ -134,6 +137,19 @@ void manyKernels(benchmark::State& state, int kernelCount)
         benchmark::DoNotOptimize(output);
     }
     reportPerFrame(state, maxBlock * kernelCount);
+}
+
+/// What a kernel ready to play takes from the heap, itself included.
+void kernelMemory(benchmark::State& state)
+{
+    std::size_t bytes = 0;
+    for (auto _ : state) {
+        const auto before = mallinfo2().uordblks;
+        const auto kernel = std::make_unique<VelotrineDSPKernel>();
+        kernel->setup(maxBlock, workloadSampleRate);
+        bytes = mallinfo2().uordblks - before;
+    }
+    state.counters["bytes"] = static_cast<double>(bytes);
 }
 
 /// Sixteen voices of the workload, in the middle of their notes.
@@ -252,6 +268,7 @@ void addAll()
     });
     benchmark::RegisterBenchmark("clearing", clearing);
     benchmark::RegisterBenchmark("stopped", stopped);
+    benchmark::RegisterBenchmark("memory", kernelMemory);
     for (const auto& target : availableSimdTargets())
         addTarget(target);
 }

@@ -270,6 +270,49 @@ TEST(EngineAndTranscriptionAtExtremes, AgreeWhereTheWobbleIsManyTurnsDeep)
     requireSound(players);
 }
 
+/// Whichever of a few round numbers, or any between the smallest and the largest.
+double roundOrNot(Dice& dice, const std::vector<double>& ascending)
+{
+    return dice.oneIn(3) ? dice.between(ascending.front(), ascending.back())
+                         : ascending[dice.below(ascending.size())];
+}
+
+/// Round numbers of frames in a bar, spots and offsets that divide it, wobbles of round depth: hands come to
+/// spots exactly on a frame, or nearer to it than roundings, so that the last bits of where the hand stands
+/// decide which frame fires. Short bars, so that many spots are met.
+TEST(EngineAndTranscriptionAtExtremes, AgreeOnEveryFireWhereRoundingsDecideIt)
+{
+    constexpr double sampleRate = 48000.0;
+    constexpr int pieces = 150;
+    constexpr int framesPerPiece = 4800;
+    Dice dice{1};
+    std::size_t notes = 0;
+    for (int piece = 0; piece < pieces; ++piece) {
+        SideBySide players{64, sampleRate};
+        players.set(GlobalParameter::drudgery, 0.0f);
+        players.setAllRings(RingParameter::probability, 1.0f);
+        players.setAllRings(RingParameter::timbre, 1.0f);
+        players.set(GlobalParameter::activity, static_cast<float>(roundOrNot(dice, {0, 0.25, 0.5, 1})));
+        players.set(GlobalParameter::calories, static_cast<float>(roundOrNot(dice, {0, 0.25, 0.5, 1})));
+        for (int ring = 0; ring < ringCount; ++ring) {
+            players.set(addressOf(RingParameter::spots, ring), static_cast<float>(1 + dice.below(16)));
+            players.set(addressOf(RingParameter::phase, ring),
+                        static_cast<float>(roundOrNot(dice, {0, 0.125, 0.25, 0.375, 0.5, 0.75, 1})));
+        }
+        const double framesPerQuarter = roundOrNot(dice, {256, 480, 512, 600, 1000, 1024, 1200, 2400});
+        players.setHostTempo(60.0 * sampleRate / framesPerQuarter, static_cast<double>(1 + dice.below(4)),
+                             4.0);
+        players.setHostPlaying(true);
+        const int frames = dice.oneIn(2) ? 32 : 64;
+        for (int frame = 0; frame < framesPerPiece; frame += frames) {
+            const auto difference = players.process(frames);
+            ASSERT_FALSE(difference) << "piece " << piece << ": " << *difference;
+        }
+        notes += players.notesFired();
+    }
+    EXPECT_GT(notes, 20000U);
+}
+
 struct Range
 {
     double low;
