@@ -169,6 +169,11 @@ bool EmbeddedEditor::attach(unsigned long parentWindow)
     return window && parentWindow != 0 && window->attachTo(parentWindow);
 }
 
+unsigned long EmbeddedEditor::ownWindow() const
+{
+    return window ? reinterpret_cast<unsigned long>(window->getWindowHandle()) : 0;
+}
+
 void EmbeddedEditor::setVisible(bool shouldBeVisible)
 {
     if (!window)

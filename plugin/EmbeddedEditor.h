@@ -42,6 +42,9 @@ public:
     /// Puts the editor into the host's window, at its top left. False if it cannot be done.
     bool attach(unsigned long parentWindow);
 
+    /// The editor's window inside the host's; 0 while it is in none.
+    [[nodiscard]] unsigned long ownWindow() const;
+
     void setVisible(bool shouldBeVisible);
 
     /// Pixels for each point of the editor's, instead of what the screen's settings say. False for what no

@@ -1,0 +1,163 @@
+#include "plugin/lv2/Lv2Plugin.h"
+
+#include "audiounit/Parameters.h"
+
+#include <lv2/atom/util.h>
+
+#include <algorithm>
+#include <limits>
+#include <string_view>
+
+namespace velotrine {
+
+namespace {
+
+constexpr std::uint64_t bitOf(ParameterAddress address) noexcept
+{
+    static_assert(parameterCount <= 64);
+    return std::uint64_t{1} << address;
+}
+
+} // namespace
+
+Lv2Plugin::Lv2Plugin(double sampleRate, const LV2_URID_Map& map, const Lv2Log& log)
+    : hostSampleRate(sampleRate), hostLog(log), timePosition(map), stateKey(map.map(map.handle, lv2StateUri)),
+      stringType(map.map(map.handle, LV2_ATOM__String))
+{
+    for (const auto& parameter : parameterTable())
+        portValues[parameter.address] = parameter.initialValue;
+}
+
+void Lv2Plugin::connectPort(std::uint32_t port, void* data) noexcept
+{
+    if (port < parameterCount)
+        controls[port] = static_cast<const float*>(data);
+    else if (port == lv2Port::left)
+        left = static_cast<float*>(data);
+    else if (port == lv2Port::right)
+        right = static_cast<float*>(data);
+    else if (port == lv2Port::time)
+        time = static_cast<const LV2_Atom_Sequence*>(data);
+}
+
+void Lv2Plugin::activate()
+{
+    if (!instrument.prepare(hostSampleRate))
+        hostLog.error("There is no sound at a sample rate of " + std::to_string(hostSampleRate) + " Hz.");
+}
+
+void Lv2Plugin::deactivate()
+{
+    instrument.release();
+}
+
+void Lv2Plugin::run(std::uint32_t frames) noexcept
+{
+    constexpr auto longest = static_cast<std::uint32_t>(std::numeric_limits<int>::max());
+    frames = std::min(frames, longest);
+    std::uint32_t rendered = 0;
+    const auto renderUpTo = [&](std::uint32_t frame) {
+        instrument.render(left != nullptr ? left + rendered : nullptr,
+                          right != nullptr ? right + rendered : nullptr, static_cast<int>(frame - rendered));
+        rendered = frame;
+    };
+    const auto states = restored.load();
+    applyPorts();
+    settled = states;
+    applyEvents(frames, [&](std::int64_t frame) {
+        renderUpTo(static_cast<std::uint32_t>(std::clamp<std::int64_t>(frame, rendered, frames)));
+    });
+    renderUpTo(frames);
+}
+
+void Lv2Plugin::applyPorts() noexcept
+{
+    const auto nowHeld = held.load();
+    for (ParameterAddress address = 0; address < parameterCount; ++address) {
+        if (controls[address] == nullptr)
+            continue;
+        const auto value = *controls[address];
+        if (value == portValues[address].load(std::memory_order_relaxed))
+            continue;
+        portValues[address].store(value, std::memory_order_relaxed);
+        if ((nowHeld & bitOf(address)) == 0)
+            instrument.setValue(address, static_cast<double>(value));
+    }
+}
+
+template <typename RenderUpTo>
+void Lv2Plugin::applyEvents(std::uint32_t frames, RenderUpTo&& renderUpTo) noexcept
+{
+    if (time == nullptr || frames == 0 || !timePosition.isSequence(time->atom) ||
+        time->atom.size < sizeof time->body)
+        return;
+    const auto* const first = reinterpret_cast<const std::byte*>(&time->body + 1);
+    const std::size_t size = time->atom.size - sizeof time->body;
+    for (std::size_t at = 0; at + sizeof(LV2_Atom_Event) <= size;) {
+        const auto& event = *reinterpret_cast<const LV2_Atom_Event*>(first + at);
+        if (event.body.size > size - at - sizeof event)
+            break;
+        if (timePosition.update(transport, event.body)) {
+            renderUpTo(event.time.frames);
+            instrument.setTransport(transport);
+        }
+        at += sizeof event + lv2_atom_pad_size(event.body.size);
+    }
+}
+
+LV2_State_Status Lv2Plugin::save(LV2_State_Store_Function store, LV2_State_Handle handle) const
+{
+    const auto text = instrument.saveState();
+    return store(handle, stateKey, text.c_str(), text.size() + 1, stringType,
+                 LV2_STATE_IS_POD | LV2_STATE_IS_PORTABLE);
+}
+
+LV2_State_Status Lv2Plugin::restore(LV2_State_Retrieve_Function retrieve, LV2_State_Handle handle)
+{
+    std::size_t size = 0;
+    std::uint32_t type = 0;
+    std::uint32_t flags = 0;
+    const auto* const bytes = static_cast<const char*>(retrieve(handle, stateKey, &size, &type, &flags));
+    if (bytes == nullptr)
+        return LV2_STATE_ERR_NO_PROPERTY; // such as a preset that is only port values
+    if (type != stringType) {
+        hostLog.error("The state is refused: it is not a text.");
+        return LV2_STATE_ERR_BAD_TYPE;
+    }
+    std::string_view text(bytes, size);
+    text = text.substr(0, text.find('\0'));
+    if (const auto error = instrument.restoreState(text)) {
+        hostLog.error(*error);
+        return LV2_STATE_ERR_UNKNOWN;
+    }
+    ++restored;
+    return LV2_STATE_SUCCESS;
+}
+
+void Lv2Plugin::setEditorHost(InstrumentHost* host) noexcept
+{
+    editorHost = host;
+    held = 0;
+}
+
+void Lv2Plugin::beginGesture(ParameterAddress address)
+{
+    held |= bitOf(address);
+    if (editorHost != nullptr)
+        editorHost->beginGesture(address);
+}
+
+void Lv2Plugin::valueChanged(ParameterAddress address, float value)
+{
+    if (editorHost != nullptr)
+        editorHost->valueChanged(address, value);
+}
+
+void Lv2Plugin::endGesture(ParameterAddress address)
+{
+    held &= ~bitOf(address);
+    if (editorHost != nullptr)
+        editorHost->endGesture(address);
+}
+
+} // namespace velotrine
