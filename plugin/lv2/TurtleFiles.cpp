@@ -201,7 +201,7 @@ std::string pluginTurtle(int majorVersion, int minorVersion, int patchVersion)
 )",
                         "\n", uri(lv2PluginUri),
                         R"(
-	a lv2:Plugin , lv2:InstrumentPlugin ;
+	a lv2:Plugin , lv2:InstrumentPlugin , doap:Project ;
 	doap:name "Velotrine" ;
 	doap:shortdesc "A musical instrument that plays itself" ;
 	doap:license <http://spdx.org/licenses/GPL-3.0-or-later> ;
