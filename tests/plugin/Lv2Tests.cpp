@@ -15,8 +15,12 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <span>
+#include <stdexcept>
 #include <string>
+#include <sys/mman.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -186,6 +190,35 @@ TEST_F(Lv2, KeepsTheLastTempoAndMetreWhereTheHostSendsNonsense)
     }
 }
 
+/// Words with nothing behind them: to read on ends the program.
+class WordsAtTheEndOfMemory
+{
+public:
+    explicit WordsAtTheEndOfMemory(std::span<const std::uint64_t> words)
+        : pageBytes(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))),
+          memory(mmap(nullptr, 2 * pageBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))
+    {
+        if (memory == MAP_FAILED || words.size_bytes() > pageBytes)
+            throw std::runtime_error("no memory of this kind");
+        auto* const secondPage = static_cast<std::byte*>(memory) + pageBytes;
+        mprotect(secondPage, pageBytes, PROT_NONE);
+        first = secondPage - words.size_bytes();
+        std::memcpy(first, words.data(), words.size_bytes());
+    }
+
+    ~WordsAtTheEndOfMemory() { munmap(memory, 2 * pageBytes); }
+
+    WordsAtTheEndOfMemory(const WordsAtTheEndOfMemory&) = delete;
+    WordsAtTheEndOfMemory& operator=(const WordsAtTheEndOfMemory&) = delete;
+
+    [[nodiscard]] void* data() const noexcept { return first; }
+
+private:
+    std::size_t pageBytes;
+    void* memory;
+    std::byte* first = nullptr;
+};
+
 TEST_F(Lv2, ReadsNothingBeyondTheEndOfABrokenSequence)
 {
     Lv2Host host(library);
@@ -194,15 +227,15 @@ TEST_F(Lv2, ReadsNothingBeyondTheEndOfABrokenSequence)
     LV2_Atom head{};
     std::memcpy(&head, whole.data(), sizeof head);
     const auto runWith = [&](std::uint32_t size, std::size_t wordAt, std::uint64_t word) {
-        // No longer than the sequence says that it is, so that a sanitizer sees what is read beyond.
         std::vector<std::uint64_t> words(whole.begin(), whole.begin() + 1 + (size + 7) / 8);
         words[0] = (words[0] & ~std::uint64_t{0xffffffff}) | size;
         if (wordAt < words.size())
             words[wordAt] = word;
+        const WordsAtTheEndOfMemory atEnd(words);
         Sound sound(64);
         host.connect(lv2Port::left, sound.left.data());
         host.connect(lv2Port::right, sound.right.data());
-        host.connect(lv2Port::time, words.data());
+        host.connect(lv2Port::time, atEnd.data());
         host.run(64);
         EXPECT_TRUE(isInBounds(sound));
     };
@@ -335,6 +368,12 @@ TEST_F(Lv2, SavesTheSameBytesAfterRestoringThem)
 TEST_F(Lv2, ARestoredStateStaysThoughThePortsStillShowWhatWasBefore)
 {
     const auto saved = someState(library);
+    Lv2Host fresh(library);
+    ASSERT_EQ(fresh.restore(saved), LV2_STATE_SUCCESS);
+    fresh.start();
+    fresh.runUnheard(100);
+    EXPECT_EQ(fresh.save(), saved);
+
     Lv2Host host(library);
     host.start();
     host.controls[volume] = 0.11f;
