@@ -111,13 +111,11 @@ public:
     void showAt(PixelSize newSize)
     {
         size = newSize;
-        const auto* const peer = getPeer();
-        const auto pixelsPerUnit = peer != nullptr ? peer->getPlatformScaleFactor() : 1.0;
-        const auto units = toPoints(size, pixelsPerUnit);
-        const auto points = toPoints(size, scale);
-        editor.view().setTransform(juce::AffineTransform::scale(static_cast<float>(scale / pixelsPerUnit)));
+        const auto points = toPoints(size, scale).bounded();
+        editor.view().setTransform(juce::AffineTransform::scale(static_cast<float>(scale / pixelsPerUnit())));
         editor.view().setBounds(0, 0, points.width, points.height);
-        setBounds(0, 0, units.width, units.height);
+        const auto units = toPoints(size, pixelsPerUnit());
+        setSize(units.width, units.height);
     }
 
     [[nodiscard]] PixelSize currentSize() const noexcept { return size; }
@@ -126,6 +124,22 @@ public:
 
 private:
     void paint(juce::Graphics& graphics) override { graphics.fillAll(juce::Colours::black); }
+
+    /// Some hosts do not ask, but give the window another size.
+    void resized() override
+    {
+        if (EditorSize{getWidth(), getHeight()} == toPoints(size, pixelsPerUnit()))
+            return;
+        showAt(toPixels({getWidth(), getHeight()}, pixelsPerUnit()));
+        hostedInstrument.setEditorSize(toPoints(size, scale));
+    }
+
+    /// JUCE's own scale.
+    [[nodiscard]] double pixelsPerUnit() const
+    {
+        const auto* const peer = getPeer();
+        return peer != nullptr ? peer->getPlatformScaleFactor() : 1.0;
+    }
 
     HostedInstrument& hostedInstrument;
     HostedEditor editor;

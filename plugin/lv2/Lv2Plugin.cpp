@@ -42,6 +42,7 @@ void Lv2Plugin::connectPort(std::uint32_t port, void* data) noexcept
 
 void Lv2Plugin::activate()
 {
+    isActive = true;
     if (!instrument.prepare(hostSampleRate))
         hostLog.error("There is no sound at a sample rate of " + std::to_string(hostSampleRate) + " Hz.");
 }
@@ -49,6 +50,7 @@ void Lv2Plugin::activate()
 void Lv2Plugin::deactivate()
 {
     instrument.release();
+    isActive = false;
 }
 
 void Lv2Plugin::run(std::uint32_t frames) noexcept
@@ -64,7 +66,7 @@ void Lv2Plugin::run(std::uint32_t frames) noexcept
     const auto states = restored.load();
     applyPorts();
     settled = states;
-    applyEvents(frames, [&](std::int64_t frame) {
+    applyEvents([&](std::int64_t frame) {
         renderUpTo(static_cast<std::uint32_t>(std::clamp<std::int64_t>(frame, rendered, frames)));
     });
     renderUpTo(frames);
@@ -73,23 +75,27 @@ void Lv2Plugin::run(std::uint32_t frames) noexcept
 void Lv2Plugin::applyPorts() noexcept
 {
     const auto nowHeld = held.load();
-    for (ParameterAddress address = 0; address < parameterCount; ++address) {
-        if (controls[address] == nullptr)
-            continue;
-        const auto value = *controls[address];
-        if (value == portValues[address].load(std::memory_order_relaxed))
-            continue;
-        portValues[address].store(value, std::memory_order_relaxed);
-        if ((nowHeld & bitOf(address)) == 0)
-            instrument.setValue(address, static_cast<double>(value));
-    }
+    for (ParameterAddress address = 0; address < parameterCount; ++address)
+        if (controls[address] != nullptr)
+            applyPort(address, *controls[address], (nowHeld & bitOf(address)) != 0);
+}
+
+void Lv2Plugin::applyPort(ParameterAddress address, float value, bool isHeld) noexcept
+{
+    if (portValues[address].exchange(value, std::memory_order_relaxed) != value && !isHeld)
+        instrument.setValue(address, static_cast<double>(value));
+}
+
+void Lv2Plugin::showPort(ParameterAddress address, float value) noexcept
+{
+    if (!isActive)
+        applyPort(address, value, (held.load() & bitOf(address)) != 0);
 }
 
 template <typename RenderUpTo>
-void Lv2Plugin::applyEvents(std::uint32_t frames, RenderUpTo&& renderUpTo) noexcept
+void Lv2Plugin::applyEvents(RenderUpTo&& renderUpTo) noexcept
 {
-    if (time == nullptr || frames == 0 || !timePosition.isSequence(time->atom) ||
-        time->atom.size < sizeof time->body)
+    if (time == nullptr || !timePosition.isSequence(time->atom) || time->atom.size < sizeof time->body)
         return;
     const auto* const first = reinterpret_cast<const std::byte*>(&time->body + 1);
     const std::size_t size = time->atom.size - sizeof time->body;
@@ -134,10 +140,19 @@ LV2_State_Status Lv2Plugin::restore(LV2_State_Retrieve_Function retrieve, LV2_St
     return LV2_STATE_SUCCESS;
 }
 
+EmbeddedEditor& Lv2Plugin::embeddedEditor()
+{
+    if (!embedded)
+        embedded = std::make_unique<EmbeddedEditor>(instrument);
+    return *embedded;
+}
+
 void Lv2Plugin::setEditorHost(InstrumentHost* host) noexcept
 {
+    for (ParameterAddress address = 0; address < parameterCount; ++address)
+        if ((held & bitOf(address)) != 0)
+            endGesture(address);
     editorHost = host;
-    held = 0;
 }
 
 void Lv2Plugin::beginGesture(ParameterAddress address)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "plugin/EmbeddedEditor.h"
 #include "plugin/HostedInstrument.h"
 #include "plugin/InstrumentHost.h"
 #include "plugin/lv2/Lv2Log.h"
@@ -12,6 +13,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 namespace velotrine {
@@ -39,9 +41,14 @@ public:
 
     [[nodiscard]] HostedInstrument& hostedInstrument() noexcept { return instrument; }
 
+    /// Made with the first use and kept to the end: to start JUCE takes ten times as long as to open the
+    /// editor again.
+    [[nodiscard]] EmbeddedEditor& embeddedEditor();
+
     [[nodiscard]] bool hasEditor() const noexcept { return editorHost != nullptr; }
 
-    /// Tells one editor's way to the host of edits from now on; none with null.
+    /// Tells one editor's way to the host of edits from now on; none with null. What the one before still
+    /// held is let go.
     void setEditorHost(InstrumentHost* host) noexcept;
 
     /// Grows whenever the first run after a restored state is done: the ports that are not what the
@@ -51,14 +58,19 @@ public:
     /// What the host's port said at the last run.
     [[nodiscard]] float portValue(ParameterAddress address) const noexcept { return portValues[address]; }
 
+    /// Takes what the host shows the editor of a port. A port reaches the instrument when it runs, and the
+    /// editor follows the instrument; only while nothing runs, this is the way.
+    void showPort(ParameterAddress address, float value) noexcept;
+
 private:
     void beginGesture(ParameterAddress address) override;
     void valueChanged(ParameterAddress address, float value) override;
     void endGesture(ParameterAddress address) override;
 
     void applyPorts() noexcept;
+    void applyPort(ParameterAddress address, float value, bool isHeld) noexcept;
     template <typename RenderUpTo>
-    void applyEvents(std::uint32_t frames, RenderUpTo&& renderUpTo) noexcept;
+    void applyEvents(RenderUpTo&& renderUpTo) noexcept;
 
     const double hostSampleRate;
     const Lv2Log hostLog;
@@ -75,6 +87,7 @@ private:
     std::array<std::atomic<float>, parameterCount> portValues{};
     std::atomic<unsigned> restored{0};
     std::atomic<unsigned> settled{0};
+    std::atomic<bool> isActive{false};
 
     /// Controls that a hand holds in the editor. What their ports say is what the editor wrote to them some
     /// moments ago.
@@ -82,6 +95,7 @@ private:
 
     InstrumentHost* editorHost = nullptr;
     HostedInstrument instrument{*this};
+    std::unique_ptr<EmbeddedEditor> embedded;
 };
 
 } // namespace velotrine

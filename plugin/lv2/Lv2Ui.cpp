@@ -1,5 +1,6 @@
 #include "plugin/lv2/Lv2Ui.h"
 
+#include "plugin/HostValue.h"
 #include "plugin/lv2/Lv2Features.h"
 
 #include <lv2/atom/atom.h>
@@ -7,20 +8,29 @@
 #include <lv2/options/options.h>
 
 #include <cstdint>
+#include <cstring>
 #include <exception>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace velotrine {
 
+namespace {
+
+constexpr std::uint32_t plainFloat = 0; ///< the format in which values of control ports come and go
+
+} // namespace
+
 Lv2Ui::Lv2Ui(Lv2Plugin& plugin, const Port& port)
-    : lv2Plugin(plugin), hostPort(port), embedded(plugin.hostedInstrument())
+    : lv2Plugin(plugin), hostPort(port), embedded(plugin.embeddedEditor())
 {
     lv2Plugin.setEditorHost(this);
 }
 
 Lv2Ui::~Lv2Ui()
 {
+    embedded.close();
     lv2Plugin.setEditorHost(nullptr);
 }
 
@@ -40,6 +50,12 @@ void Lv2Ui::idle()
     writeStalePorts();
 }
 
+void Lv2Ui::showPort(std::uint32_t port, float value) noexcept
+{
+    if (port < parameterCount)
+        lv2Plugin.showPort(port, value);
+}
+
 void Lv2Ui::writeStalePorts()
 {
     const auto states = lv2Plugin.settledStates();
@@ -48,7 +64,7 @@ void Lv2Ui::writeStalePorts()
     knownStates = states;
     for (ParameterAddress address = 0; address < parameterCount; ++address) {
         const auto value = lv2Plugin.hostedInstrument().value(address);
-        if (value != lv2Plugin.portValue(address))
+        if (value != valueFromHost(address, static_cast<double>(lv2Plugin.portValue(address))))
             valueChanged(address, value);
     }
 }
@@ -61,7 +77,6 @@ void Lv2Ui::beginGesture(ParameterAddress address)
 
 void Lv2Ui::valueChanged(ParameterAddress address, float value)
 {
-    constexpr std::uint32_t plainFloat = 0;
     hostPort.write(hostPort.controller, static_cast<std::uint32_t>(address), sizeof value, plainFloat,
                    &value);
 }
@@ -140,6 +155,16 @@ LV2UI_Handle instantiate(const LV2UI_Descriptor*, const char* pluginUri, const c
     }
 }
 
+void showPort(LV2UI_Handle handle, std::uint32_t port, std::uint32_t size, std::uint32_t format,
+              const void* bytes)
+{
+    float value = 0.0f;
+    if (format != plainFloat || size != sizeof value || bytes == nullptr)
+        return;
+    std::memcpy(&value, bytes, sizeof value);
+    ui(handle).showPort(port, value);
+}
+
 constexpr LV2UI_Idle_Interface idleInterface{.idle = [](LV2UI_Handle handle) {
     ui(handle).idle();
     return 0;
@@ -169,8 +194,7 @@ const LV2UI_Descriptor& lv2UiDescriptor() noexcept
         .URI = lv2UiUri,
         .instantiate = instantiate,
         .cleanup = [](LV2UI_Handle handle) { delete static_cast<Lv2Ui*>(handle); },
-        // The ports reach the instrument when it runs, and the editor follows the instrument.
-        .port_event = [](LV2UI_Handle, std::uint32_t, std::uint32_t, std::uint32_t, const void*) {},
+        .port_event = showPort,
         .extension_data = extensionData};
     return descriptor;
 }

@@ -7,6 +7,8 @@
 #include <lv2/core/lv2.h>
 #include <lv2/ui/ui.h>
 
+#include <cstdint>
+
 namespace velotrine {
 
 /// The editor in an LV2 host's window. It works on the plug-in's own instance, for it shows the rings as they
@@ -35,6 +37,9 @@ public:
     /// To be called often.
     void idle();
 
+    /// Takes what the host's port says.
+    void showPort(std::uint32_t port, float value) noexcept;
+
 private:
     void beginGesture(ParameterAddress address) override;
     void valueChanged(ParameterAddress address, float value) override;
@@ -44,7 +49,7 @@ private:
 
     Lv2Plugin& lv2Plugin;
     const Port hostPort;
-    EmbeddedEditor embedded;
+    EmbeddedEditor& embedded;
     unsigned knownStates = 0; ///< of the plug-in's settled ones
 };
 

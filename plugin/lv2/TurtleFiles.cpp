@@ -6,6 +6,7 @@
 #include "plugin/lv2/Lv2Names.h"
 
 #include <cstddef>
+#include <initializer_list>
 #include <span>
 #include <string_view>
 
@@ -30,9 +31,17 @@ constexpr std::string_view prefixes = R"(@prefix atom:  <http://lv2plug.in/ns/ex
 @prefix urid:  <http://lv2plug.in/ns/ext/urid#> .
 )";
 
-std::string uri(std::string_view text)
+std::string joined(std::initializer_list<std::string_view> texts)
 {
-    return "<" + std::string(text) + ">";
+    std::string result;
+    for (const auto text : texts)
+        result += text;
+    return result;
+}
+
+std::string uri(std::string_view text, std::string_view fragment = {})
+{
+    return joined({"<", text, fragment, ">"});
 }
 
 std::string quoted(std::string_view text)
@@ -43,7 +52,8 @@ std::string quoted(std::string_view text)
             result += '\\';
         result += character;
     }
-    return result + "\"";
+    result += '"';
+    return result;
 }
 
 /// A number that reads as one with a fraction, which is what the format wants of a port's value.
@@ -57,7 +67,7 @@ std::string decimal(float value)
 
 std::string presetUri(std::size_t number)
 {
-    return uri(std::string(lv2PluginUri) + "#preset" + std::to_string(number));
+    return uri(lv2PluginUri, joined({"#preset", std::to_string(number)}));
 }
 
 std::string_view propertiesOf(const ParameterInfo& parameter)
@@ -102,55 +112,54 @@ std::string_view unitOf(const ParameterInfo& parameter)
 std::string scalePoints(std::span<const std::string_view> names)
 {
     std::string text;
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        text += i == 0 ? "\t\tlv2:scalePoint " : " , ";
-        text += "[ rdfs:label " + quoted(names[i]) + " ; rdf:value " + std::to_string(i) + " ]";
-    }
-    return text + " ;\n";
+    for (std::size_t i = 0; i < names.size(); ++i)
+        text += joined({i == 0 ? "\t\tlv2:scalePoint [ rdfs:label " : " , [ rdfs:label ", quoted(names[i]),
+                        " ; rdf:value ", std::to_string(i), " ]"});
+    text += " ;\n";
+    return text;
 }
 
 std::string controlPort(const ParameterInfo& parameter)
 {
-    std::string text = "[\n\t\ta lv2:InputPort , lv2:ControlPort ;\n";
-    text += "\t\tlv2:index " + std::to_string(parameter.address) + " ;\n";
-    text += "\t\tlv2:symbol " + quoted(parameter.identifier) + " ;\n";
+    auto text = joined({"[\n\t\ta lv2:InputPort , lv2:ControlPort ;\n",              //
+                        "\t\tlv2:index ", std::to_string(parameter.address), " ;\n", //
+                        "\t\tlv2:symbol ", quoted(parameter.identifier), " ;\n"});
     if (const auto properties = propertiesOf(parameter); !properties.empty())
-        text += "\t\tlv2:portProperty " + std::string(properties) + " ;\n";
+        text += joined({"\t\tlv2:portProperty ", properties, " ;\n"});
     if (const auto unit = unitOf(parameter); !unit.empty())
-        text += "\t\tunits:unit " + std::string(unit) + " ;\n";
+        text += joined({"\t\tunits:unit ", unit, " ;\n"});
     if (parameter.kind == ParameterKind::root)
         text += scalePoints(rootNames);
     if (parameter.kind == ParameterKind::scale)
         text += scalePoints(scaleNames);
-    text += "\t\tlv2:default " + decimal(parameter.initialValue) + " ;\n";
-    text += "\t\tlv2:minimum " + decimal(parameter.minValue) + " ;\n";
-    text += "\t\tlv2:maximum " + decimal(parameter.maxValue) + " ;\n";
-    text += "\t\tlv2:name " + quoted(parameter.name) + "\n\t]";
+    text += joined({"\t\tlv2:default ", decimal(parameter.initialValue), " ;\n", //
+                    "\t\tlv2:minimum ", decimal(parameter.minValue), " ;\n",     //
+                    "\t\tlv2:maximum ", decimal(parameter.maxValue), " ;\n",     //
+                    "\t\tlv2:name ", quoted(parameter.name), "\n\t]"});
     return text;
 }
 
 std::string audioPort(std::uint32_t index, std::string_view symbol, std::string_view name)
 {
-    std::string text = "[\n\t\ta lv2:OutputPort , lv2:AudioPort ;\n";
-    text += "\t\tlv2:index " + std::to_string(index) + " ;\n";
-    text += "\t\tlv2:symbol " + quoted(symbol) + " ;\n";
-    text += "\t\tlv2:designation pg:" + std::string(symbol) + " ;\n";
-    text += "\t\tpg:group " + uri(std::string(lv2PluginUri) + "#output") + " ;\n";
-    text += "\t\tlv2:name " + quoted(name) + "\n\t]";
-    return text;
+    return joined({"[\n\t\ta lv2:OutputPort , lv2:AudioPort ;\n",         //
+                   "\t\tlv2:index ", std::to_string(index), " ;\n",       //
+                   "\t\tlv2:symbol ", quoted(symbol), " ;\n",             //
+                   "\t\tlv2:designation pg:", symbol, " ;\n",             //
+                   "\t\tpg:group ", uri(lv2PluginUri, "#output"), " ;\n", //
+                   "\t\tlv2:name ", quoted(name), "\n\t]"});
 }
 
 std::string timePort()
 {
-    return "[\n\t\ta lv2:InputPort , atom:AtomPort ;\n\t\tlv2:index " + std::to_string(lv2Port::time) +
-           R"( ;
+    return joined({"[\n\t\ta lv2:InputPort , atom:AtomPort ;\n\t\tlv2:index ", std::to_string(lv2Port::time),
+                   R"( ;
 		lv2:symbol "time" ;
 		lv2:designation lv2:control ;
 		lv2:portProperty lv2:connectionOptional ;
 		atom:bufferType atom:Sequence ;
 		atom:supports time:Position ;
 		lv2:name "Time"
-	])";
+	])"});
 }
 
 std::string versions(int majorVersion, int minorVersion, int patchVersion)
@@ -158,56 +167,63 @@ std::string versions(int majorVersion, int minorVersion, int patchVersion)
     // Hosts take the newest of several bundles by these two numbers, and an odd or a zero minor version for
     // unstable.
     constexpr int minorsOfAMajor = 100;
-    return "\tlv2:minorVersion " + std::to_string(2 * (majorVersion * minorsOfAMajor + minorVersion)) +
-           " ;\n\tlv2:microVersion " + std::to_string(2 * patchVersion) + " ;\n";
+    return joined({"\tlv2:minorVersion ", std::to_string(2 * (majorVersion * minorsOfAMajor + minorVersion)),
+                   " ;\n\tlv2:microVersion ", std::to_string(2 * patchVersion), " ;\n"});
+}
+
+std::string presetHead(std::size_t number)
+{
+    return joined({"\n", presetUri(number), "\n\ta pset:Preset ;\n\tlv2:appliesTo ", uri(lv2PluginUri),
+                   " ;\n\trdfs:label ", quoted(presetTable()[number].name), " ;\n"});
 }
 
 } // namespace
 
 std::string manifestTurtle()
 {
-    std::string text(prefixes);
-    text += "\n" + uri(lv2PluginUri) + "\n\ta lv2:Plugin , lv2:InstrumentPlugin ;\n" +
-            "\tlv2:binary <velotrine.so> ;\n\trdfs:seeAlso <velotrine.ttl> .\n";
-    text += "\n" + uri(lv2UiUri) + "\n\ta ui:X11UI ;\n" +
-            "\tlv2:binary <velotrine.so> ;\n\trdfs:seeAlso <velotrine.ttl> .\n";
+    constexpr std::string_view files = "\tlv2:binary <velotrine.so> ;\n\trdfs:seeAlso <velotrine.ttl> .\n";
+    auto text = joined({prefixes,                                                                      //
+                        "\n", uri(lv2PluginUri), "\n\ta lv2:Plugin , lv2:InstrumentPlugin ;\n", files, //
+                        "\n", uri(lv2UiUri), "\n\ta ui:X11UI ;\n", files});
     for (std::size_t number = 0; number < presetCount; ++number)
-        text += "\n" + presetUri(number) + "\n\ta pset:Preset ;\n\tlv2:appliesTo " + uri(lv2PluginUri) +
-                " ;\n\trdfs:label " + quoted(presetTable()[number].name) +
-                " ;\n\trdfs:seeAlso <presets.ttl> .\n";
+        text += joined({presetHead(number), "\trdfs:seeAlso <presets.ttl> .\n"});
     return text;
 }
 
 std::string pluginTurtle(int majorVersion, int minorVersion, int patchVersion)
 {
-    std::string text(prefixes);
-    text += "\n" + uri(std::string(lv2PluginUri) + "#output") +
-            "\n\ta pg:StereoGroup , pg:OutputGroup ;\n\tlv2:symbol \"output\" ;\n\tlv2:name \"Output\" .\n";
-    text += "\n" + uri(lv2PluginUri) + "\n\ta lv2:Plugin , lv2:InstrumentPlugin ;\n";
-    text += R"(	doap:name "Velotrine" ;
+    const auto output = uri(lv2PluginUri, "#output");
+    auto text = joined({prefixes, "\n", output,
+                        R"(
+	a pg:StereoGroup , pg:OutputGroup ;
+	lv2:symbol "output" ;
+	lv2:name "Output" .
+)",
+                        "\n", uri(lv2PluginUri),
+                        R"(
+	a lv2:Plugin , lv2:InstrumentPlugin , doap:Project ;
+	doap:name "Velotrine" ;
 	doap:shortdesc "A musical instrument that plays itself" ;
 	doap:license <http://spdx.org/licenses/GPL-3.0-or-later> ;
 	doap:maintainer [ a foaf:Organization ; foaf:name "Marrowbeck" ] ;
-)";
-    text += versions(majorVersion, minorVersion, patchVersion);
-    text += R"(	lv2:requiredFeature urid:map ;
+)",
+                        versions(majorVersion, minorVersion, patchVersion),
+                        R"(	lv2:requiredFeature urid:map ;
 	lv2:optionalFeature lv2:hardRTCapable , state:threadSafeRestore , log:log ;
 	lv2:extensionData state:interface ;
-)";
-    text += "\tui:ui " + uri(lv2UiUri) + " ;\n";
-    text += "\tpg:mainOutput " + uri(std::string(lv2PluginUri) + "#output") + " ;\n\tlv2:port ";
+)",
+                        "\tui:ui ", uri(lv2UiUri), " ;\n\tpg:mainOutput ", output, " ;\n\tlv2:port "});
     for (const auto& parameter : parameterTable())
-        text += controlPort(parameter) + " , ";
-    text += audioPort(lv2Port::left, "left", "Left") + " , " + audioPort(lv2Port::right, "right", "Right") +
-            " , " + timePort() + " .\n";
-
-    text += "\n" + uri(lv2UiUri) + R"(
+        text += joined({controlPort(parameter), " , "});
+    text += joined({audioPort(lv2Port::left, "left", "Left"), " , ",
+                    audioPort(lv2Port::right, "right", "Right"), " , ", timePort(), " .\n"});
+    text += joined({"\n", uri(lv2UiUri), R"(
 	a ui:X11UI ;
 	lv2:requiredFeature ui:idleInterface , ui:parent , urid:map , <http://lv2plug.in/ns/ext/instance-access> ;
 	lv2:optionalFeature ui:resize , ui:touch , opts:options , log:log ;
 	lv2:extensionData ui:idleInterface , ui:resize ;
 	opts:supportedOption ui:scaleFactor .
-)";
+)"});
     return text;
 }
 
@@ -215,13 +231,11 @@ std::string presetsTurtle()
 {
     std::string text(prefixes);
     for (std::size_t number = 0; number < presetCount; ++number) {
-        const auto& preset = presetTable()[number];
-        text += "\n" + presetUri(number) + "\n\ta pset:Preset ;\n\tlv2:appliesTo " + uri(lv2PluginUri) +
-                " ;\n\trdfs:label " + quoted(preset.name) + " ;\n\tlv2:port ";
+        text += joined({presetHead(number), "\tlv2:port "});
         for (const auto& parameter : parameterTable())
-            text += std::string(parameter.address == 0 ? "" : " , ") + "[\n\t\tlv2:symbol " +
-                    quoted(parameter.identifier) + " ;\n\t\tpset:value " +
-                    decimal(preset.values[parameter.address]) + "\n\t]";
+            text += joined({parameter.address == 0 ? "" : " , ", "[\n\t\tlv2:symbol ",
+                            quoted(parameter.identifier), " ;\n\t\tpset:value ",
+                            decimal(presetTable()[number].values[parameter.address]), "\n\t]"});
         text += " .\n";
     }
     return text;

@@ -87,6 +87,12 @@ void VirtualDisplay::destroyWindow(XWindow window) const
     XSync(display, False);
 }
 
+void VirtualDisplay::resizeWindow(XWindow window, unsigned width, unsigned height) const
+{
+    XResizeWindow(display, window, width, height);
+    XSync(display, False);
+}
+
 XWindow VirtualDisplay::childOf(XWindow window) const
 {
     Window root = 0;

@@ -27,6 +27,7 @@ public:
     /// A window at the screen's top left, on show.
     [[nodiscard]] XWindow makeWindow(unsigned width, unsigned height) const;
     void destroyWindow(XWindow window) const;
+    void resizeWindow(XWindow window, unsigned width, unsigned height) const;
 
     /// The only window inside another; 0 for none.
     [[nodiscard]] XWindow childOf(XWindow window) const;

@@ -1,0 +1,391 @@
+#include "tests/plugin/Lv2Host.h"
+#include "tests/plugin/VirtualDisplay.h"
+
+#include <lv2/instance-access/instance-access.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace velotrine {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr unsigned width = 480;
+constexpr unsigned height = 360;
+constexpr int manyColours = 30; ///< text and rings are smoothed; an empty window has one
+
+/// The middle of the first knob, activity, in an editor of this size.
+constexpr auto knob = "432 62";
+
+class Lv2Editor : public testing::Test
+{
+protected:
+    /// The rings may move by themselves; the knobs at the right do not.
+    [[nodiscard]] std::vector<unsigned long> knobPixels(XWindow parent) const
+    {
+        const auto all = display.pixelsOf(parent);
+        std::vector<unsigned long> right;
+        for (std::size_t i = 0; i < all.size(); ++i)
+            if (i % width > width - 90)
+                right.push_back(all[i]);
+        return right;
+    }
+
+    const VirtualDisplay& display = VirtualDisplay::shared();
+    Lv2Library library;
+};
+
+TEST_F(Lv2Editor, ShowsItselfInTheHostsWindowAndAsksForItsSize)
+{
+    Lv2Host host(library);
+    const auto parent = display.makeWindow(width, height);
+    ASSERT_TRUE(host.openUi(parent));
+    EXPECT_EQ(host.wantedSizes, (std::vector<std::pair<int, int>>{{width, height}}));
+    host.idle(200ms);
+    EXPECT_EQ(display.childOf(parent), host.uiWindow);
+    EXPECT_GT(display.coloursIn(parent), manyColours);
+    host.closeUi();
+    EXPECT_EQ(display.childOf(parent), 0u);
+    EXPECT_TRUE(host.told.empty());
+    EXPECT_TRUE(host.logged.empty());
+}
+
+TEST_F(Lv2Editor, IsNotShownWithoutWhatItNeedsAndSaysWhy)
+{
+    const auto parent = display.makeWindow(width, height);
+    for (const auto* const feature : {LV2_INSTANCE_ACCESS_URI, LV2_UI__parent}) {
+        Lv2Host host(library, 48000.0, {feature});
+        EXPECT_FALSE(host.openUi(parent));
+        ASSERT_EQ(host.logged.size(), 1u);
+        EXPECT_TRUE(
+            host.logged[0].starts_with("Velotrine: The editor cannot be shown: the host does not offer "))
+            << host.logged[0];
+    }
+}
+
+TEST_F(Lv2Editor, NeedsNeitherResizingNorGesturesNorOptions)
+{
+    Lv2Host host(library, 48000.0, {LV2_UI__resize, LV2_UI__touch, LV2_OPTIONS__options});
+    const auto parent = display.makeWindow(width, height);
+    ASSERT_TRUE(host.openUi(parent));
+    host.idle(100ms);
+    display.act(std::string("mousemove ") + knob + " mousedown 1 mousemove_relative -- 0 -20");
+    host.idle(50ms);
+    display.act("mouseup 1");
+    host.idle(50ms);
+    EXPECT_GT(host.controls[0], 0.5f);
+    EXPECT_TRUE(std::ranges::all_of(host.told, [](const auto& edit) { return edit.starts_with("0 = "); }));
+}
+
+TEST_F(Lv2Editor, OpensQuicklyTheSecondTime)
+{
+    Lv2Host host(library);
+    const auto parent = display.makeWindow(width, height);
+    ASSERT_TRUE(host.openUi(parent));
+    host.idle(100ms);
+    host.closeUi();
+    const auto before = std::chrono::steady_clock::now();
+    ASSERT_TRUE(host.openUi(parent));
+    while (display.coloursIn(parent) < manyColours && std::chrono::steady_clock::now() - before < 5s)
+        host.idle(5ms);
+    const auto took = std::chrono::steady_clock::now() - before;
+    EXPECT_LT(took, 1s); // a tenth of it on a quiet machine
+    RecordProperty("ms",
+                   static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(took).count()));
+}
+
+TEST_F(Lv2Editor, OpensAndClosesAnyNumberOfTimesInSeveralInstances)
+{
+    std::vector<std::unique_ptr<Lv2Host>> hosts;
+    for (int i = 0; i < 3; ++i)
+        hosts.push_back(std::make_unique<Lv2Host>(library));
+    for (int round = 0; round < 5; ++round) {
+        std::vector<XWindow> parents;
+        for (auto& host : hosts) {
+            parents.push_back(display.makeWindow(width, height));
+            ASSERT_TRUE(host->openUi(parents.back()));
+            host->idle(20ms);
+        }
+        for (auto& host : hosts) {
+            host->idle(20ms);
+            host->closeUi();
+        }
+        for (const auto parent : parents)
+            display.destroyWindow(parent);
+    }
+}
+
+TEST_F(Lv2Editor, OutlivesTheHostsWindow)
+{
+    Lv2Host host(library);
+    const auto parent = display.makeWindow(width, height);
+    ASSERT_TRUE(host.openUi(parent));
+    host.idle(100ms);
+    display.destroyWindow(parent);
+    host.idle(100ms);
+    EXPECT_TRUE(host.resizeUi(700, 500));
+    host.idle(50ms);
+    host.closeUi();
+
+    const auto next = display.makeWindow(700, 500);
+    ASSERT_TRUE(host.openUi(next));
+    host.idle(200ms);
+    EXPECT_GT(display.coloursIn(next), manyColours);
+}
+
+TEST_F(Lv2Editor, DoesNotEndAHostWhoseWindowIsGoneAlready)
+{
+    Lv2Host host(library);
+    const auto gone = display.makeWindow(width, height);
+    display.destroyWindow(gone);
+    if (host.openUi(gone))
+        host.idle(50ms);
+    host.closeUi();
+    ASSERT_TRUE(host.openUi(display.makeWindow(width, height)));
+    host.idle(50ms);
+}
+
+TEST_F(Lv2Editor, FollowsTheHostsResizeAndRemembersTheSize)
+{
+    Lv2Host host(library);
+    const auto parent = display.makeWindow(800, 700);
+    ASSERT_TRUE(host.openUi(parent));
+    for (const auto& [wanted, given] : {std::pair{std::pair{10, 10}, std::pair{360, 320}},
+                                        {{100000, 100000}, {1600, 1200}},
+                                        {{800, 700}, {800, 700}}}) {
+        EXPECT_TRUE(host.resizeUi(wanted.first, wanted.second));
+        host.idle(100ms);
+        EXPECT_EQ(display.sizeOf(host.uiWindow), given);
+    }
+    EXPECT_NE(host.save().find("\"width\": 800"), std::string::npos);
+
+    Lv2Host other(library);
+    EXPECT_EQ(other.restore(host.save()), LV2_STATE_SUCCESS);
+    ASSERT_TRUE(other.openUi(parent));
+    EXPECT_EQ(other.wantedSizes.back(), std::pair(800, 700));
+}
+
+TEST_F(Lv2Editor, FollowsAHostThatGivesItsWindowAnotherSizeWithoutAWord)
+{
+    Lv2Host host(library);
+    const auto parent = display.makeWindow(900, 800);
+    ASSERT_TRUE(host.openUi(parent));
+    host.idle(100ms);
+    display.resizeWindow(host.uiWindow, 880, 780);
+    host.idle(200ms);
+    EXPECT_EQ(display.sizeOf(host.uiWindow), std::pair(880, 780));
+    EXPECT_NE(host.save().find("\"width\": 880"), std::string::npos);
+    EXPECT_NE(host.save().find("\"height\": 780"), std::string::npos);
+    // The knobs are where the right edge is now.
+    display.act("mousemove 832 62 click 5");
+    host.idle(100ms);
+    EXPECT_LT(host.controls[0], 0.5f);
+    // Smaller than the editor can be, it is cut off.
+    display.resizeWindow(host.uiWindow, 100, 100);
+    host.idle(100ms);
+    EXPECT_EQ(display.sizeOf(host.uiWindow), std::pair(100, 100));
+    EXPECT_NE(host.save().find("\"width\": 360"), std::string::npos);
+}
+
+TEST_F(Lv2Editor, IsAsManyPixelsAsTheScaleSays)
+{
+    const auto parent = display.makeWindow(1500, 1100);
+    for (const float scale : {1.0f, 1.5f, 2.0f, 3.0f}) {
+        Lv2Host host(library);
+        ASSERT_TRUE(host.openUi(parent, scale));
+        EXPECT_EQ(host.wantedSizes.back(),
+                  std::pair(static_cast<int>(480 * scale), static_cast<int>(360 * scale)));
+        host.idle(50ms);
+        EXPECT_EQ(display.sizeOf(host.uiWindow), host.wantedSizes.back());
+        EXPECT_NE(host.save().find("\"width\": 480"), std::string::npos);
+    }
+    for (const float none : {0.0f, -1.0f, 1e9f, std::numeric_limits<float>::quiet_NaN()}) {
+        Lv2Host host(library);
+        ASSERT_TRUE(host.openUi(parent, none));
+        EXPECT_EQ(host.wantedSizes.back(), std::pair(480, 360)) << none;
+    }
+}
+
+TEST_F(Lv2Editor, AKnobTurnedWithTheMouseReachesTheHostAsOneGesture)
+{
+    Lv2Host host(library);
+    host.start();
+    const auto parent = display.makeWindow(width, height);
+    ASSERT_TRUE(host.openUi(parent));
+    host.idle(100ms);
+    display.act(std::string("mousemove ") + knob + " mousedown 1");
+    host.idle(50ms);
+    display.act("mousemove_relative -- 0 -20 mousemove_relative -- 0 -20");
+    host.idle(50ms);
+    display.act("mouseup 1");
+    host.idle(100ms);
+    ASSERT_GE(host.told.size(), 3u);
+    EXPECT_EQ(host.told.front(), "begin 0");
+    EXPECT_EQ(host.told.back(), "end 0");
+    EXPECT_EQ(std::ranges::count(host.told, "begin 0"), 1);
+    EXPECT_EQ(std::ranges::count(host.told, "end 0"), 1);
+    EXPECT_GT(host.controls[0], 0.5f);
+    // Port and instrument agree: a host that reads the value back and sets it changes nothing.
+    const auto saved = host.save();
+    Lv2Host other(library);
+    other.start();
+    other.controls = host.controls;
+    other.runUnheard(32);
+    EXPECT_EQ(other.save(), saved);
+}
+
+TEST_F(Lv2Editor, AControlThatIsHeldDoesNotFollowTheHost)
+{
+    Lv2Host host(library);
+    host.start();
+    const auto parent = display.makeWindow(width, height);
+    ASSERT_TRUE(host.openUi(parent));
+    host.idle(100ms);
+    display.act(std::string("mousemove ") + knob + " mousedown 1");
+    host.idle(50ms);
+    display.act("mousemove_relative -- 0 -30");
+    host.idle(50ms);
+    const auto turned = host.save();
+    // A host that is late shows what the editor wrote some moments ago.
+    host.controls[0] = 0.55f;
+    host.idle(50ms);
+    EXPECT_EQ(host.save(), turned);
+    display.act("mouseup 1");
+    host.idle(50ms);
+    host.controls[0] = 0.125f;
+    host.idle(50ms);
+    EXPECT_NE(host.save().find("0.125"), std::string::npos);
+}
+
+TEST_F(Lv2Editor, LetsGoOfAControlThatIsHeldWhenItIsClosed)
+{
+    Lv2Host host(library);
+    host.start();
+    const auto parent = display.makeWindow(width, height);
+    ASSERT_TRUE(host.openUi(parent));
+    host.idle(100ms);
+    display.act(std::string("mousemove ") + knob + " mousedown 1");
+    host.idle(50ms);
+    display.act("mousemove_relative -- 0 -30");
+    host.idle(50ms);
+    ASSERT_EQ(std::ranges::count(host.told, "begin 0"), 1);
+    ASSERT_EQ(std::ranges::count(host.told, "end 0"), 0);
+    host.closeUi();
+    display.act("mouseup 1");
+    EXPECT_EQ(host.told.back(), "end 0");
+    host.controls[0] = 0.125f;
+    host.runUnheard(32);
+    EXPECT_NE(host.save().find("0.125"), std::string::npos);
+}
+
+TEST_F(Lv2Editor, ShowsWhatTheHostSetsAndDoesNotSendItBack)
+{
+    Lv2Host host(library);
+    host.start();
+    const auto parent = display.makeWindow(width, height);
+    ASSERT_TRUE(host.openUi(parent));
+    host.idle(200ms);
+    const auto before = knobPixels(parent);
+    host.controls[0] = 0.9f;
+    host.showPort(0, 0.9f);
+    host.idle(100ms);
+    EXPECT_TRUE(knobPixels(parent) != before);
+    EXPECT_TRUE(host.told.empty());
+}
+
+TEST_F(Lv2Editor, ShowsThePortsOfAHostThatDoesNotRunThePlugin)
+{
+    Lv2Host host(library);
+    const auto parent = display.makeWindow(width, height);
+    ASSERT_TRUE(host.openUi(parent));
+    host.idle(200ms);
+    const auto before = knobPixels(parent);
+    host.showPort(0, 0.9f);
+    host.showPort(parameterCount, 1.0f);
+    host.showPort(4000000000U, 1.0f);
+    host.showPort(1, std::numeric_limits<float>::quiet_NaN());
+    host.idle(100ms);
+    EXPECT_TRUE(knobPixels(parent) != before);
+    EXPECT_TRUE(host.told.empty());
+}
+
+TEST_F(Lv2Editor, WritesARestoredStateToThePortsThatStillShowWhatWasBefore)
+{
+    Lv2Host first(library);
+    first.start();
+    first.controls[7] = 0.25f;
+    first.runUnheard(32);
+    const auto saved = first.save();
+
+    Lv2Host host(library);
+    host.start();
+    const auto parent = display.makeWindow(width, height);
+    ASSERT_TRUE(host.openUi(parent));
+    host.idle(50ms);
+    ASSERT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
+    host.idle(100ms);
+    EXPECT_EQ(host.told, std::vector<std::string>{"7 = 0.25"});
+    EXPECT_EQ(host.save(), saved);
+    host.closeUi();
+    ASSERT_TRUE(host.openUi(parent));
+    host.idle(100ms);
+    EXPECT_EQ(host.told.size(), 1u);
+}
+
+TEST_F(Lv2Editor, DoesNotWriteToPortsWhatItOnlyBoundsForItself)
+{
+    Lv2Host host(library);
+    host.start();
+    host.controls[9] = 4.4f; // spots
+    host.controls[7] = 1.5f; // volume
+    host.runUnheard(32);
+    ASSERT_EQ(host.restore(host.save()), LV2_STATE_SUCCESS);
+    ASSERT_TRUE(host.openUi(display.makeWindow(width, height)));
+    host.idle(100ms);
+    EXPECT_TRUE(host.told.empty());
+}
+
+TEST_F(Lv2Editor, LeavesTheKeyboardToTheHost)
+{
+    Lv2Host host(library);
+    const auto parent = display.makeWindow(width, height);
+    display.giveKeyboardTo(parent);
+    ASSERT_TRUE(host.openUi(parent));
+    host.idle(100ms);
+    display.act(std::string("mousemove ") + knob + " click 1");
+    host.idle(100ms);
+    display.act("key space");
+    host.idle(50ms);
+    EXPECT_TRUE(display.takeKeyPress(parent));
+}
+
+TEST_F(Lv2Editor, IsOpenWhileItPlaysAndRestoresStates)
+{
+    Lv2Host host(library);
+    host.start();
+    const auto parent = display.makeWindow(width, height);
+    ASSERT_TRUE(host.openUi(parent));
+    const auto saved = host.save();
+    Sound sound(512);
+    constexpr HostTransport rolling{.tempo = 120.0, .beatsPerBar = 4, .beatUnit = 4, .isPlaying = true};
+    for (int block = 0; block < 40; ++block) {
+        host.controls[9] = static_cast<float>(block % 17);
+        host.run(sound.left.data(), sound.right.data(), 512, {positionOf(100, rolling)});
+        if (block % 10 == 9) {
+            EXPECT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
+        }
+        host.idle(5ms);
+    }
+    EXPECT_GT(display.coloursIn(parent), manyColours);
+}
+
+} // namespace
+} // namespace velotrine

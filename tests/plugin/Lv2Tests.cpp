@@ -1,0 +1,543 @@
+#include "tests/plugin/Lv2Host.h"
+
+#include "audiounit/Parameters.h"
+#include "audiounit/Presets.h"
+#include "plugin/lv2/Lv2Names.h"
+#include "tests/audiounit/AllocationCounter.h"
+
+#include <lv2/time/time.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <sys/mman.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace velotrine {
+namespace {
+
+constexpr double sampleRate = 48000.0;
+constexpr HostTransport stopped{.tempo = 240.0, .beatsPerBar = 4, .beatUnit = 4, .isPlaying = false};
+constexpr HostTransport rolling{.tempo = 240.0, .beatsPerBar = 4, .beatUnit = 4, .isPlaying = true};
+constexpr auto volume = addressOf(GlobalParameter::volume);
+constexpr auto sync = addressOf(GlobalParameter::sync);
+
+class Lv2 : public testing::Test
+{
+protected:
+    Lv2Library library;
+};
+
+bool isInBounds(const Sound& sound)
+{
+    const auto isBounded = [](float sample) { return std::abs(sample) <= 1.0f; };
+    return std::ranges::all_of(sound.left, isBounded) && std::ranges::all_of(sound.right, isBounded);
+}
+
+/// So many frames in one run, where the host says something of its transport at their first.
+Sound playedBy(Lv2Host& host, int frames, const std::vector<Lv2Position>& positions = {})
+{
+    Sound sound(frames);
+    host.run(sound.left.data(), sound.right.data(), static_cast<std::uint32_t>(frames), positions);
+    return sound;
+}
+
+TEST_F(Lv2, HasOnePluginAndOneEditor)
+{
+    ASSERT_NE(library.plugin(0), nullptr);
+    EXPECT_STREQ(library.plugin(0)->URI, lv2PluginUri);
+    EXPECT_EQ(library.plugin(1), nullptr);
+    ASSERT_NE(library.ui(0), nullptr);
+    EXPECT_STREQ(library.ui(0)->URI, lv2UiUri);
+    EXPECT_EQ(library.ui(1), nullptr);
+    EXPECT_EQ(library.plugin(0)->extension_data("another:extension"), nullptr);
+    EXPECT_EQ(library.ui(0)->extension_data("another:extension"), nullptr);
+}
+
+TEST_F(Lv2, IsNotMadeWithoutWhatItNeedsAndSaysWhy)
+{
+    const Lv2Host incapable(library, sampleRate, {LV2_URID__map});
+    EXPECT_FALSE(incapable.hasPlugin());
+    for (const double rate : {0.0, -48000.0, 7999.0, 768001.0, std::nan("")}) {
+        const Lv2Host host(library, rate);
+        EXPECT_FALSE(host.hasPlugin()) << rate;
+        ASSERT_EQ(host.logged.size(), 1u);
+        EXPECT_TRUE(host.logged[0].starts_with("Velotrine: There is no sound at a sample rate of "));
+    }
+}
+
+/// A song in which the transport starts, changes its tempo and stops, each at a frame within whatever block
+/// the host is at. The host says so once; between, it says nothing.
+Sound songOf(Lv2Host& host, const BlockSizes& sizes)
+{
+    auto faster = rolling;
+    faster.tempo = 301.25;
+    const std::vector<Lv2Position> edges{positionOf(0, stopped), positionOf(1000, rolling),
+                                         positionOf(33333, faster), positionOf(70001, stopped)};
+    constexpr std::array automated{20000, 50001}; // a control port says one value a block
+    Sound sound(80000);
+    host.start();
+    inBlocks(sound.frames(), sizes, automated, [&](int offset, int frames) {
+        if (offset == automated[0])
+            host.controls[volume] = 0.3f;
+        if (offset == automated[1])
+            host.controls[addressOf(RingParameter::spots, 2)] = 15.0f;
+        std::vector<Lv2Position> positions;
+        for (auto edge : edges)
+            if (edge.frame >= offset && edge.frame < offset + frames) {
+                edge.frame -= offset;
+                positions.push_back(edge);
+            }
+        host.run(sound.left.data() + offset, sound.right.data() + offset, static_cast<std::uint32_t>(frames),
+                 positions);
+    });
+    return sound;
+}
+
+TEST_F(Lv2, SoundsTheSameWhateverTheHostsBlockSizes)
+{
+    Lv2Host reference(library);
+    const auto expected = songOf(reference, blocksOf(100000));
+    EXPECT_FALSE(expected.isSilent());
+    EXPECT_TRUE(std::all_of(expected.left.begin(), expected.left.begin() + 1000,
+                            [](float sample) { return sample == 0.0f; }));
+    for (const auto& sizes : allBlockSizes()) {
+        Lv2Host host(library);
+        EXPECT_TRUE(songOf(host, sizes) == expected) << sizes.name;
+    }
+}
+
+TEST_F(Lv2, SoundsLikeTheAudioUnitAtEveryRateThatADeviceHas)
+{
+    for (const double rate : {8000.0, 11025.0, 22050.0, 44056.25, 44100.0, 47999.999, 48000.0, 88200.0,
+                              96000.0, 192000.0, 384000.0, 768000.0}) {
+        constexpr int frames = 30000;
+        Lv2Host host(library, rate);
+        ASSERT_TRUE(host.hasPlugin()) << rate;
+        host.start();
+        const auto expected = soundOfTheAudioUnit(frames, rate, rolling.tempo, [](VelotrineAudioUnit&) {});
+        EXPECT_TRUE(playedBy(host, frames, {positionOf(0, rolling)}) == expected) << rate;
+    }
+}
+
+TEST_F(Lv2, IsSilentUntilTheTransportRollsAndAsLongAsTheHostSaysNothingOfIt)
+{
+    Lv2Host host(library);
+    host.start();
+    EXPECT_TRUE(playedBy(host, 48000).isSilent());
+    EXPECT_NE(host.save().find("\"sync\": 1"), std::string::npos);
+    EXPECT_NE(host.save().find("\"bpm\": 120"), std::string::npos);
+    EXPECT_TRUE(playedBy(host, 48000, {positionOf(0, stopped)}).isSilent());
+    EXPECT_FALSE(playedBy(host, 48000, {positionOf(0, rolling)}).isSilent());
+    EXPECT_FALSE(playedBy(host, 48000).isSilent()); // still rolling
+}
+
+TEST_F(Lv2, APositionThatSaysOnlyWhatHasChangedLeavesTheRest)
+{
+    const auto soundAfter = [this](const std::vector<Lv2Position>& positions) {
+        Lv2Host host(library);
+        host.start();
+        for (const auto& position : positions)
+            playedBy(host, 0, {position});
+        return playedBy(host, 60000);
+    };
+    auto waltz = rolling;
+    waltz.tempo = 200.0;
+    waltz.beatsPerBar = 3;
+    waltz.beatUnit = 8;
+    const auto expected = soundAfter({positionOf(0, waltz)});
+    EXPECT_FALSE(expected.isSilent());
+    EXPECT_FALSE(soundAfter({positionOf(0, rolling)}) == expected);
+    EXPECT_TRUE(soundAfter({positionOf(0, stopped),
+                            {0, {{LV2_TIME__beatsPerMinute, 200.0}}},
+                            {0, {{LV2_TIME__beatsPerBar, std::int32_t{3}}}},
+                            {0, {{LV2_TIME__beatUnit, std::int64_t{8}}}},
+                            {0, {{LV2_TIME__speed, std::int32_t{1}}}},
+                            {0, {}}}) == expected);
+}
+
+TEST_F(Lv2, KeepsTheLastTempoAndMetreWhereTheHostSendsNonsense)
+{
+    constexpr auto nan = std::numeric_limits<float>::quiet_NaN();
+    constexpr auto infinity = std::numeric_limits<double>::infinity();
+    Lv2Host sane(library);
+    sane.start();
+    const auto expected = playedBy(sane, 60000, {positionOf(0, rolling)});
+    for (const auto& nonsense : std::vector<std::map<std::string, Lv2Position::Number>>{
+             {{LV2_TIME__beatsPerMinute, nan}, {LV2_TIME__beatsPerBar, nan}, {LV2_TIME__beatUnit, nan}},
+             {{LV2_TIME__beatsPerMinute, infinity}, {LV2_TIME__beatsPerBar, -infinity}},
+             {{LV2_TIME__beatsPerMinute, -1.0f}, {LV2_TIME__beatsPerBar, 0.0f}, {LV2_TIME__beatUnit, 0.0f}},
+             {{LV2_TIME__beatsPerMinute, std::int64_t{1} << 62}, {LV2_TIME__beatUnit, std::int32_t{-4}}}}) {
+        Lv2Host host(library);
+        host.start();
+        auto sound = playedBy(host, 20000, {positionOf(0, rolling)});
+        const auto rest = playedBy(host, 40000, {{0, nonsense}});
+        sound.left.insert(sound.left.end(), rest.left.begin(), rest.left.end());
+        sound.right.insert(sound.right.end(), rest.right.begin(), rest.right.end());
+        EXPECT_TRUE(sound == expected);
+    }
+}
+
+/// Words with nothing behind them: to read on ends the program.
+class WordsAtTheEndOfMemory
+{
+public:
+    explicit WordsAtTheEndOfMemory(std::span<const std::uint64_t> words)
+        : pageBytes(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))),
+          memory(mmap(nullptr, 2 * pageBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))
+    {
+        if (memory == MAP_FAILED || words.size_bytes() > pageBytes)
+            throw std::runtime_error("no memory of this kind");
+        auto* const secondPage = static_cast<std::byte*>(memory) + pageBytes;
+        mprotect(secondPage, pageBytes, PROT_NONE);
+        first = secondPage - words.size_bytes();
+        std::memcpy(first, words.data(), words.size_bytes());
+    }
+
+    ~WordsAtTheEndOfMemory() { munmap(memory, 2 * pageBytes); }
+
+    WordsAtTheEndOfMemory(const WordsAtTheEndOfMemory&) = delete;
+    WordsAtTheEndOfMemory& operator=(const WordsAtTheEndOfMemory&) = delete;
+
+    [[nodiscard]] void* data() const noexcept { return first; }
+
+private:
+    std::size_t pageBytes;
+    void* memory;
+    std::byte* first = nullptr;
+};
+
+TEST_F(Lv2, ReadsNothingBeyondTheEndOfABrokenSequence)
+{
+    Lv2Host host(library);
+    host.start();
+    const auto whole = host.sequenceOf({positionOf(0, rolling)});
+    LV2_Atom head{};
+    std::memcpy(&head, whole.data(), sizeof head);
+    const auto runWith = [&](std::uint32_t size, std::size_t wordAt, std::uint64_t word) {
+        std::vector<std::uint64_t> words(whole.begin(), whole.begin() + 1 + (size + 7) / 8);
+        words[0] = (words[0] & ~std::uint64_t{0xffffffff}) | size;
+        if (wordAt < words.size())
+            words[wordAt] = word;
+        const WordsAtTheEndOfMemory atEnd(words);
+        Sound sound(64);
+        host.connect(lv2Port::left, sound.left.data());
+        host.connect(lv2Port::right, sound.right.data());
+        host.connect(lv2Port::time, atEnd.data());
+        host.run(64);
+        EXPECT_TRUE(isInBounds(sound));
+    };
+    constexpr std::size_t nowhere = 1000;
+    for (std::uint32_t size = 0; size < head.size; ++size)
+        runWith(size, nowhere, 0);
+    for (std::size_t at = 1; at < (head.size + 8) / 8; ++at)
+        for (const std::uint64_t word : {std::uint64_t{0}, ~std::uint64_t{0}, std::uint64_t{0xffffffff},
+                                         std::uint64_t{0xffffffff00000000}, std::uint64_t{0xfffffff8}})
+            runWith(head.size, at, word);
+}
+
+TEST_F(Lv2, TakesNothingFromAnAtomThatIsNoSequence)
+{
+    for (const bool isSequence : {true, false}) {
+        Lv2Host host(library);
+        host.start();
+        auto words = host.sequenceOf({positionOf(0, rolling)});
+        if (!isSequence)
+            words[0] += std::uint64_t{1000} << 32U; // the type stands in the upper half
+        Sound sound(48000);
+        host.connect(lv2Port::left, sound.left.data());
+        host.connect(lv2Port::right, sound.right.data());
+        host.connect(lv2Port::time, words.data());
+        host.run(48000);
+        EXPECT_NE(sound.isSilent(), isSequence);
+    }
+}
+
+TEST_F(Lv2, SurvivesPortsThatAreNotConnected)
+{
+    Lv2Host host(library);
+    host.start();
+    for (std::uint32_t port = 0; port <= lv2Port::time + 5; ++port)
+        host.connect(port, nullptr);
+    host.run(1000);
+    Lv2Host complete(library);
+    complete.start();
+    const auto expected = playedBy(complete, 60000, {positionOf(0, rolling)});
+    const auto sequence = host.sequenceOf({positionOf(0, rolling)});
+    Sound sound(60000);
+    Lv2Host deaf(library);
+    deaf.start();
+    auto words = sequence;
+    deaf.connect(lv2Port::time, words.data());
+    deaf.connect(lv2Port::right, sound.right.data());
+    deaf.run(60000);
+    EXPECT_EQ(sound.right, expected.right);
+}
+
+TEST_F(Lv2, WritesNothingBeyondTheFramesThatAreAskedFor)
+{
+    Lv2Host host(library);
+    host.start();
+    for (const std::uint32_t frames : {0U, 1U, 2U, 10U, 17U, 32U, 64U, 100U, 1024U, 4096U, 16384U}) {
+        Sound sound(16385);
+        host.run(sound.left.data(), sound.right.data(), frames, {positionOf(20000, rolling)});
+        EXPECT_EQ(sound.left[frames], Sound::untouched);
+        EXPECT_EQ(sound.right[frames], Sound::untouched);
+        sound.left.resize(frames);
+        sound.right.resize(frames);
+        EXPECT_TRUE(isInBounds(sound));
+    }
+}
+
+TEST_F(Lv2, EveryControlPortSetsItsParameterAndIsBounded)
+{
+    Lv2Host host(library);
+    host.start();
+    for (const auto& parameter : parameterTable()) {
+        host.controls[parameter.address] = parameter.maxValue + 100.0f;
+        host.runUnheard(32);
+    }
+    Lv2Host bounded(library);
+    bounded.start();
+    for (const auto& parameter : parameterTable())
+        bounded.controls[parameter.address] = parameter.maxValue;
+    bounded.runUnheard(32);
+    const auto saved = bounded.save();
+    EXPECT_EQ(host.save(), saved);
+    for (const auto& parameter : parameterTable())
+        EXPECT_NE(saved.find("\"" + parameter.identifier + "\""), std::string::npos);
+    for (auto& control : host.controls)
+        control = std::numeric_limits<float>::quiet_NaN();
+    host.runUnheard(32);
+    EXPECT_EQ(host.save(), saved);
+}
+
+TEST_F(Lv2, APresetsPortsSoundLikeThePreset)
+{
+    for (std::size_t number = 0; number < presetCount; ++number) {
+        Lv2Host host(library);
+        host.controls = presetTable()[number].values;
+        EXPECT_EQ(host.restore(std::nullopt, LV2_ATOM__String), LV2_STATE_ERR_NO_PROPERTY);
+        EXPECT_TRUE(host.logged.empty());
+        host.start();
+        constexpr int frames = 30000;
+        const auto expected =
+            soundOfTheAudioUnit(frames, sampleRate, rolling.tempo,
+                                [number](VelotrineAudioUnit& unit) { selectPreset(unit, number); });
+        EXPECT_TRUE(playedBy(host, frames, {positionOf(0, rolling)}) == expected) << number;
+    }
+}
+
+/// With a value of its own in every parameter.
+std::string someState(const Lv2Library& library)
+{
+    Lv2Host host(library);
+    host.start();
+    for (const auto& parameter : parameterTable())
+        host.controls[parameter.address] =
+            parameter.minValue + 0.37f * (parameter.maxValue - parameter.minValue);
+    host.runUnheard(32);
+    return host.save();
+}
+
+TEST_F(Lv2, SavesTheSameBytesAfterRestoringThem)
+{
+    const auto saved = someState(library);
+    Lv2Host host(library);
+    EXPECT_NE(host.save(), saved);
+    EXPECT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
+    EXPECT_EQ(host.save(), saved);
+    // Whether or not the host's string brings its end along.
+    Lv2Host another(library);
+    EXPECT_EQ(another.restore(saved, LV2_ATOM__String), LV2_STATE_SUCCESS);
+    EXPECT_EQ(another.save(), saved);
+}
+
+TEST_F(Lv2, ARestoredStateStaysThoughThePortsStillShowWhatWasBefore)
+{
+    const auto saved = someState(library);
+    Lv2Host fresh(library);
+    ASSERT_EQ(fresh.restore(saved), LV2_STATE_SUCCESS);
+    fresh.start();
+    fresh.runUnheard(100);
+    EXPECT_EQ(fresh.save(), saved);
+
+    Lv2Host host(library);
+    host.start();
+    host.controls[volume] = 0.11f;
+    host.runUnheard(100);
+    ASSERT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
+    host.runUnheard(100);
+    EXPECT_EQ(host.save(), saved);
+    host.controls[volume] = 0.12f;
+    host.runUnheard(100);
+    EXPECT_NE(host.save(), saved);
+}
+
+TEST_F(Lv2, AHostThatRestoresPortsAndStateGetsBothInEitherOrder)
+{
+    const auto saved = someState(library);
+    for (const bool stateFirst : {true, false}) {
+        Lv2Host host(library);
+        host.start();
+        host.runUnheard(100);
+        if (stateFirst) {
+            ASSERT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
+        }
+        for (const auto& parameter : parameterTable())
+            host.controls[parameter.address] =
+                parameter.minValue + 0.37f * (parameter.maxValue - parameter.minValue);
+        host.runUnheard(100);
+        if (!stateFirst) {
+            ASSERT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
+        }
+        host.runUnheard(100);
+        EXPECT_EQ(host.save(), saved);
+    }
+}
+
+TEST_F(Lv2, RefusesWhatIsNoStateAndSaysSoInTheHostsLog)
+{
+    Lv2Host host(library);
+    host.start();
+    host.controls[volume] = 0.125f;
+    host.runUnheard(32);
+    const auto before = host.save();
+    for (const auto& state : {std::string(), std::string("no state"), before.substr(0, 100),
+                              std::string(2000000, ' '), std::string(100, '\0')}) {
+        host.logged.clear();
+        EXPECT_EQ(host.restore(state), LV2_STATE_ERR_UNKNOWN);
+        ASSERT_EQ(host.logged.size(), 1u);
+        EXPECT_TRUE(host.logged[0].starts_with("Velotrine: The state is refused: ")) << host.logged[0];
+        EXPECT_EQ(host.save(), before);
+    }
+    host.logged.clear();
+    EXPECT_EQ(host.restore(before, LV2_ATOM__Int), LV2_STATE_ERR_BAD_TYPE);
+    EXPECT_EQ(host.logged, std::vector<std::string>{"Velotrine: The state is refused: it is not a text.\n"});
+}
+
+TEST_F(Lv2, TheRenderThreadTakesNoMemory)
+{
+    Lv2Host host(library);
+    {
+        const AllocationCounter counter;
+        host.start();
+        ASSERT_GT(counter.count(), 0) << "the plug-in's memory is not counted";
+    }
+    Sound sound(4096);
+    auto sequence = host.sequenceOf({positionOf(7, rolling), positionOf(2000, rolling)});
+    host.connect(lv2Port::left, sound.left.data());
+    host.connect(lv2Port::right, sound.right.data());
+    host.connect(lv2Port::time, sequence.data());
+    bool hasSounded = false;
+    const AllocationCounter counter;
+    for (std::size_t block = 0; block < 50; ++block) {
+        host.controls[block % parameterCount] = 0.75f;
+        host.run(4096);
+        hasSounded = hasSounded || !sound.isSilent();
+    }
+    EXPECT_EQ(counter.count(), 0);
+    EXPECT_TRUE(hasSounded);
+}
+
+TEST_F(Lv2, SavesAndRestoresOnAnotherThreadWhileItPlays)
+{
+    Lv2Host host(library);
+    host.start();
+    const auto saved = host.save();
+    std::atomic<bool> goesOn{true};
+    std::jthread other([&] {
+        while (goesOn) {
+            EXPECT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
+            EXPECT_FALSE(host.save().empty());
+        }
+    });
+    std::mt19937 random(1);
+    for (int block = 0; block < 300; ++block) {
+        host.controls[random() % parameterCount] = std::uniform_real_distribution(0.0f, 5.0f)(random);
+        EXPECT_TRUE(isInBounds(playedBy(host, 512, {positionOf(100, rolling)})));
+    }
+    goesOn = false;
+}
+
+TEST_F(Lv2, SurvivesRandomHosts)
+{
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        std::mt19937 random(seed);
+        const auto below = [&random](unsigned count) {
+            return std::uniform_int_distribution<unsigned>(0, count - 1)(random);
+        };
+        Lv2Host host(library, 8000.0 + below(184000));
+        host.start();
+        for (int block = 0; block < 30; ++block) {
+            for (unsigned i = 0; i < below(10); ++i)
+                host.controls[below(parameterCount)] =
+                    (static_cast<float>(below(2001)) - 1000.0f) / static_cast<float>(1 + below(100));
+            std::vector<Lv2Position> positions;
+            for (unsigned i = 0; i < below(4); ++i) {
+                auto transport = below(4) == 0 ? stopped : rolling;
+                transport.tempo = below(1000);
+                transport.beatsPerBar = below(20);
+                transport.beatUnit = below(20);
+                positions.push_back(positionOf(static_cast<std::int64_t>(below(6000)) - 1000, transport));
+            }
+            ASSERT_TRUE(isInBounds(playedBy(host, static_cast<int>(below(4096)), positions))) << seed;
+            if (below(10) == 0) {
+                host.stop();
+                host.start();
+            }
+        }
+    }
+}
+
+TEST_F(Lv2, IsSilentWhileItIsNotActive)
+{
+    Lv2Host host(library);
+    EXPECT_TRUE(playedBy(host, 48000, {positionOf(0, rolling)}).isSilent());
+    host.start();
+    EXPECT_FALSE(playedBy(host, 48000).isSilent());
+    host.stop();
+    EXPECT_TRUE(playedBy(host, 48000).isSilent());
+}
+
+TEST_F(Lv2, FollowsTheSwitchFromTheHostsClockToItsOwn)
+{
+    Lv2Host host(library);
+    host.start();
+    host.controls[sync] = 0.0f;
+    playedBy(host, 32);
+    // Its own clock stands until somebody presses play in the editor.
+    EXPECT_TRUE(playedBy(host, 48000, {positionOf(0, rolling)}).isSilent());
+    host.controls[sync] = 1.0f;
+    EXPECT_FALSE(playedBy(host, 48000).isSilent());
+}
+
+TEST_F(Lv2, ComesAndGoesQuickly)
+{
+    using Clock = std::chrono::steady_clock;
+    constexpr int instances = 50;
+    const Lv2Host first(library);
+    const auto before = Clock::now();
+    for (int i = 0; i < instances; ++i)
+        const Lv2Host host(library);
+    const auto each = std::chrono::duration<double, std::milli>(Clock::now() - before).count() / instances;
+    EXPECT_LT(each, 20.0);
+    std::vector<std::unique_ptr<Lv2Host>> together;
+    for (int i = 0; i < 20; ++i)
+        together.push_back(std::make_unique<Lv2Host>(library));
+}
+
+} // namespace
+} // namespace velotrine
