@@ -83,8 +83,6 @@ protected:
     void viewWillAppear() override;
 
 private:
-    class RootView;
-
     std::unique_ptr<AURotaryControl> makeKnob(GlobalParameter parameter, const juce::String& name,
                                               AURotaryControl::ImageProvider underlay);
     void makeKnobs();
@@ -95,6 +93,9 @@ private:
     void disconnectFromAudioUnit();
 
     void write(ParameterAddress address, float value);
+
+    /// Escape closes the ring's panel; space plays and stops where no host wants that key.
+    bool keyPressed(const juce::KeyPress& key);
 
     void refreshRings();
     void refreshRingEditor();
