@@ -3,6 +3,8 @@
 #include "tests/render/ChildProcess.h"
 
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace velotrine {
 
@@ -11,7 +13,8 @@ namespace velotrine {
 class JackServer
 {
 public:
-    JackServer();
+    /// @param options  further ones of the server's
+    explicit JackServer(const std::vector<std::string>& options = {});
 
     /// Asks it to end, and waits until it has.
     ~JackServer();
@@ -26,9 +29,5 @@ public:
 private:
     std::unique_ptr<ChildProcess> process;
 };
-
-/// The loudest sample that the application's outputs send to the server within some seconds; below 0 when the
-/// server does not answer or the application is not connected to it.
-[[nodiscard]] float peakOnJack(double seconds);
 
 } // namespace velotrine

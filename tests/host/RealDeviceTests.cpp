@@ -1,3 +1,4 @@
+#include "tests/host/JackListener.h"
 #include "tests/host/JackServer.h"
 #include "tests/host/MessageLoop.h"
 #include "tests/host/PlayingEngine.h"
