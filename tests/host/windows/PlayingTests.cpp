@@ -5,6 +5,7 @@
 #include "editor/EditorLayout.h"
 #include "editor/FontLoader.h"
 #include "editor/RingEditorViewMac.h"
+#include "tests/host/JackListener.h"
 #include "tests/host/JackServer.h"
 #include "tests/host/windows/ApplicationTest.h"
 
