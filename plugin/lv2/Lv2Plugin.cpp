@@ -5,6 +5,7 @@
 #include <lv2/atom/util.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <string_view>
 
@@ -16,6 +17,13 @@ constexpr std::uint64_t bitOf(ParameterAddress address) noexcept
 {
     static_assert(parameterCount <= 64);
     return std::uint64_t{1} << address;
+}
+
+/// Whether a port says a value as a song does that keeps six digits of it.
+bool isRounded(float port, float value) noexcept
+{
+    constexpr float precision = 1e-6f;
+    return std::abs(port - value) <= precision * std::max(1.0f, std::abs(value));
 }
 
 } // namespace
@@ -74,22 +82,24 @@ void Lv2Plugin::run(std::uint32_t frames) noexcept
 
 void Lv2Plugin::applyPorts() noexcept
 {
-    const auto nowHeld = held.load();
     for (ParameterAddress address = 0; address < parameterCount; ++address)
         if (controls[address] != nullptr)
-            applyPort(address, *controls[address], (nowHeld & bitOf(address)) != 0);
+            applyPort(address, *controls[address]);
 }
 
-void Lv2Plugin::applyPort(ParameterAddress address, float value, bool isHeld) noexcept
+void Lv2Plugin::applyPort(ParameterAddress address, float value) noexcept
 {
-    if (portValues[address].exchange(value, std::memory_order_relaxed) != value && !isHeld)
+    const auto isOld = portValues[address].exchange(value, std::memory_order_relaxed) == value;
+    const auto isHeld = (held & bitOf(address)) != 0;
+    const auto isState = restored != settled && isRounded(value, instrument.value(address));
+    if (!isOld && !isHeld && !isState)
         instrument.setValue(address, static_cast<double>(value));
 }
 
 void Lv2Plugin::showPort(ParameterAddress address, float value) noexcept
 {
     if (!isActive)
-        applyPort(address, value, (held.load() & bitOf(address)) != 0);
+        applyPort(address, value);
 }
 
 template <typename RenderUpTo>

@@ -23,7 +23,8 @@ namespace velotrine {
 /// Values have two homes, the host's control ports and the instrument. What changed last wins: a port counts
 /// when its value is another than at the run before, so that a host which restores its ports and the state in
 /// whichever order gets both, and a host which restores only the state does not have it overwritten by ports
-/// that still show what was before. The editor then writes the state's values to these ports.
+/// that still show what was before. The editor then writes the state's values to these ports. Where both say
+/// the same but for a song's rounding of the ports, the state is right.
 class Lv2Plugin final : private InstrumentHost
 {
 public:
@@ -68,7 +69,7 @@ private:
     void endGesture(ParameterAddress address) override;
 
     void applyPorts() noexcept;
-    void applyPort(ParameterAddress address, float value, bool isHeld) noexcept;
+    void applyPort(ParameterAddress address, float value) noexcept;
     template <typename RenderUpTo>
     void applyEvents(RenderUpTo&& renderUpTo) noexcept;
 

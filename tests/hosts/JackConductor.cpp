@@ -100,8 +100,13 @@ JackTake JackConductor::perform(const JackScore& newScore, bool isFreewheeling)
         jack_set_freewheel(client, 1);
     isPerforming = true;
     const bool isDone = waitUntil([this] { return !isPerforming; });
-    if (isFreewheeling)
+    if (isFreewheeling) {
         jack_set_freewheel(client, 0);
+        // A server that is asked for more while it goes back to its time may wait for seconds.
+        constexpr int severalCycles = 10;
+        const int before = cyclesHeard;
+        waitUntil([&] { return cyclesHeard > before + severalCycles; });
+    }
     if (!isDone)
         throw std::runtime_error("JACK does not call");
     return std::exchange(take, {});
@@ -109,6 +114,7 @@ JackTake JackConductor::perform(const JackScore& newScore, bool isFreewheeling)
 
 void JackConductor::process(jack_nframes_t frames)
 {
+    ++cyclesHeard;
     if (!isPerforming)
         return;
     jack_position_t position{};

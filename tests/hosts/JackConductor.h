@@ -62,6 +62,7 @@ private:
     JackTake take;
     std::atomic<double> tempo{120.0};
     std::atomic<bool> isPerforming{false};
+    std::atomic<int> cyclesHeard{0};
 };
 
 } // namespace velotrine
