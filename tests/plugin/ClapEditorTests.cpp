@@ -2,10 +2,12 @@
 #include "tests/plugin/VirtualDisplay.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -17,6 +19,7 @@ using namespace std::chrono_literals;
 
 constexpr unsigned width = 480;
 constexpr unsigned height = 360;
+constexpr HostTransport rolling{.tempo = 240.0, .beatsPerBar = 4, .beatUnit = 4, .isPlaying = true};
 constexpr int manyColours = 30; ///< text and rings are smoothed; an empty window has one
 
 class ClapEditor : public testing::Test
@@ -310,11 +313,8 @@ TEST_F(ClapEditor, IsOpenWhileItPlaysAndLoadsStates)
     const auto saved = host.save();
     Sound sound(512);
     for (int block = 0; block < 40; ++block) {
-        host.process(
-            sound.left.data(), sound.right.data(), 512,
-            HostTransport{
-                .tempo = 120.0, .tempoPerFrame = 0.0, .beatsPerBar = 4, .beatUnit = 4, .isPlaying = true},
-            {{0, 9, static_cast<double>(block % 17)}});
+        host.process(sound.left.data(), sound.right.data(), 512, rolling,
+                     {{0, 9, static_cast<double>(block % 17)}});
         if (block % 10 == 9) {
             EXPECT_TRUE(host.load(saved));
         }
@@ -322,6 +322,73 @@ TEST_F(ClapEditor, IsOpenWhileItPlaysAndLoadsStates)
     }
     EXPECT_GT(display.coloursIn(parent), manyColours);
     EXPECT_TRUE(host.told.empty());
+}
+
+TEST_F(ClapEditor, OpensAndClosesWhileItPlaysAndIsSavedAndLoadedOnOtherThreads)
+{
+    ClapHost host(library);
+    const auto parent = display.makeWindow(width, height);
+    ASSERT_TRUE(host.start(48000.0, 512));
+    const auto saved = host.save();
+    std::atomic<bool> goesOn{true};
+    std::atomic<int> soundingBlocks{0};
+    std::jthread player([&] {
+        while (goesOn) {
+            Sound sound(512);
+            host.process(sound.left.data(), sound.right.data(), 512, rolling, {{40, 0, 0.75}});
+            soundingBlocks += sound.isSilent() ? 0 : 1;
+            std::this_thread::sleep_for(1ms);
+        }
+    });
+    std::jthread keeper([&] {
+        while (goesOn) {
+            EXPECT_FALSE(host.save().empty());
+            EXPECT_TRUE(host.load(saved));
+            std::this_thread::sleep_for(1ms);
+        }
+    });
+    for (int round = 0; round < 5; ++round) {
+        open(host, parent);
+        host.runLoop(60ms);
+        EXPECT_GT(display.coloursIn(parent), manyColours);
+        close(host);
+    }
+    goesOn = false;
+    player.join();
+    EXPECT_GT(soundingBlocks, 10);
+}
+
+TEST_F(ClapEditor, AKnobIsTurnedWhileTheHostAutomatesOtherControlsOnItsRenderThread)
+{
+    ClapHost host(library);
+    const auto parent = display.makeWindow(width, height);
+    ASSERT_TRUE(host.start(48000.0, 512));
+    open(host, parent);
+    host.runLoop(100ms);
+    std::atomic<bool> goesOn{true};
+    std::jthread player([&] {
+        for (int block = 0; goesOn; ++block) {
+            Sound sound(512);
+            const auto id = static_cast<clap_id>(1 + block % 38);
+            host.process(sound.left.data(), sound.right.data(), 512, rolling, {{0, id, block % 5 / 4.0}});
+            std::this_thread::sleep_for(1ms);
+        }
+    });
+    display.act("mousemove " + knob() + " mousedown 1");
+    host.runLoop(50ms);
+    display.act("mousemove_relative -- 0 -20 mousemove_relative -- 0 -20");
+    host.runLoop(50ms);
+    display.act("mouseup 1");
+    host.runLoop(50ms);
+    goesOn = false;
+    player.join();
+    ASSERT_GE(host.told.size(), 3u);
+    EXPECT_EQ(host.told.front(), "begin 0");
+    EXPECT_EQ(host.told.back(), "end 0");
+    EXPECT_TRUE(std::ranges::all_of(host.told, [](const std::string& edit) {
+        return edit == "begin 0" || edit == "end 0" || edit.starts_with("0 = ");
+    }));
+    EXPECT_GT(host.value(0), 0.5);
 }
 
 } // namespace

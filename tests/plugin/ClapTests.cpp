@@ -259,6 +259,22 @@ TEST_F(Clap, SavesTheSameBytesAfterLoadingThem)
     }
 }
 
+TEST_F(Clap, LoadingItsOwnStateIsNotHeard)
+{
+    ClapHost undisturbed(library);
+    ClapHost loading(library);
+    ASSERT_TRUE(undisturbed.start(sampleRate, 512));
+    ASSERT_TRUE(loading.start(sampleRate, 512));
+    for (int block = 0; block < 200; ++block) {
+        Sound expected(512);
+        Sound sound(512);
+        undisturbed.process(expected.left.data(), expected.right.data(), 512, rolling);
+        loading.process(sound.left.data(), sound.right.data(), 512, rolling);
+        ASSERT_TRUE(sound == expected) << block;
+        ASSERT_TRUE(loading.load(loading.save()));
+    }
+}
+
 TEST_F(Clap, RefusesWhatIsNoStateAndSaysSoInTheHostsLog)
 {
     ClapHost host(library);

@@ -6,9 +6,11 @@
 #include "tests/plugin/Sound.h"
 #include "tests/plugin/VirtualDisplay.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -126,9 +128,35 @@ TEST_F(Vst3, SoundsTheSameWhateverTheHostsBlockSizes)
     }
 }
 
-TEST_F(Vst3, SoundsLikeTheAudioUnitAtTheSameTempo)
+TEST_F(Vst3, SoundsTheSameWhateverTheHostsBlockSizesWithAutomationEvery32Frames)
 {
-    for (const double rate : {8000.0, 44100.0, 44056.25, 192000.0}) {
+    const auto played = [this](const std::function<int(int done)>& blockAt) {
+        Vst3Host host;
+        constexpr int frames = 32 * 1000;
+        Sound sound(frames);
+        EXPECT_TRUE(host.start(sampleRate, 32));
+        for (int done = 0; done < frames;) {
+            const int count = blockAt(done);
+            std::vector<Vst3Automation> automation;
+            if (done % 32 == 0)
+                automation = {{idOf(host, 7), 0.5 + 0.4 * std::sin(done / 2000.0)},
+                              {idOf(host, 0), 0.5 + 0.5 * std::cos(done / 2000.0)}};
+            EXPECT_TRUE(host.process(sound.left.data() + done, sound.right.data() + done, count, rolling,
+                                     automation));
+            done += count;
+        }
+        return sound;
+    };
+    const auto expected = played([](int) { return 32; });
+    EXPECT_FALSE(expected.isSilent());
+    EXPECT_TRUE(played([](int) { return 1; }) == expected);
+    EXPECT_TRUE(played([](int done) { return std::min(1 + done % 17, 32 - done % 32); }) == expected);
+}
+
+TEST_F(Vst3, SoundsLikeTheAudioUnitAtEveryRateThatADeviceHas)
+{
+    for (const double rate : {8000.0, 11025.0, 22050.0, 44100.0, 44056.25, 47999.999, 48000.0, 88200.0,
+                              96000.0, 176400.0, 192000.0, 384000.0, 768000.0}) {
         constexpr int frames = 60000;
         Vst3Host host;
         ASSERT_TRUE(host.start(rate, frames));
@@ -136,6 +164,21 @@ TEST_F(Vst3, SoundsLikeTheAudioUnitAtTheSameTempo)
         ASSERT_TRUE(host.process(sound.left.data(), sound.right.data(), frames, rolling));
         const auto expected = soundOfTheAudioUnit(frames, rate, rolling.tempo, [](VelotrineAudioUnit&) {});
         EXPECT_TRUE(sound == expected) << rate;
+    }
+}
+
+TEST_F(Vst3, SurvivesARateThatNoDeviceHas)
+{
+    for (const double rate : {0.0, -48000.0, 1.0, 1e9, std::nan("")}) {
+        Vst3Host host;
+        host.start(rate, 512);
+        Sound sound(512);
+        host.process(sound.left.data(), sound.right.data(), 512, rolling);
+        EXPECT_TRUE(sound.isSilent()) << rate;
+        ASSERT_TRUE(host.start(sampleRate, 48000));
+        Sound later(48000);
+        host.process(later.left.data(), later.right.data(), 48000, rolling);
+        EXPECT_FALSE(later.isSilent()) << rate;
     }
 }
 
@@ -171,6 +214,47 @@ TEST_F(Vst3, SavesTheSameBytesAfterLoadingThem)
     const Vst3Host second;
     EXPECT_TRUE(second.load(saved));
     EXPECT_EQ(second.save(), saved);
+}
+
+TEST_F(Vst3, AHostThatSendsBackTheValuesThatItReadsChangesNothing)
+{
+    // The first three come out one float beside, on the way to 0..1 and back.
+    Vst3Host host;
+    ASSERT_TRUE(host.start(sampleRate, 512));
+    Sound sound(512);
+    for (const auto* const tempo : {"105.00025", "125.00033", "180.00102", "97.3"}) {
+        auto state = host.save();
+        const auto number = state.find("\"bpm\": ") + 7;
+        state.replace(number, state.find(',', number) - number, tempo);
+        ASSERT_TRUE(host.load(state));
+        const auto saved = host.save();
+        ASSERT_NE(saved.find(tempo), std::string::npos);
+        std::vector<Vst3Automation> all;
+        for (const auto& parameter : host.parameters())
+            if (parameter.id != programId(host))
+                all.push_back(
+                    {parameter.id, static_cast<double>(static_cast<float>(host.value(parameter.id)))});
+        host.process(sound.left.data(), sound.right.data(), 512, rolling, all);
+        EXPECT_EQ(host.save(), saved);
+    }
+}
+
+TEST_F(Vst3, LoadingItsOwnStateIsNotHeard)
+{
+    Vst3Host undisturbed;
+    Vst3Host loading;
+    for (int block = 0; block < 200; ++block) {
+        if (block == 0) {
+            ASSERT_TRUE(undisturbed.start(sampleRate, 512));
+            ASSERT_TRUE(loading.start(sampleRate, 512));
+        }
+        Sound expected(512);
+        Sound sound(512);
+        undisturbed.process(expected.left.data(), expected.right.data(), 512, rolling);
+        loading.process(sound.left.data(), sound.right.data(), 512, rolling);
+        ASSERT_TRUE(sound == expected) << block;
+        ASSERT_TRUE(loading.load(loading.save()));
+    }
 }
 
 TEST_F(Vst3, ARefusedStateLeavesEverythingAsItWas)
@@ -219,6 +303,67 @@ TEST_F(Vst3, SavesAndLoadsOnAnotherThreadWhileItPlays)
         EXPECT_TRUE(std::ranges::all_of(sound.left, [](float sample) { return std::abs(sample) <= 1.0f; }));
     }
     goesOn = false;
+}
+
+TEST_F(Vst3, TakesValuesFromTwoThreadsWhileItPlays)
+{
+    Vst3Host host;
+    ASSERT_TRUE(host.start(sampleRate, 512));
+    std::atomic<bool> goesOn{true};
+    const auto parameters = host.parameters();
+    std::jthread other([&] {
+        for (std::size_t i = 0; goesOn; ++i)
+            host.setValue(parameters[i % parameterCount].id, static_cast<double>(i % 11) / 10.0);
+    });
+    for (int block = 0; block < 300; ++block) {
+        Sound sound(512);
+        host.process(sound.left.data(), sound.right.data(), 512, rolling,
+                     {{parameters[static_cast<std::size_t>(block) % parameterCount].id, block % 7 / 6.0}});
+        EXPECT_TRUE(std::ranges::all_of(sound.left, [](float sample) { return std::abs(sample) <= 1.0f; }));
+    }
+    goesOn = false;
+}
+
+TEST_F(Vst3, SurvivesRandomHosts)
+{
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        std::mt19937 random(seed);
+        const auto below = [&random](unsigned count) {
+            return std::uniform_int_distribution<unsigned>(0, count - 1)(random);
+        };
+        Vst3Host host;
+        const auto parameters = host.parameters();
+        ASSERT_TRUE(host.start(8000.0 + below(184000), 4096));
+        for (int block = 0; block < 30; ++block) {
+            std::vector<Vst3Automation> automation;
+            for (unsigned i = 0; i < below(40); ++i)
+                automation.push_back({below(50) == 0 ? below(1000000) : parameters[below(parameterCount)].id,
+                                      (below(2001) - 500.0) / (1 + below(1000))});
+            auto transport = below(4) == 0 ? stopped : rolling;
+            transport.tempo = below(1000);
+            transport.beatsPerBar = below(20);
+            transport.beatUnit = below(20);
+            const auto frames = static_cast<int>(below(4097));
+            Sound sound(4097);
+            host.process(sound.left.data(), sound.right.data(), frames, transport, automation);
+            ASSERT_TRUE(std::all_of(sound.left.begin(), sound.left.begin() + frames, [](float sample) {
+                return std::abs(sample) <= 1.0f;
+            })) << seed;
+            ASSERT_EQ(sound.left[static_cast<std::size_t>(frames)], Sound::untouched);
+        }
+    }
+}
+
+TEST_F(Vst3, ComesAndGoesQuickly)
+{
+    using Clock = std::chrono::steady_clock;
+    constexpr int instances = 20;
+    const Vst3Host first;
+    const auto before = Clock::now();
+    for (int i = 0; i < instances; ++i)
+        const Vst3Host host;
+    const auto each = std::chrono::duration<double, std::milli>(Clock::now() - before).count() / instances;
+    EXPECT_LT(each, 20.0);
 }
 
 class Vst3Editor : public testing::Test
@@ -281,6 +426,40 @@ TEST_F(Vst3Editor, TellsTheHostWhatAProgramChanges)
     EXPECT_NE(host.save().find("Lazy 8"), std::string::npos);
     EXPECT_NE(std::ranges::find(host.told(), "29 = 1."), host.told().end());
     EXPECT_NEAR(host.value(idOf(host, 29)), static_cast<double>(presetTable()[9].values[29]), 1e-6);
+}
+
+TEST_F(Vst3Editor, OpensAndClosesWhileItPlaysAndIsSavedAndLoadedOnOtherThreads)
+{
+    Vst3Host host;
+    const auto parent = display.makeWindow(480, 360);
+    ASSERT_TRUE(host.start(sampleRate, 512));
+    const auto saved = host.save();
+    std::atomic<bool> goesOn{true};
+    std::atomic<int> soundingBlocks{0};
+    std::jthread player([&] {
+        while (goesOn) {
+            Sound sound(512);
+            host.process(sound.left.data(), sound.right.data(), 512, rolling);
+            soundingBlocks += sound.isSilent() ? 0 : 1;
+            std::this_thread::sleep_for(1ms);
+        }
+    });
+    std::jthread keeper([&] {
+        while (goesOn) {
+            EXPECT_FALSE(host.save().empty());
+            EXPECT_TRUE(host.load(saved));
+            std::this_thread::sleep_for(1ms);
+        }
+    });
+    for (int round = 0; round < 5; ++round) {
+        ASSERT_TRUE(host.open(parent));
+        host.runLoop(60ms);
+        EXPECT_GT(display.coloursIn(parent), manyColours);
+        host.close();
+    }
+    goesOn = false;
+    player.join();
+    EXPECT_GT(soundingBlocks, 10);
 }
 
 TEST_F(Vst3Editor, LeavesTheKeyboardToTheHost)

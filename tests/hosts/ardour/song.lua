@@ -1,0 +1,59 @@
+-- What both scripts need: the plug-in's controls, its loudness, and a clean end. Objects of the host's that a
+-- script still holds when the session closes would be freed too late; so the scripts keep them in functions.
+
+local answers = assert(io.open(arg.answers, "w"))
+
+--- One fact for the test: words, separated by tabs.
+function answer(...)
+  answers:write(table.concat({...}, "\t"), "\n")
+  answers:flush()
+end
+
+function instrument(session)
+  return session:route_by_name("Instrument"):nth_plugin(0)
+end
+
+--- Calls with index, name, range and value of each control that a musician can automate.
+function each_control(processor, call)
+  local plugin = processor:to_insert():plugin(0)
+  for index = 0, plugin:parameter_count() - 1 do
+    local name = plugin:parameter_label(index)
+    -- VST3 hosts get a switch to bypass the plug-in, which is not the instrument's.
+    if plugin:parameter_is_control(index) and plugin:parameter_is_input(index) and name ~= "Bypass" then
+      local _, found = plugin:get_parameter_descriptor(index, ARDOUR.ParameterDescriptor())
+      call(index, name, found[2])
+    end
+  end
+end
+
+function answer_values(processor, when)
+  each_control(processor, function(index)
+    answer(when, index, string.format("%.17g", ARDOUR.LuaAPI.get_processor_param(processor, index)))
+  end)
+end
+
+--- The highest peak on the track within the next seconds, in decibels.
+function answer_level(session, when, seconds)
+  local meter = session:route_by_name("Instrument"):peak_meter()
+  meter:reset_max()
+  sleep(seconds)
+  answer("level", when, meter:meter_level(0, ARDOUR.MeterType.MeterMaxPeak))
+end
+
+--- A note rings for little more than a second.
+function wait_until_the_last_note_has_ended()
+  sleep(2)
+end
+
+function set_tempo(quarters_per_minute)
+  local map = Temporal.TempoMap.fetch_writable()
+  map:set_tempo(Temporal.Tempo(quarters_per_minute, quarters_per_minute, 4), Temporal.timepos_t(0))
+  Temporal.TempoMap.update(map)
+end
+
+function finish()
+  collectgarbage()
+  collectgarbage()
+  close_session()
+  quit()
+end
