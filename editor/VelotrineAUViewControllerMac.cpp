@@ -330,7 +330,7 @@ void VelotrineAUViewControllerMac::refreshSyncDependentControls()
     setUsable(*playButton, !isSynced);
 }
 
-void VelotrineAUViewControllerMac::showTempo(float bpm)
+void VelotrineAUViewControllerMac::showTempo(float bpm) const
 {
     bpmField->show(juce::String::formatted("%.1f", static_cast<double>(bpm)));
     bpmStepper->setValue(static_cast<double>(bpm));

@@ -100,7 +100,7 @@ private:
     void refreshRings();
     void refreshRingEditor();
     void refreshSyncDependentControls();
-    void showTempo(float bpm);
+    void showTempo(float bpm) const;
     void openMenu(EditorButton& button, std::span<const std::string_view> names, int current,
                   std::function<void(int)> picked);
 
