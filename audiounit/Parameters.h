@@ -28,15 +28,15 @@ enum class ParameterKind
 /// One row of the list of parameters, from which everything that knows parameters is made.
 struct ParameterInfo
 {
-    ParameterAddress address;
+    ParameterAddress address = 0;
     std::string identifier; ///< for programs, stable for ever
     std::string name;       ///< for people
-    float minValue;
-    float maxValue;
-    AudioUnitParameterUnit unit;
-    AudioUnitParameterOptions flags;
-    float initialValue;
-    ParameterKind kind;
+    float minValue = 0.0f;
+    float maxValue = 1.0f;
+    AudioUnitParameterUnit unit = AudioUnitParameterUnit::generic;
+    AudioUnitParameterOptions flags = 0;
+    float initialValue = 0.0f;
+    ParameterKind kind = ParameterKind::amount;
 
     /// Only whole numbers make sense.
     [[nodiscard]] bool isDiscrete() const noexcept

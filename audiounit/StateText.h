@@ -10,7 +10,7 @@
 namespace velotrine {
 
 /// A state larger than this is not one of ours.
-inline constexpr std::size_t maxStateBytes = 1024 * 1024;
+inline constexpr std::size_t maxStateBytes = std::size_t{1} << 20;
 
 /// Writes a state as JSON, version 1: the same text for the same state, values in as few digits as give them
 /// back. A value that is not finite, which JSON cannot say, is left out.

@@ -277,9 +277,9 @@ bool AURotaryControl::keyPressed(const juce::KeyPress& key)
         return false;
     const auto step = arrowStep * (key.getModifiers().isShiftDown() ? fineScale : 1.0f);
     const auto code = key.getKeyCode();
-    if (code == juce::KeyPress::escapeKey) {
+    if (code == juce::KeyPress::escapeKey)
         return cancelDrag();
-    } else if (code == juce::KeyPress::upKey || code == juce::KeyPress::rightKey) {
+    if (code == juce::KeyPress::upKey || code == juce::KeyPress::rightKey) {
         moveBy(step);
     } else if (code == juce::KeyPress::downKey || code == juce::KeyPress::leftKey) {
         moveBy(-step);

@@ -155,17 +155,12 @@ juce::Rectangle<double> largestClearSquare(juce::Rectangle<double> area,
             half = std::min(half, distanceBetween(centre, obstacle) - clearance - roundingSlack);
         return half;
     };
-    // Among equals, a hair of preference for the middle.
-    const auto merit = [&](juce::Point<double> centre) {
-        return halfSideAt(centre) - 1.0e-3 * centre.getDistanceFrom(area.getCentre());
-    };
-
     auto best = area.getCentre();
     for (int column = 0; column <= coarseSteps; ++column)
         for (int row = 0; row <= coarseSteps; ++row) {
             const auto candidate = area.getRelativePoint(static_cast<double>(column) / coarseSteps,
                                                          static_cast<double>(row) / coarseSteps);
-            if (merit(candidate) > merit(best))
+            if (halfSideAt(candidate) > halfSideAt(best))
                 best = candidate;
         }
     for (auto step = std::max(area.getWidth(), area.getHeight()) / coarseSteps; step > 0.05;) {
@@ -178,13 +173,22 @@ juce::Rectangle<double> largestClearSquare(juce::Rectangle<double> area,
                                  {-step, step},
                                  {step, -step},
                                  {-step, -step}})
-            if (merit(before + move) > merit(best))
+            if (halfSideAt(before + move) > halfSideAt(best))
                 best = before + move;
         if (best == before)
             step /= 2.0;
     }
+    const auto half = halfSideAt(best);
+    const auto furthest = [&](juce::Point<double> step) {
+        auto centre = best;
+        while (halfSideAt(centre + step) >= half)
+            centre += step;
+        return centre;
+    };
+    best = (furthest({0.5, 0.0}) + furthest({-0.5, 0.0})) / 2.0;
+    best = (furthest({0.0, 0.5}) + furthest({0.0, -0.5})) / 2.0;
 
-    const auto side = std::floor(2.0 * std::max(0.0, halfSideAt(best)));
+    const auto side = std::floor(2.0 * std::max(0.0, half));
     const auto x = std::clamp(std::round(best.x - side / 2.0), std::ceil(area.getX()),
                               std::max(std::ceil(area.getX()), std::floor(area.getRight()) - side));
     const auto y = std::clamp(std::round(best.y - side / 2.0), std::ceil(area.getY()),

@@ -43,7 +43,7 @@ using TextWidth = std::function<double(std::string_view text, double fontSize)>;
 [[nodiscard]] EditorLayout layOutEditor(double width, double height, const TextWidth& textWidth);
 
 /// The largest square of whole points inside an area whose inscribed circle keeps a distance from all
-/// obstacles; of several, one nearest to the area's middle. Its side is 0 where nothing fits.
+/// obstacles; of several side by side, the one in the middle. Its side is 0 where nothing fits.
 [[nodiscard]] juce::Rectangle<double> largestClearSquare(juce::Rectangle<double> area,
                                                          std::span<const juce::Rectangle<double>> obstacles,
                                                          double clearance);

@@ -4,6 +4,7 @@
 #include "audiounit/Parameters.h"
 #include "editor/Colours.h"
 #include "editor/EditorLayout.h"
+#include "editor/EditorRootView.h"
 #include "editor/FontLoader.h"
 #include "editor/KnobsStyleKit.h"
 #include "engine/FatalError.h"
@@ -62,49 +63,6 @@ void place(juce::Component& component, juce::Rectangle<double> bounds)
 
 } // namespace
 
-/// Escape closes the ring's panel. Space plays and stops where no host wants that key. Both come from the
-/// whole window, whatever in it has the keyboard's focus, if only nothing there uses them.
-class VelotrineAUViewControllerMac::RootView final : public FlippedView, private juce::KeyListener
-{
-public:
-    explicit RootView(VelotrineAUViewControllerMac& owner) : controller(owner) {}
-
-    ~RootView() override { listenTo(nullptr); }
-
-    RootView(const RootView&) = delete;
-    RootView& operator=(const RootView&) = delete;
-
-    void parentHierarchyChanged() override { listenTo(getTopLevelComponent()); }
-
-private:
-    using FlippedView::keyPressed;
-
-    void listenTo(juce::Component* newWindow)
-    {
-        if (window != nullptr)
-            window->removeKeyListener(this);
-        window = newWindow;
-        if (window != nullptr)
-            window->addKeyListener(this);
-    }
-
-    bool keyPressed(const juce::KeyPress& key, juce::Component*) override
-    {
-        if (key == juce::KeyPress(juce::KeyPress::escapeKey) && controller.ringEditor->isVisible()) {
-            controller.dismissRingEditor();
-            return true;
-        }
-        if (key == juce::KeyPress(juce::KeyPress::spaceKey) && !controller.hostProvidesSync) {
-            controller.playTapped();
-            return true;
-        }
-        return false;
-    }
-
-    VelotrineAUViewControllerMac& controller;
-    juce::Component::SafePointer<juce::Component> window;
-};
-
 VelotrineAUViewControllerMac::VelotrineAUViewControllerMac()
     : parameters([this] { return audioUnit ? audioUnit->parameterTree() : nullptr; }),
       refreshRequest(std::make_shared<MainThreadRequest>([this] { refreshControls(); }))
@@ -134,7 +92,8 @@ std::shared_ptr<VelotrineAudioUnit> VelotrineAUViewControllerMac::createAudioUni
 
 void VelotrineAUViewControllerMac::loadView()
 {
-    auto root = std::make_unique<RootView>(*this);
+    auto root = std::make_unique<EditorRootView>();
+    root->onUnusedKey = [this](const juce::KeyPress& key) { return keyPressed(key); };
     root->setLookAndFeel(&lookAndFeel.get());
     root->setBackground(colours::background);
     root->setFocusContainerType(juce::Component::FocusContainerType::keyboardFocusContainer);
@@ -371,7 +330,7 @@ void VelotrineAUViewControllerMac::refreshSyncDependentControls()
     setUsable(*playButton, !isSynced);
 }
 
-void VelotrineAUViewControllerMac::showTempo(float bpm)
+void VelotrineAUViewControllerMac::showTempo(float bpm) const
 {
     bpmField->show(juce::String::formatted("%.1f", static_cast<double>(bpm)));
     bpmStepper->setValue(static_cast<double>(bpm));
@@ -477,6 +436,19 @@ void VelotrineAUViewControllerMac::pickScale(int scale)
 {
     scaleButton->setButtonText(juceText(scaleNames[static_cast<std::size_t>(scale)]));
     write(addressOf(GlobalParameter::scaleType), static_cast<float>(scale));
+}
+
+bool VelotrineAUViewControllerMac::keyPressed(const juce::KeyPress& key)
+{
+    if (key == juce::KeyPress(juce::KeyPress::escapeKey) && ringEditor->isVisible()) {
+        dismissRingEditor();
+        return true;
+    }
+    if (key == juce::KeyPress(juce::KeyPress::spaceKey) && !hostProvidesSync) {
+        playTapped();
+        return true;
+    }
+    return false;
 }
 
 void VelotrineAUViewControllerMac::playTapped()

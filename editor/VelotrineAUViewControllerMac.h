@@ -83,8 +83,6 @@ protected:
     void viewWillAppear() override;
 
 private:
-    class RootView;
-
     std::unique_ptr<AURotaryControl> makeKnob(GlobalParameter parameter, const juce::String& name,
                                               AURotaryControl::ImageProvider underlay);
     void makeKnobs();
@@ -96,10 +94,13 @@ private:
 
     void write(ParameterAddress address, float value);
 
+    /// Escape closes the ring's panel; space plays and stops where no host wants that key.
+    bool keyPressed(const juce::KeyPress& key);
+
     void refreshRings();
     void refreshRingEditor();
     void refreshSyncDependentControls();
-    void showTempo(float bpm);
+    void showTempo(float bpm) const;
     void openMenu(EditorButton& button, std::span<const std::string_view> names, int current,
                   std::function<void(int)> picked);
 

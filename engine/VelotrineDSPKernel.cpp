@@ -260,7 +260,7 @@ VelotrineDSPKernel::Motion VelotrineDSPKernel::motionAt(const Tempo& tempo) cons
     const auto active = static_cast<double>(activity.load());
     const double spread = 2.0 * std::max(active - activityWithoutSpread, 0.0);
 
-    Motion motion;
+    Motion motion{};
     motion.barStep = tempo.quartersPerMinute / (quartersPerBar * secondsPerMinute * sampleRate);
     motion.wobbleAmplitude =
         (static_cast<double>(calories.load()) * wobbleDepth) / (quartersPerBar * quartersPerBar);

@@ -30,10 +30,6 @@ constexpr double turnsPerRadian = 0.15915494309189535;
 /// 60 dB below full scale, where a note ends.
 constexpr float silence = 0.001f;
 
-/// Phases run on beyond a turn for so many frames before whole turns are taken off: seldom enough to cost
-/// nothing, and often enough to lose no precision.
-constexpr int framesBetweenWraps = 16;
-
 /// Voices side by side in memory, one lane each. Lanes without a voice are silent: their gain is 0.
 struct VoiceLanes
 {
@@ -93,9 +89,19 @@ HWY_INLINE DoubleVector PushedOn(DoubleVector phaseTurns, FloatVector radians)
     return hn::MulAdd(hn::PromoteTo(d, radians), hn::Set(d, turnsPerRadian), phaseTurns);
 }
 
-HWY_INLINE DoubleVector Wrapped(DoubleVector phase)
+HWY_INLINE DoubleVector FractionOf(DoubleVector turns)
 {
-    return hn::Sub(phase, hn::Floor(phase));
+    return hn::Sub(turns, hn::Floor(turns));
+}
+
+/// The phase one sample later. A turn is taken off as soon as it is full: phases that run on beyond it round
+/// otherwise, and the differences add up.
+HWY_INLINE DoubleVector MovedOn(DoubleVector phase, DoubleVector step)
+{
+    const Doubles d;
+    const auto one = hn::Set(d, 1.0);
+    const auto next = hn::Add(phase, step);
+    return hn::Sub(next, hn::IfThenElseZero(hn::Ge(next, one), one));
 }
 
 /// So many vectors of voices, in registers.
@@ -124,8 +130,8 @@ struct VoiceVectors
             carrierPhase[v] = hn::Load(d, lanes.carrierPhase + lane);
             modPhase[v] = hn::Load(d, lanes.modPhase + lane);
             // Of a step beyond a turn only the fraction is heard.
-            carrierStep[v] = Wrapped(hn::Load(d, lanes.carrierStep + lane));
-            modStep[v] = Wrapped(hn::Load(d, lanes.modStep + lane));
+            carrierStep[v] = FractionOf(hn::Load(d, lanes.carrierStep + lane));
+            modStep[v] = FractionOf(hn::Load(d, lanes.modStep + lane));
             amplitude[v] = hn::Load(f, lanes.amplitude + lane);
             decayRate[v] = hn::Load(f, lanes.decayRate + lane);
             gain[v] = hn::Load(f, lanes.gain + lane);
@@ -172,7 +178,7 @@ struct VoiceVectors
         for (std::size_t v = 0; v < count; ++v) {
             lastMod2[v] = lastMod1[v];
             lastMod1[v] = hn::DemoteTo(f, sines[v]);
-            modPhase[v] = hn::Add(modPhase[v], modStep[v]);
+            modPhase[v] = MovedOn(modPhase[v], modStep[v]);
         }
     }
 
@@ -183,19 +189,11 @@ struct VoiceVectors
         auto mix = hn::Zero(f);
         for (std::size_t v = 0; v < count; ++v) {
             mix = hn::MulAdd(hn::Mul(amplitude[v], gain[v]), hn::DemoteTo(f, sines[v]), mix);
-            carrierPhase[v] = hn::Add(carrierPhase[v], carrierStep[v]);
+            carrierPhase[v] = MovedOn(carrierPhase[v], carrierStep[v]);
             amplitude[v] = hn::Mul(amplitude[v], decayRate[v]);
             modIndex[v] = hn::Mul(modIndex[v], modDecayRate[v]);
         }
         return hn::GetLane(hn::SumOfLanes(f, mix));
-    }
-
-    HWY_INLINE void WrapPhases()
-    {
-        for (std::size_t v = 0; v < count; ++v) {
-            carrierPhase[v] = Wrapped(carrierPhase[v]);
-            modPhase[v] = Wrapped(modPhase[v]);
-        }
     }
 };
 
@@ -222,8 +220,6 @@ HWY_NOINLINE void RenderVectors(VoiceLanes& lanes, std::size_t firstLane, float*
         SinesOfTurns(d, sines);
         voices.MoveModsOn(sines);
         buffer[frame] += voices.MoveCarriersOn(sines + count);
-        if ((frame + 1) % framesBetweenWraps == 0)
-            voices.WrapPhases();
     }
 
     DoubleVector carrierSines[count];
@@ -231,7 +227,6 @@ HWY_NOINLINE void RenderVectors(VoiceLanes& lanes, std::size_t firstLane, float*
     SinesOfTurns(d, carrierSines);
     buffer[lastFrame] += voices.MoveCarriersOn(carrierSines);
 
-    voices.WrapPhases();
     voices.Store(lanes, firstLane);
 }
 

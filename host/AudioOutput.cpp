@@ -96,7 +96,7 @@ juce::String AudioOutput::openDevice(juce::AudioIODeviceType& type, const juce::
     const auto frames = options.bufferFrames
                             ? nearest(opened->getAvailableBufferSizes(), *options.bufferFrames)
                             : opened->getDefaultBufferSize();
-    const auto problem = opened->open({}, outputs, rate, frames);
+    auto problem = opened->open({}, outputs, rate, frames);
     if (problem.isNotEmpty())
         return problem;
     if (opened->getCurrentSampleRate() <= 0.0 || opened->getCurrentBufferSizeSamples() <= 0)

@@ -113,6 +113,7 @@ TEST(LargestClearSquare, KeepsItsDistanceFromAnObstacleAndIsAsLargeAsThatLeaves)
     const auto square = largestClearSquare({0.0, 0.0, 100.0, 300.0}, obstacles, 4.0);
     EXPECT_EQ(square.getWidth(), 100.0);
     EXPECT_GE(square.getY(), 24.0);
+    EXPECT_NEAR(square.getCentreY(), (24.0 + 300.0) / 2.0, 1.0) << "in the middle of the room that is left";
     EXPECT_EQ(largestClearSquare({0.0, 0.0, 10.0, 10.0}, obstacles, 4.0).getWidth(), 0.0);
 }
 

@@ -37,6 +37,8 @@ public:
 
     void send(int signal) const;
 
+    [[nodiscard]] pid_t id() const { return process; }
+
     /// Bytes that the program has written to its standard output and nobody has read.
     [[nodiscard]] int bytesWaiting() const;
 

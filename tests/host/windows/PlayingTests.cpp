@@ -1,0 +1,199 @@
+// The application as its user has it, from the first sound to the last: by mouse and keyboard, seen on its
+// display and heard on a sound server of the test's own.
+
+#include "editor/Colours.h"
+#include "editor/EditorLayout.h"
+#include "editor/FontLoader.h"
+#include "editor/RingEditorViewMac.h"
+#include "tests/host/JackListener.h"
+#include "tests/host/JackServer.h"
+#include "tests/host/windows/ApplicationTest.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace velotrine {
+namespace {
+
+constexpr int editorTop = menuBarHeight + 44; ///< below the bar with the presets
+
+using Point = juce::Point<int>;
+using Area = juce::Rectangle<int>;
+
+EditorLayout layoutOfNewWindow()
+{
+    registerDisplayFont();
+    return layOutEditor(480, 360, [](std::string_view text, double fontSize) {
+        return static_cast<double>(
+            displayFont(static_cast<float>(fontSize)).getStringWidthFloat(std::string(text)));
+    });
+}
+
+Area inWindow(const juce::Rectangle<double>& inEditor)
+{
+    return inEditor.toNearestInt().translated(0, editorTop);
+}
+
+int differingPixels(const juce::Image& one, const juce::Image& other, Area area)
+{
+    int count = 0;
+    for (int y = area.getY(); y < area.getBottom(); ++y)
+        for (int x = area.getX(); x < area.getRight(); ++x)
+            count += one.getPixelAt(x, y) != other.getPixelAt(x, y) ? 1 : 0;
+    return count;
+}
+
+int pixelsOf(const juce::Image& picture, juce::Colour colour, Area area)
+{
+    int count = 0;
+    for (int y = area.getY(); y < area.getBottom(); ++y)
+        for (int x = area.getX(); x < area.getRight(); ++x)
+            count += picture.getPixelAt(x, y) == colour ? 1 : 0;
+    return count;
+}
+
+/// The part of an area that has a colour, 0 to 1. Edges of other things have it here and there by chance.
+double coverage(const juce::Image& picture, juce::Colour colour, Area area)
+{
+    return static_cast<double>(pixelsOf(picture, colour, area)) / (area.getWidth() * area.getHeight());
+}
+
+class PlayingApplication : public ApplicationTest
+{
+protected:
+    void SetUp() override
+    {
+        haveSeenHelp();
+        launch();
+        ASSERT_TRUE(windowHasKeyboard("Velotrine"));
+        runMessagesFor(0.3);
+    }
+
+    [[nodiscard]] juce::Image picture() const
+    {
+        xdotool({"mousemove", "1", "1"}); // or the control below it would look touched
+        runMessagesFor(0.2);
+        const auto file = folder.path() / "window.png";
+        const auto result =
+            runProcess({"/usr/bin/import", "-window", window(), "-depth", "8", "PNG24:" + file.string()});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        return juce::ImageFileFormat::loadFrom(juce::File(file.string()));
+    }
+
+    void click(Point at) { ApplicationTest::click(at.x, at.y); }
+
+    void drag(Point from, Point by) const
+    {
+        xdotool({"mousemove", "--window", window(), std::to_string(from.x), std::to_string(from.y)});
+        xdotool({"mousedown", "1"});
+        xdotool({"mousemove_relative", "--sync", "--", std::to_string(by.x), std::to_string(by.y)});
+        runMessagesFor(0.1);
+        xdotool({"mouseup", "1"});
+        runMessagesFor(0.2);
+    }
+
+    void choosePresetBelow()
+    {
+        click({240, menuBarHeight + 22});
+        xdotool({"key", "Down", "Return"});
+        runMessagesFor(0.4);
+    }
+
+    [[nodiscard]] static bool fallsSilent()
+    {
+        return runMessagesUntil([] { return peakOnJack(0.2) == 0.0f; }, 30.0);
+    }
+
+    JackServer server;
+    EditorLayout layout = layoutOfNewWindow();
+    Area rings = inWindow(layout.rings);
+    Area panel = inWindow(layout.ringEditor);
+};
+
+TEST_F(PlayingApplication, SoundsFromPlayToStopAndItsHandTurnsOnlyMeanwhile)
+{
+    const auto stopped = picture();
+    EXPECT_EQ(peakOnJack(0.5), 0.0f);
+    EXPECT_EQ(differingPixels(stopped, picture(), rings), 0);
+
+    choosePresetBelow();
+    EXPECT_GT(differingPixels(stopped, picture(), rings), 100) << "another preset, other spots";
+    EXPECT_EQ(peakOnJack(0.3), 0.0f);
+
+    click(inWindow(layout.playButton).getCentre());
+    EXPECT_GT(peakOnJack(2.0), 0.01f);
+    const auto playing = picture();
+    runMessagesFor(0.2);
+    EXPECT_GT(differingPixels(playing, picture(), rings), 100);
+
+    pressKey("space");
+    EXPECT_TRUE(fallsSilent());
+    runMessagesFor(1.0);
+    EXPECT_EQ(differingPixels(picture(), picture(), rings), 0);
+}
+
+TEST_F(PlayingApplication, ADraggedKnobTurnsAndNoOther)
+{
+    const auto before = picture();
+    drag(inWindow(layout.knobs[2]).getCentre(), {0, -40});
+    const auto after = picture();
+    for (std::size_t knob = 0; knob < layout.knobs.size(); ++knob) {
+        const auto changed = differingPixels(before, after, inWindow(layout.knobs[knob]));
+        EXPECT_EQ(changed > 0, knob == 2) << changed << " pixels of knob " << knob;
+    }
+}
+
+TEST_F(PlayingApplication, ARingsPanelOpensTakesTypingMovesAndCloses)
+{
+    const auto black = juce::Colours::black;
+    const auto closed = picture();
+    ASSERT_EQ(pixelsOf(closed, black, rings), 0);
+
+    // Of the outermost ring, between two spots of the preset "Default", at the lower right.
+    const auto radius = layout.rings.getWidth() / 2.0 - 16.0;
+    const auto diagonal = static_cast<int>(std::lround(radius / std::numbers::sqrt2));
+    click(rings.getCentre().translated(diagonal, diagonal));
+    const auto open = picture();
+    EXPECT_GT(coverage(open, colours::panel, panel), 0.5);
+    const auto blackBefore = pixelsOf(open, black, rings);
+    EXPECT_GT(blackBefore, 100) << "the ring that the panel is about";
+
+    RingEditorViewMac sameSize;
+    sameSize.setBounds(panel);
+    const auto stepsField = sameSize.field(RingEditorViewMac::steps).getBounds() + panel.getPosition();
+    click(stepsField.getCentre());
+    xdotool({"type", "16"});
+    pressKey("Return");
+    EXPECT_GT(pixelsOf(picture(), black, rings), blackBefore * 5 / 4) << "sixteen spots instead of four";
+
+    const Point move(60, 40);
+    drag(panel.getPosition().translated(20, 8), move);
+    const auto moved = picture();
+    EXPECT_GT(coverage(moved, colours::panel, panel + move), 0.5);
+    EXPECT_LT(coverage(moved, colours::panel, panel.withHeight(move.y - 1)), 0.01);
+
+    click({panel.getX() + 2, editorTop + 2}); // on nothing
+    const auto shut = picture();
+    EXPECT_EQ(pixelsOf(shut, black, rings), 0);
+    EXPECT_LT(coverage(shut, colours::panel, panel + move), 0.01);
+}
+
+TEST_F(PlayingApplication, HelpOpensWhileItPlaysAndThePlayingGoesOnUntilTheApplicationEnds)
+{
+    pressKey("space");
+    EXPECT_GT(peakOnJack(2.0), 0.01f);
+    click({480 - 30, menuBarHeight + 22});
+    ASSERT_TRUE(windowHasKeyboard("Velotrine Help"));
+    EXPECT_GT(peakOnJack(1.0), 0.01f);
+    pressKey("Escape");
+    ASSERT_TRUE(windowGoes("Velotrine Help"));
+    pressKey("ctrl+q");
+    const auto result = end();
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "");
+    EXPECT_LT(peakOnJack(0.2), 0.0f) << "it has left the sound server";
+}
+
+} // namespace
+} // namespace velotrine
