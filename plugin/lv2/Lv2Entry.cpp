@@ -63,12 +63,12 @@ constexpr LV2_Descriptor descriptor{
 
 } // namespace velotrine
 
-extern "C" LV2_SYMBOL_EXPORT const LV2_Descriptor* lv2_descriptor(std::uint32_t index)
+LV2_SYMBOL_EXPORT const LV2_Descriptor* lv2_descriptor(std::uint32_t index)
 {
     return index == 0 ? &velotrine::descriptor : nullptr;
 }
 
-extern "C" LV2_SYMBOL_EXPORT const LV2UI_Descriptor* lv2ui_descriptor(std::uint32_t index)
+LV2_SYMBOL_EXPORT const LV2UI_Descriptor* lv2ui_descriptor(std::uint32_t index)
 {
     return index == 0 ? &velotrine::lv2UiDescriptor() : nullptr;
 }

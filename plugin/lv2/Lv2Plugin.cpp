@@ -89,10 +89,12 @@ void Lv2Plugin::applyPorts() noexcept
 
 void Lv2Plugin::applyPort(ParameterAddress address, float value) noexcept
 {
-    const auto isOld = portValues[address].exchange(value, std::memory_order_relaxed) == value;
+    if (portValues[address].load(std::memory_order_relaxed) == value)
+        return;
+    portValues[address].store(value, std::memory_order_relaxed);
     const auto isHeld = (held & bitOf(address)) != 0;
     const auto isState = restored != settled && isRounded(value, instrument.value(address));
-    if (!isOld && !isHeld && !isState)
+    if (!isHeld && !isState)
         instrument.setValue(address, static_cast<double>(value));
 }
 

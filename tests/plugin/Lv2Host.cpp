@@ -31,7 +31,8 @@ std::string shortNumber(float value)
     return text;
 }
 
-int writeToLog(LV2_Log_Handle handle, LV2_URID, const char* format, va_list arguments)
+__attribute__((format(printf, 3, 0))) int writeToLog(LV2_Log_Handle handle, LV2_URID, const char* format,
+                                                     va_list arguments)
 {
     std::array<char, 1000> text{};
     const auto length = std::vsnprintf(text.data(), text.size(), format, arguments);
