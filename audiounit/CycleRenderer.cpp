@@ -40,6 +40,20 @@ AUAudioUnitStatus CycleRenderer::render(float* left, float* right, int frames, L
     return status;
 }
 
+void CycleRenderer::skip(int frames) noexcept
+{
+    if (framesLeftOver() != 0 || frames < 0)
+        fatalError("CycleRenderer: sound is left over that would be skipped");
+    const int begun = frames % cycleLength;
+    timestamp.mSampleTime += begun == 0 ? frames : frames - begun + cycleLength;
+    if (begun == 0)
+        return;
+    std::ranges::fill(leftCycle, 0.0f);
+    std::ranges::fill(rightCycle, 0.0f);
+    available = cycleLength;
+    consumed = begun;
+}
+
 AUAudioUnitStatus CycleRenderer::renderCycle(int frames) noexcept
 {
     const auto bytes = static_cast<std::uint32_t>(static_cast<std::size_t>(frames) * sizeof(float));

@@ -35,6 +35,11 @@ public:
     AUAudioUnitStatus render(float* left, float* right, int frames,
                              LastCycle lastCycle = LastCycle::whole) noexcept;
 
+    /// Goes on by so many frames for a unit that would say nothing: what render() would do, but for asking
+    /// the unit and writing the silence. Only while nothing is left over.
+    /// @param frames  0 or more
+    void skip(int frames) noexcept;
+
     /// Frames rendered but not yet handed out.
     [[nodiscard]] int framesLeftOver() const noexcept { return available - consumed; }
 

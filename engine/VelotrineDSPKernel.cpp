@@ -201,6 +201,14 @@ void VelotrineDSPKernel::process(float* left, float* right, int frameCount) noex
     clockPhaseBuf = clockPhase;
 }
 
+bool VelotrineDSPKernel::isAtRest() const noexcept VELOTRINE_NONBLOCKING
+{
+    const bool edgesAreNoticed = hostPlaying == hostPlayingLast && internalPlaying == internalPlayingLast;
+    const bool isRunning = sync ? hostPlaying : internalPlaying.load();
+    return edgesAreNoticed && !isRunning && voicePool && voicePool->triggerOrder.empty() &&
+           voicePool->isSilent();
+}
+
 void VelotrineDSPKernel::noticeTransportEdges(const Transport& transport) noexcept VELOTRINE_NONBLOCKING
 {
     const bool running = transport.followsHost ? hostPlaying : transport.internalPlaying;

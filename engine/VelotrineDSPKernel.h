@@ -124,6 +124,10 @@ public:
     /// they fire. Needs setup() and at most maxFrames frames; does nothing for fewer than one.
     void process(float* left, float* right, int frameCount) noexcept VELOTRINE_NONBLOCKING;
 
+    /// Whether process() would do nothing but clear its output, until a parameter, internalPlaying or the
+    /// host's transport changes. Render thread.
+    [[nodiscard]] bool isAtRest() const noexcept VELOTRINE_NONBLOCKING;
+
     /// The notes fired in the last process call, in firing order, up to 256; see droppedNoteEvents.
     [[nodiscard]] std::span<const NoteEvent> noteEvents() const noexcept VELOTRINE_NONBLOCKING
     {

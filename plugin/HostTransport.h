@@ -11,6 +11,8 @@ struct HostTransport
     double beatsPerBar = 0.0;   ///< numerator of the time signature
     double beatUnit = 0.0;      ///< its denominator
     bool isPlaying = false;
+
+    bool operator==(const HostTransport&) const = default;
 };
 
 } // namespace velotrine

@@ -114,6 +114,9 @@ public:
     [[nodiscard]] std::string_view transportNotice() const noexcept;
 
 private:
+    void renderCycles(float* left, float* right, int frames) noexcept;
+    [[nodiscard]] bool goesOnResting() const noexcept;
+    void noteWhetherItRests() noexcept;
     void connectTransport();
     bool answerMusicalContext(double* tempo, double* numerator, std::int64_t* denominator) noexcept;
     void observeEdits();
@@ -129,7 +132,10 @@ private:
 
     // Render thread, and others for reading what is Shared.
     HostTransport transport;
-    int framesIntoTransport = 0; ///< from the host's last word to the cycle that is about to begin
+    std::int64_t framesIntoTransport = 0; ///< from the host's last word to the cycle that is about to begin
+    bool isAtRest = false;                ///< the last cycle did nothing, nor will the next while all stays
+    bool syncAtRest = false;
+    bool internalPlayingAtRest = false;
     Shared<bool> transportIsKnown{false};
     Shared<bool> hostPlays{false};
 

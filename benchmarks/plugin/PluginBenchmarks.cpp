@@ -1,3 +1,4 @@
+#include "plugin/lv2/Lv2Names.h"
 #include "tests/plugin/ClapHost.h"
 #include "tests/plugin/Lv2Host.h"
 #include "tests/plugin/Sound.h"
@@ -7,6 +8,7 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <memory>
 #include <stdexcept>
@@ -36,9 +38,30 @@ void succeed(bool hasSucceeded, const char* what)
 /// One instance in a host, the same for all formats.
 struct Clap
 {
+    Clap()
+    {
+        output.data32 = channels.data();
+        output.channel_count = 2;
+        transport.flags = CLAP_TRANSPORT_HAS_TEMPO | CLAP_TRANSPORT_HAS_TIME_SIGNATURE;
+        transport.tempo = stopped.tempo;
+        transport.tsig_num = transport.tsig_denom = 4;
+        noEvents.size = [](const clap_input_events_t*) { return 0U; };
+        noEdits.try_push = [](const clap_output_events_t*, const clap_event_header_t*) { return true; };
+        call.frames_count = blockFrames;
+        call.transport = &transport;
+        call.audio_outputs = &output;
+        call.audio_outputs_count = 1;
+        call.in_events = &noEvents;
+        call.out_events = &noEdits;
+    }
+
     void start() { succeed(host.start(sampleRate, blockFrames), "started"); }
 
-    void process(Sound& sound) { host.process(sound.left.data(), sound.right.data(), blockFrames, stopped); }
+    void process(Sound& sound)
+    {
+        channels = {sound.left.data(), sound.right.data()};
+        host.plugin().process(&host.plugin(), &call);
+    }
 
     void open(XWindow parent)
     {
@@ -61,6 +84,14 @@ struct Clap
     }
 
     ClapHost host{library()};
+
+    // The call as a host has it ready.
+    std::array<float*, 2> channels{};
+    clap_audio_buffer_t output{};
+    clap_event_transport_t transport{};
+    clap_input_events_t noEvents{};
+    clap_output_events_t noEdits{};
+    clap_process_t call{};
 };
 
 struct Lv2
@@ -72,8 +103,16 @@ struct Lv2
         host.run(sound.left.data(), sound.right.data(), blockFrames, {positionOf(0, stopped)});
     }
 
-    // Without word of the transport, as hosts do while nothing changes.
-    void process(Sound& sound) { host.run(sound.left.data(), sound.right.data(), blockFrames); }
+    // Without word of the transport, as hosts do while nothing changes; the ports stay connected.
+    void process(Sound& sound)
+    {
+        if (connected != &sound) {
+            host.connect(lv2Port::left, sound.left.data());
+            host.connect(lv2Port::right, sound.right.data());
+            connected = &sound;
+        }
+        host.run(blockFrames);
+    }
 
     void open(XWindow parent) { succeed(host.openUi(parent), "shown"); }
 
@@ -88,6 +127,7 @@ struct Lv2
     }
 
     Lv2Host host{library(), sampleRate};
+    const Sound* connected = nullptr;
 };
 
 struct Vst3

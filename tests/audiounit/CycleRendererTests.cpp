@@ -304,5 +304,30 @@ TEST(CycleRendererDeathTest, ACycleWithoutFramesIsFatal)
     EXPECT_DEATH(renderer.setup({}, -32), "velotrine: fatal: CycleRenderer");
 }
 
+TEST_F(CycleRendererOfACountingUnit, SkippingKeepsToTheGridAndLeavesSilenceOver)
+{
+    for (const int frames : {0, 1, 31, 32, 33, 1000, 64000}) {
+        unit = {};
+        renderer.setup(unit.block());
+        renderer.skip(frames);
+        const int silent = (32 - frames % 32) % 32;
+        EXPECT_EQ(renderer.framesLeftOver(), silent) << frames;
+        EXPECT_TRUE(unit.cycles.empty());
+        EXPECT_EQ(pull(silent + 32), noErr);
+        EXPECT_TRUE(
+            std::all_of(left.begin(), left.begin() + silent, [](float sample) { return sample == 0.0f; }));
+        EXPECT_EQ(left[static_cast<std::size_t>(silent)], 0.0f);
+        EXPECT_EQ(left[static_cast<std::size_t>(silent) + 31], 31.0f);
+        EXPECT_EQ(unit.cycles, std::vector{32});
+        EXPECT_EQ(unit.times, std::vector{static_cast<double>(frames + silent)});
+    }
+}
+
+TEST_F(CycleRendererOfACountingUnit, SkippingWhatIsLeftOverIsFatal)
+{
+    pull(1);
+    EXPECT_DEATH(renderer.skip(32), "velotrine: fatal: CycleRenderer");
+}
+
 } // namespace
 } // namespace velotrine

@@ -340,5 +340,30 @@ TEST(KernelClockDeathTest, AMotionThatIsNotFiniteStopsTheProgram)
     }
 }
 
+TEST(KernelClock, RestsBeforeTheStartAndAgainWhenTheLastNoteHasEnded)
+{
+    PlayingKernel playing;
+    auto& kernel = playing.kernel;
+    kernel.internalPlaying = false;
+    EXPECT_FALSE(VelotrineDSPKernel().isAtRest()) << "without setup";
+    EXPECT_TRUE(kernel.isAtRest());
+    kernel.internalPlaying = true;
+    EXPECT_FALSE(kernel.isAtRest());
+    playing.run(48000, 512);
+    EXPECT_FALSE(kernel.isAtRest());
+    kernel.internalPlaying = false;
+    EXPECT_FALSE(kernel.isAtRest()) << "the stop is still to be noticed";
+    playing.run(512, 512);
+    EXPECT_FALSE(kernel.isAtRest()) << "notes still ring";
+    playing.run(2 * 48000, 512);
+    EXPECT_TRUE(kernel.isAtRest());
+    kernel.hostPlaying = true;
+    EXPECT_FALSE(kernel.isAtRest()) << "the host's start is still to be noticed";
+    playing.run(512, 512);
+    EXPECT_TRUE(kernel.isAtRest());
+    kernel.sync = true;
+    EXPECT_FALSE(kernel.isAtRest());
+}
+
 } // namespace
 } // namespace velotrine

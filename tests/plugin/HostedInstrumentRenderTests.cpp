@@ -9,7 +9,9 @@
 #include <atomic>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <optional>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -90,6 +92,83 @@ TEST(HostedInstrument, SoundsTheSameWhateverTheHostsBlockSizes)
     EXPECT_FALSE(expected.isSilent());
     for (const auto& sizes : allBlockSizes())
         EXPECT_TRUE(song(sizes) == expected) << sizes.name;
+}
+
+/// The audio unit in cycles of its own, each of which asks the host and renders, however long nothing plays.
+class TirelessUnit
+{
+public:
+    TirelessUnit()
+    {
+        unit->setMusicalContextBlock([this](double* tempo, double* numerator, std::int64_t* denominator,
+                                            double*, std::int64_t*, double*) {
+            *tempo = transport.tempo;
+            *numerator = transport.beatsPerBar;
+            *denominator = static_cast<std::int64_t>(transport.beatUnit);
+            return true;
+        });
+        unit->setTransportStateBlock([this](AUHostTransportStateFlags* flags, double*, double*, double*) {
+            *flags = transport.isPlaying ? AUHostTransportStateMoving : AUHostTransportStateFlags{0};
+            return true;
+        });
+        (*unit->outputBusses())[0].setFormat({sampleRate, 2});
+        unit->setMaximumFramesToRender(CycleRenderer::defaultCycleFrames);
+        unit->allocateRenderResources();
+        renderer.setup(unit->renderBlock());
+    }
+
+    std::shared_ptr<VelotrineAudioUnit> unit = makeInstrument();
+    HostTransport transport;
+    CycleRenderer renderer;
+};
+
+TEST(HostedInstrument, SoundsTheSameAfterRestsAsIfItHadAskedTheHostInEveryCycle)
+{
+    for (unsigned seed = 0; seed < 30; ++seed) {
+        std::mt19937 random(seed);
+        const auto below = [&random](int count) {
+            return std::uniform_int_distribution(0, count - 1)(random);
+        };
+        TirelessUnit expected;
+        HostedPlayer player;
+        auto& kernel = *player.instrument.audioUnit()->dspKernel;
+        bool hasSounded = false;
+        for (int block = 0; block < 60; ++block) {
+            // Sometimes all stands still for longer than any note sounds.
+            expected.transport.isPlaying = below(3) == 0;
+            expected.transport.tempo = below(4) == 0 ? 0.0 : 100.0 + below(100);
+            expected.transport.beatsPerBar = 3 + below(3);
+            expected.transport.beatUnit = 4;
+            player.instrument.setTransport(expected.transport);
+            const bool sync = below(4) != 0;
+            const bool internalPlaying = below(4) == 0;
+            for (auto* const each : {&kernel, expected.unit->dspKernel.get()}) {
+                each->sync = sync;
+                each->internalPlaying = internalPlaying;
+            }
+            const std::array lengths{1, 31, 32, 33, 500, 4096, 48000, 100000};
+            const auto frames = lengths[static_cast<std::size_t>(below(static_cast<int>(lengths.size())))];
+            for (const int piece : {frames, 7, 64}) {
+                Sound sound(piece);
+                expected.renderer.render(sound.left.data(), sound.right.data(), piece);
+                ASSERT_TRUE(player.render(piece) == sound) << seed << " " << block;
+                hasSounded = hasSounded || !sound.isSilent();
+            }
+        }
+        EXPECT_TRUE(hasSounded) << seed;
+    }
+}
+
+TEST(HostedInstrument, PlaysOnAtOnceWhenSyncIsSwitchedOnWhileTheHostRolls)
+{
+    HostedPlayer player;
+    auto& kernel = *player.instrument.audioUnit()->dspKernel;
+    kernel.sync = false;
+    player.instrument.setTransport(rolling);
+    EXPECT_TRUE(player.render(48000).isSilent());
+    kernel.sync = true;
+    player.instrument.setTransport(rolling);
+    EXPECT_FALSE(player.render(48000).isSilent());
 }
 
 TEST(HostedInstrument, AValueHoldsFromTheFirstCycleThatBeginsAtItsFrameOrAfter)
