@@ -91,9 +91,8 @@ std::optional<ProgramEnd> refuseUnknownDevice(const HostOptions& options,
     const auto& wanted = options.device.deviceName;
     if (!wanted || std::ranges::count(devices, *wanted, &OutputDevice::name) > 0)
         return std::nullopt;
-    std::vector<std::string> names;
-    for (const auto& device : devices)
-        names.push_back(device.name);
+    std::vector<std::string> names(devices.size());
+    std::ranges::transform(devices, names.begin(), &OutputDevice::name);
     return complaint({"--device", "there is no audio device " + inQuotes(*wanted) +
                                       suggestion(*wanted, names) + " (\"" + programName +
                                       " --list-devices\" shows all)"});

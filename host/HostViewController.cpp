@@ -197,7 +197,7 @@ void HostViewController::viewDidLayout()
             .withSizeKeepingCentre(labelWidth, noDeviceLabel->heightForWidth(labelWidth)));
 }
 
-void HostViewController::updateDeviceLabel()
+void HostViewController::updateDeviceLabel() const
 {
     noDeviceLabel->setVisible(!engine.hasDevice());
 }

@@ -77,7 +77,7 @@ private:
     void applyPreset(const AUAudioUnitPreset& preset);
     void embedEditor();
     void helpTapped();
-    void updateDeviceLabel();
+    void updateDeviceLabel() const;
 
     HostSurroundings around;
     Preferences preferences;

@@ -14,8 +14,8 @@ public:
 
 private:
     double clockPhase;
-    VelotrineDSPKernel::PerRing<double> activityPhases;
-    VelotrineDSPKernel::PerRing<double> lfoOffsets;
+    VelotrineDSPKernel::PerRing<double> activityPhases{};
+    VelotrineDSPKernel::PerRing<double> lfoOffsets{};
     VelotrineDSPKernel::PerRing<double> lfoPhases;
     VelotrineDSPKernel::PerRing<std::int64_t> lastSpotIndex;
     VelotrineDSPKernel::PerRing<bool> ringInitialised;

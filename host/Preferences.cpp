@@ -20,7 +20,7 @@ juce::File configurationFolder()
     const auto named = juce::SystemStats::getEnvironmentVariable("XDG_CONFIG_HOME", {});
     if (juce::File::isAbsolutePath(named))
         return juce::File(named);
-    const auto folder = juce::File::getSpecialLocation(juce::File::userApplicationDataDirectory);
+    auto folder = juce::File::getSpecialLocation(juce::File::userApplicationDataDirectory);
 #if JUCE_MAC
     return folder.getChildFile("Application Support");
 #else
