@@ -63,7 +63,7 @@ struct Clap
         host.plugin().process(&host.plugin(), &call);
     }
 
-    void open(XWindow parent)
+    void open(XWindow parent) const
     {
         const auto& gui = host.extension<clap_plugin_gui_t>(CLAP_EXT_GUI);
         clap_window_t window{};
@@ -73,7 +73,7 @@ struct Clap
         succeed(gui.set_parent(&host.plugin(), &window) && gui.show(&host.plugin()), "shown");
     }
 
-    void close() { host.extension<clap_plugin_gui_t>(CLAP_EXT_GUI).destroy(&host.plugin()); }
+    void close() const { host.extension<clap_plugin_gui_t>(CLAP_EXT_GUI).destroy(&host.plugin()); }
 
     void idle() { host.runLoop(std::chrono::milliseconds(1)); }
 
