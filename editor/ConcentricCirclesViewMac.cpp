@@ -13,7 +13,7 @@ namespace velotrine {
 
 namespace {
 
-constexpr int refreshHz = 60;
+constexpr double ticksPerSecond = 60.0;
 constexpr double flashSeconds = 0.35;
 constexpr double minSpotRadius = 4.0;  ///< points
 constexpr double innermostRing = 0.35; ///< of the outermost ring's radius
@@ -257,16 +257,15 @@ std::optional<int> ConcentricCirclesViewMac::ringAt(juce::Point<double> point) c
     return static_cast<int>(std::distance(radii.begin(), nearest));
 }
 
-void ConcentricCirclesViewMac::parentHierarchyChanged()
+// With the screen, so that every step is seen for equally long; on a screen of another rate at every second
+// refresh, or at whichever comes nearest.
+void ConcentricCirclesViewMac::screenRefreshed()
 {
-    if (getPeer() == nullptr)
-        stopTimer();
-    else if (!isTimerRunning())
-        startTimerHz(refreshHz);
-}
-
-void ConcentricCirclesViewMac::timerCallback()
-{
+    constexpr double shortestStepSeconds = 0.8 / ticksPerSecond;
+    const auto now = juce::Time::getMillisecondCounterHiRes() * 1.0e-3;
+    if (now - lastTickSeconds < shortestStepSeconds)
+        return;
+    lastTickSeconds = now;
     refreshTick();
 }
 

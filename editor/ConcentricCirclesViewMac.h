@@ -17,7 +17,7 @@ namespace velotrine {
 
 /// The rings, their spots and the hand, as the kernel publishes them. A click on a ring selects it, the next
 /// click anywhere lets it go. Main thread; what the pointers lead to is written by the render thread.
-class ConcentricCirclesViewMac final : public juce::Component, private juce::Timer
+class ConcentricCirclesViewMac final : public juce::Component
 {
 public:
     ConcentricCirclesViewMac();
@@ -67,7 +67,7 @@ public:
 
     [[nodiscard]] double cachedStrokeWidth() const noexcept { return geometry.strokeWidth; }
 
-    /// One step of the animation; the view's own timer makes 60 a second while it is on a screen.
+    /// One step of the animation. The screen's refreshes make about 60 a second while the view is on one.
     void refreshTick();
 
     /// Asks for the rings to be drawn anew, and nothing but them.
@@ -75,7 +75,6 @@ public:
 
     void paint(juce::Graphics& graphics) override;
     void mouseDown(const juce::MouseEvent& event) override;
-    void parentHierarchyChanged() override;
 
     /// Where everything lies for a view of this size.
     struct Geometry
@@ -100,10 +99,12 @@ private:
     [[nodiscard]] std::optional<int> ringAt(juce::Point<double> point) const;
     void showLivePhases(double livePhase);
     void easeHome();
-    void timerCallback() override;
+    void screenRefreshed();
 
     Geometry geometry;
     juce::Image ringsImage; ///< at the screen's own density
+    double lastTickSeconds = 0.0;
+    juce::VBlankAttachment screen{this, [this] { screenRefreshed(); }};
 };
 
 } // namespace velotrine
