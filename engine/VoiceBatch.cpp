@@ -30,30 +30,35 @@ constexpr double turnsPerRadian = 0.15915494309189535;
 /// 60 dB below full scale, where a note ends.
 constexpr float silence = 0.001f;
 
-/// Voices side by side in memory, one lane each. Lanes without a voice are silent: their gain is 0.
+/// Voices side by side in memory, one lane each, and silent ones to the end of a vector.
 struct VoiceLanes
 {
-    alignas(64) double carrierPhase[maxBatchVoices] = {};
-    alignas(64) double modPhase[maxBatchVoices] = {};
-    alignas(64) double carrierStep[maxBatchVoices] = {};
-    alignas(64) double modStep[maxBatchVoices] = {};
-    alignas(64) float amplitude[maxBatchVoices] = {};
-    alignas(64) float decayRate[maxBatchVoices] = {};
-    alignas(64) float gain[maxBatchVoices] = {};
-    alignas(64) float modIndex[maxBatchVoices] = {};
-    alignas(64) float modDecayRate[maxBatchVoices] = {};
-    alignas(64) float halfFeedback[maxBatchVoices] = {};
-    alignas(64) float lastMod1[maxBatchVoices] = {};
-    alignas(64) float lastMod2[maxBatchVoices] = {};
+    alignas(64) double carrierPhase[maxBatchVoices];
+    alignas(64) double modPhase[maxBatchVoices];
+    alignas(64) double carrierFreq[maxBatchVoices];
+    alignas(64) double modFreq[maxBatchVoices];
+    alignas(64) double sampleRate[maxBatchVoices];
+    alignas(64) float amplitude[maxBatchVoices];
+    alignas(64) float decayRate[maxBatchVoices];
+    alignas(64) float gain[maxBatchVoices];
+    alignas(64) float modIndex[maxBatchVoices];
+    alignas(64) float modDecayRate[maxBatchVoices];
+    alignas(64) float halfFeedback[maxBatchVoices];
+    alignas(64) float lastMod1[maxBatchVoices];
+    alignas(64) float lastMod2[maxBatchVoices];
 
     void gather(std::span<FMVoice* const> voices)
     {
-        for (std::size_t i = 0; i < voices.size(); ++i) {
-            const auto& voice = *voices[i];
+        static constexpr FMVoice silentVoice;
+        const std::size_t lanesPerVector = hn::Lanes(Doubles());
+        const std::size_t vectors = (voices.size() + lanesPerVector - 1) / lanesPerVector;
+        for (std::size_t i = 0; i < vectors * lanesPerVector; ++i) {
+            const auto& voice = i < voices.size() ? *voices[i] : silentVoice;
             carrierPhase[i] = voice.carrierPhase;
             modPhase[i] = voice.modPhase;
-            carrierStep[i] = voice.carrierFreq / voice.sampleRate;
-            modStep[i] = voice.carrierFreq * voice.modRatio / voice.sampleRate;
+            carrierFreq[i] = voice.carrierFreq;
+            modFreq[i] = voice.carrierFreq * voice.modRatio;
+            sampleRate[i] = voice.sampleRate;
             amplitude[i] = voice.amplitude;
             decayRate[i] = voice.decayRate;
             gain[i] = voice.gain;
@@ -130,8 +135,9 @@ struct VoiceVectors
             carrierPhase[v] = hn::Load(d, lanes.carrierPhase + lane);
             modPhase[v] = hn::Load(d, lanes.modPhase + lane);
             // Of a step beyond a turn only the fraction is heard.
-            carrierStep[v] = FractionOf(hn::Load(d, lanes.carrierStep + lane));
-            modStep[v] = FractionOf(hn::Load(d, lanes.modStep + lane));
+            const auto sampleRate = hn::Load(d, lanes.sampleRate + lane);
+            carrierStep[v] = FractionOf(hn::Div(hn::Load(d, lanes.carrierFreq + lane), sampleRate));
+            modStep[v] = FractionOf(hn::Div(hn::Load(d, lanes.modFreq + lane), sampleRate));
             amplitude[v] = hn::Load(f, lanes.amplitude + lane);
             decayRate[v] = hn::Load(f, lanes.decayRate + lane);
             gain[v] = hn::Load(f, lanes.gain + lane);
