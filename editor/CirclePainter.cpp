@@ -83,7 +83,7 @@ void CirclePainter<Pixel>::fillBetween(juce::Point<float> centre, float innerRad
             const auto coverage =
                 std::min({thickness, outerRadius + edge - distance, distance - innerRadius + edge});
             if (coverage > 0.0f) {
-                // NOLINTNEXTLINE(bugprone-incorrect-roundings): it is positive, and this is the innermost loop
+                // NOLINTNEXTLINE(bugprone-incorrect-roundings): positive, and in the innermost loop
                 row[x].blend(source, static_cast<juce::uint32>(255.0f * coverage + 0.5f));
             }
         }

@@ -32,7 +32,8 @@ public:
     template <typename Receiver>
     void handOver(Receiver&& receiver) noexcept
     {
-        // Only where there is something to take: an exchange costs more than all else of a call without edits.
+        // Only where there is something to take: an exchange costs more than all else of a call without
+        // edits.
         const auto nowEdited = edited.load() != 0 ? edited.exchange(0) : 0;
         const auto nowHeld = held.load();
         const auto concerned = nowEdited | (nowHeld ^ toldHeld);
