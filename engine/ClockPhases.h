@@ -2,6 +2,7 @@
 
 #include "engine/Nonblocking.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -27,6 +28,13 @@ struct ClockPhases
     /// sums are those of one addition after the other, to the last bit: where a crossing falls exactly on a
     /// frame, that bit decides which frame it is.
     void advance(int frames) noexcept VELOTRINE_NONBLOCKING;
+
+    /// Whether all phases are in [0, 1]; restored ones need not be.
+    [[nodiscard]] bool areWithinTurn() const noexcept VELOTRINE_NONBLOCKING
+    {
+        const auto within = [](double phase) { return phase >= 0.0 && phase <= 1.0; };
+        return std::ranges::all_of(rising, within) && std::ranges::all_of(turning, within);
+    }
 };
 
 } // namespace velotrine

@@ -311,7 +311,7 @@ void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept V
     auto motion = motionAt(tempo);
     loadPhases(motion);
     loadHands(motion);
-    motion.isSteady = motion.isSteady && phasesAreWithinTurn();
+    motion.isSteady = motion.isSteady && phases.areWithinTurn();
     PerRing<int> nextLook{};
     const int lastFrame = frameCount - 1;
 
@@ -360,12 +360,6 @@ void VelotrineDSPKernel::loadHands(const Motion& motion) noexcept VELOTRINE_NONB
     }
     hands.framesPerTurnAhead = motion.framesPerTurnAhead;
     hands.framesPerTurnBack = motion.framesPerTurnBack;
-}
-
-bool VelotrineDSPKernel::phasesAreWithinTurn() const noexcept VELOTRINE_NONBLOCKING
-{
-    const auto within = [](double phase) { return phase >= 0.0 && phase <= 1.0; };
-    return std::ranges::all_of(phases.rising, within) && std::ranges::all_of(phases.turning, within);
 }
 
 // What happens on a ring in a frame follows from the hand's position alone: past which spot it is, and

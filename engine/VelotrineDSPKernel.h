@@ -200,7 +200,6 @@ private:
     void loadPhases(const Motion& motion) noexcept VELOTRINE_NONBLOCKING;
     void storePhases() noexcept VELOTRINE_NONBLOCKING;
     void loadHands(const Motion& motion) noexcept VELOTRINE_NONBLOCKING;
-    [[nodiscard]] bool phasesAreWithinTurn() const noexcept VELOTRINE_NONBLOCKING;
     /// Returns for how many frames after this one nothing can happen on the ring.
     int lookAtRing(const Motion& motion, const RingMotion& ring, int frame) noexcept VELOTRINE_NONBLOCKING;
     void moveHandTo(const RingMotion& ring, double wobble, double hand,
