@@ -1,4 +1,6 @@
 #include "tests/plugin/ClapHost.h"
+#include "tests/plugin/EditorPlaces.h"
+#include "tests/plugin/Repeatedly.h"
 #include "tests/plugin/VirtualDisplay.h"
 
 #include <algorithm>
@@ -17,10 +19,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr unsigned width = 480;
-constexpr unsigned height = 360;
 constexpr HostTransport rolling{.tempo = 240.0, .beatsPerBar = 4, .beatUnit = 4, .isPlaying = true};
-constexpr int manyColours = 30; ///< text and rings are smoothed; an empty window has one
 
 class ClapEditor : public testing::Test
 {
@@ -42,6 +41,15 @@ protected:
     }
 
     static void close(ClapHost& host) { gui(host).destroy(&host.plugin()); }
+
+    /// Takes hold of the first knob and turns it up.
+    void turnKnob(ClapHost& host) const
+    {
+        display.act(std::string("mousemove ") + knob + " mousedown 1");
+        host.runLoop(50ms);
+        display.act("mousemove_relative -- 0 -20 mousemove_relative -- 0 -20");
+        host.runLoop(50ms);
+    }
 
     const VirtualDisplay& display = VirtualDisplay::shared();
     ClapLibrary library;
@@ -68,13 +76,13 @@ TEST_F(ClapEditor, SaysWhatItCanDo)
 TEST_F(ClapEditor, ShowsItselfInTheHostsWindow)
 {
     ClapHost host(library);
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     open(host, parent);
     std::uint32_t w = 0;
     std::uint32_t h = 0;
     EXPECT_TRUE(gui(host).get_size(&host.plugin(), &w, &h));
-    EXPECT_EQ(w, width);
-    EXPECT_EQ(h, height);
+    EXPECT_EQ(w, editorWidth);
+    EXPECT_EQ(h, editorHeight);
     host.runLoop(200ms);
     EXPECT_NE(display.childOf(parent), 0u);
     EXPECT_GT(display.coloursIn(parent), manyColours);
@@ -89,25 +97,23 @@ TEST_F(ClapEditor, ShowsItselfInAHostThatOnlyHasTimers)
 {
     ClapHost host(library);
     host.watchesDescriptors = false;
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     open(host, parent);
     host.runLoop(300ms);
     EXPECT_TRUE(host.descriptors.empty());
     EXPECT_GT(display.coloursIn(parent), manyColours);
 }
 
-TEST_F(ClapEditor, OpensQuicklyTheSecondTime)
+TEST_F(ClapEditor, ShowsItselfTheSecondTimeToo)
 {
     ClapHost host(library);
-    const auto parent = display.makeWindow(width, height);
-    open(host, parent);
-    host.runLoop(100ms);
-    close(host);
-    const auto before = std::chrono::steady_clock::now();
-    open(host, parent);
-    while (display.coloursIn(parent) < manyColours && std::chrono::steady_clock::now() - before < 5s)
-        host.runLoop(5ms);
-    EXPECT_LT(std::chrono::steady_clock::now() - before, 1s); // a tenth of it on a quiet machine
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
+    for (int time = 0; time < 2; ++time) {
+        open(host, parent);
+        host.runLoop(200ms);
+        EXPECT_GT(display.coloursIn(parent), manyColours);
+        close(host);
+    }
 }
 
 TEST_F(ClapEditor, OpensAndClosesAnyNumberOfTimesInSeveralInstances)
@@ -118,7 +124,7 @@ TEST_F(ClapEditor, OpensAndClosesAnyNumberOfTimesInSeveralInstances)
     for (int round = 0; round < 5; ++round) {
         std::vector<XWindow> parents;
         for (auto& host : hosts) {
-            parents.push_back(display.makeWindow(width, height));
+            parents.push_back(display.makeWindow(editorWidth, editorHeight));
             open(*host, parents.back());
             host->runLoop(20ms);
         }
@@ -132,7 +138,7 @@ TEST_F(ClapEditor, OpensAndClosesAnyNumberOfTimesInSeveralInstances)
 TEST_F(ClapEditor, OutlivesTheHostsWindow)
 {
     ClapHost host(library);
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     open(host, parent);
     host.runLoop(100ms);
     display.destroyWindow(parent);
@@ -149,7 +155,7 @@ TEST_F(ClapEditor, OutlivesTheHostsWindow)
 
 TEST_F(ClapEditor, GoesWithThePluginThoughTheHostForgotToCloseIt)
 {
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     {
         ClapHost host(library);
         open(host, parent);
@@ -206,28 +212,13 @@ TEST_F(ClapEditor, IsAsManyPixelsAsTheScaleSays)
     }
 }
 
-/// The middle of the first knob in the wide arrangement, by which part of the size it lies at.
-std::string knob()
-{
-    return std::to_string(width - 48) + " 62";
-}
-
-/// In the wide arrangement the tempo stands above the play button at the bottom left.
-std::string tempoField()
-{
-    return "75 315";
-}
-
 TEST_F(ClapEditor, AKnobTurnedWithTheMouseReachesTheHostAsOneGesture)
 {
     ClapHost host(library);
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     open(host, parent);
     host.runLoop(100ms);
-    display.act("mousemove " + knob() + " mousedown 1");
-    host.runLoop(50ms);
-    display.act("mousemove_relative -- 0 -20 mousemove_relative -- 0 -20");
-    host.runLoop(50ms);
+    turnKnob(host);
     host.flush({});
     display.act("mouseup 1");
     host.runLoop(50ms);
@@ -244,18 +235,10 @@ TEST_F(ClapEditor, AKnobTurnedWithTheMouseReachesTheHostAsOneGesture)
 TEST_F(ClapEditor, ShowsWhatTheHostSetsAndDoesNotSendItBack)
 {
     ClapHost host(library);
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     open(host, parent);
     host.runLoop(200ms);
-    // The rings may move by themselves; the knobs at the right do not.
-    const auto knobPixels = [&] {
-        const auto all = display.pixelsOf(parent);
-        std::vector<unsigned long> right;
-        for (std::size_t i = 0; i < all.size(); ++i)
-            if (i % width > width - 90)
-                right.push_back(all[i]);
-        return right;
-    };
+    const auto knobPixels = [&] { return display.pixelsOf(parent, knobsLeft); };
     const auto before = knobPixels();
     host.flush({{0, 0, 0.9}});
     host.runLoop(100ms);
@@ -267,12 +250,12 @@ TEST_F(ClapEditor, ShowsWhatTheHostSetsAndDoesNotSendItBack)
 TEST_F(ClapEditor, LeavesTheKeyboardToTheHost)
 {
     ClapHost host(library);
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     display.giveKeyboardTo(parent);
     open(host, parent);
     host.runLoop(100ms);
     // A click on a knob, and then a key with the mouse still above the editor.
-    display.act("mousemove " + knob() + " click 1");
+    display.act(std::string("mousemove ") + knob + " click 1");
     host.runLoop(100ms);
     display.act("key space");
     host.runLoop(50ms);
@@ -282,11 +265,11 @@ TEST_F(ClapEditor, LeavesTheKeyboardToTheHost)
 TEST_F(ClapEditor, HasTheKeyboardWhileSomebodyTypesIntoItsTempo)
 {
     ClapHost host(library);
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     display.giveKeyboardTo(parent);
     open(host, parent);
     host.runLoop(100ms);
-    display.act("mousemove " + tempoField() + " click 1");
+    display.act(std::string("mousemove ") + tempoField + " click 1");
     host.runLoop(100ms);
     display.act("key ctrl+a type 97.5");
     host.runLoop(100ms);
@@ -297,7 +280,7 @@ TEST_F(ClapEditor, HasTheKeyboardWhileSomebodyTypesIntoItsTempo)
     EXPECT_EQ(host.told, (std::vector<std::string>{"begin 6", "6 = 97.5", "end 6"}));
     EXPECT_EQ(host.value(6), 97.5);
 
-    display.act("mousemove " + knob() + " click 1");
+    display.act(std::string("mousemove ") + knob + " click 1");
     host.runLoop(100ms);
     display.act("key space");
     host.runLoop(50ms);
@@ -307,7 +290,7 @@ TEST_F(ClapEditor, HasTheKeyboardWhileSomebodyTypesIntoItsTempo)
 TEST_F(ClapEditor, IsOpenWhileItPlaysAndLoadsStates)
 {
     ClapHost host(library);
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     ASSERT_TRUE(host.start(48000.0, 512));
     open(host, parent);
     const auto saved = host.save();
@@ -327,25 +310,20 @@ TEST_F(ClapEditor, IsOpenWhileItPlaysAndLoadsStates)
 TEST_F(ClapEditor, OpensAndClosesWhileItPlaysAndIsSavedAndLoadedOnOtherThreads)
 {
     ClapHost host(library);
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     ASSERT_TRUE(host.start(48000.0, 512));
     const auto saved = host.save();
-    std::atomic<bool> goesOn{true};
     std::atomic<int> soundingBlocks{0};
-    std::jthread player([&] {
-        while (goesOn) {
-            Sound sound(512);
-            host.process(sound.left.data(), sound.right.data(), 512, rolling, {{40, 0, 0.75}});
-            soundingBlocks += sound.isSilent() ? 0 : 1;
-            std::this_thread::sleep_for(1ms);
-        }
+    const Repeatedly player([&] {
+        Sound sound(512);
+        host.process(sound.left.data(), sound.right.data(), 512, rolling, {{40, 0, 0.75}});
+        soundingBlocks += sound.isSilent() ? 0 : 1;
+        std::this_thread::sleep_for(1ms);
     });
-    std::jthread keeper([&] {
-        while (goesOn) {
-            EXPECT_FALSE(host.save().empty());
-            EXPECT_TRUE(host.load(saved));
-            std::this_thread::sleep_for(1ms);
-        }
+    const Repeatedly keeper([&] {
+        EXPECT_FALSE(host.save().empty());
+        EXPECT_TRUE(host.load(saved));
+        std::this_thread::sleep_for(1ms);
     });
     for (int round = 0; round < 5; ++round) {
         open(host, parent);
@@ -353,35 +331,28 @@ TEST_F(ClapEditor, OpensAndClosesWhileItPlaysAndIsSavedAndLoadedOnOtherThreads)
         EXPECT_GT(display.coloursIn(parent), manyColours);
         close(host);
     }
-    goesOn = false;
-    player.join();
     EXPECT_GT(soundingBlocks, 10);
 }
 
 TEST_F(ClapEditor, AKnobIsTurnedWhileTheHostAutomatesOtherControlsOnItsRenderThread)
 {
     ClapHost host(library);
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     ASSERT_TRUE(host.start(48000.0, 512));
     open(host, parent);
     host.runLoop(100ms);
-    std::atomic<bool> goesOn{true};
-    std::jthread player([&] {
-        for (int block = 0; goesOn; ++block) {
+    {
+        const Repeatedly player([&, block = 0]() mutable {
             Sound sound(512);
             const auto id = static_cast<clap_id>(1 + block % 38);
             host.process(sound.left.data(), sound.right.data(), 512, rolling, {{0, id, block % 5 / 4.0}});
+            ++block;
             std::this_thread::sleep_for(1ms);
-        }
-    });
-    display.act("mousemove " + knob() + " mousedown 1");
-    host.runLoop(50ms);
-    display.act("mousemove_relative -- 0 -20 mousemove_relative -- 0 -20");
-    host.runLoop(50ms);
-    display.act("mouseup 1");
-    host.runLoop(50ms);
-    goesOn = false;
-    player.join();
+        });
+        turnKnob(host);
+        display.act("mouseup 1");
+        host.runLoop(50ms);
+    }
     ASSERT_GE(host.told.size(), 3u);
     EXPECT_EQ(host.told.front(), "begin 0");
     EXPECT_EQ(host.told.back(), "end 0");

@@ -3,6 +3,7 @@
 #include "audiounit/Presets.h"
 #include "tests/audiounit/AllocationCounter.h"
 #include "tests/plugin/RecordingHost.h"
+#include "tests/plugin/Repeatedly.h"
 #include "tests/plugin/Sound.h"
 
 #include <array>
@@ -311,26 +312,24 @@ TEST(HostedInstrument, TakesValuesAndStatesFromOtherThreadsWhileItRenders)
     HostedPlayer player;
     player.instrument.setTransport(rolling);
     const auto saved = player.instrument.saveState();
-    std::atomic<bool> goesOn{true};
-    std::vector<std::jthread> others;
-    for (const ParameterAddress first : {0U, 1U})
-        others.emplace_back([&, first] {
-            for (int round = 0; goesOn; ++round)
-                for (auto address = first; address < parameterCount; address += 2)
-                    player.instrument.setValue(address, static_cast<double>(round % 20) / 3.0);
-        });
-    others.emplace_back([&] {
-        while (goesOn) {
-            EXPECT_EQ(player.instrument.restoreState(saved), std::nullopt);
-            EXPECT_FALSE(player.instrument.saveState().empty());
-        }
+    const auto settingEverySecond = [&](ParameterAddress first) {
+        return [&player, first, round = 0]() mutable {
+            for (auto address = first; address < parameterCount; address += 2)
+                player.instrument.setValue(address, static_cast<double>(round % 20) / 3.0);
+            ++round;
+        };
+    };
+    const Repeatedly even(settingEverySecond(0));
+    const Repeatedly odd(settingEverySecond(1));
+    const Repeatedly keeper([&] {
+        EXPECT_EQ(player.instrument.restoreState(saved), std::nullopt);
+        EXPECT_FALSE(player.instrument.saveState().empty());
     });
     for (int block = 0; block < 300; ++block) {
         const auto sound = player.render(512);
         EXPECT_TRUE(std::ranges::all_of(sound.left, [](float x) { return std::abs(x) <= 1.0f; }));
         player.instrument.followValues();
     }
-    goesOn = false;
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "tests/plugin/EditorPlaces.h"
 #include "tests/plugin/Lv2Host.h"
 #include "tests/plugin/VirtualDisplay.h"
 
@@ -18,25 +19,21 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr unsigned width = 480;
-constexpr unsigned height = 360;
-constexpr int manyColours = 30; ///< text and rings are smoothed; an empty window has one
-
-/// The middle of the first knob, activity, in an editor of this size.
-constexpr auto knob = "432 62";
-
 class Lv2Editor : public testing::Test
 {
 protected:
-    /// The rings may move by themselves; the knobs at the right do not.
     [[nodiscard]] std::vector<unsigned long> knobPixels(XWindow parent) const
     {
-        const auto all = display.pixelsOf(parent);
-        std::vector<unsigned long> right;
-        for (std::size_t i = 0; i < all.size(); ++i)
-            if (i % width > width - 90)
-                right.push_back(all[i]);
-        return right;
+        return display.pixelsOf(parent, knobsLeft);
+    }
+
+    /// Takes hold of the first knob and turns it up.
+    void turnKnob(Lv2Host& host) const
+    {
+        display.act(std::string("mousemove ") + knob + " mousedown 1");
+        host.idle(50ms);
+        display.act("mousemove_relative -- 0 -20 mousemove_relative -- 0 -20");
+        host.idle(50ms);
     }
 
     const VirtualDisplay& display = VirtualDisplay::shared();
@@ -46,9 +43,9 @@ protected:
 TEST_F(Lv2Editor, ShowsItselfInTheHostsWindowAndAsksForItsSize)
 {
     Lv2Host host(library);
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     ASSERT_TRUE(host.openUi(parent));
-    EXPECT_EQ(host.wantedSizes, (std::vector<std::pair<int, int>>{{width, height}}));
+    EXPECT_EQ(host.wantedSizes, (std::vector<std::pair<int, int>>{{editorWidth, editorHeight}}));
     host.idle(200ms);
     EXPECT_EQ(display.childOf(parent), host.uiWindow);
     EXPECT_GT(display.coloursIn(parent), manyColours);
@@ -60,7 +57,7 @@ TEST_F(Lv2Editor, ShowsItselfInTheHostsWindowAndAsksForItsSize)
 
 TEST_F(Lv2Editor, IsNotShownWithoutWhatItNeedsAndSaysWhy)
 {
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     for (const auto* const feature : {LV2_INSTANCE_ACCESS_URI, LV2_UI__parent}) {
         Lv2Host host(library, 48000.0, {feature});
         EXPECT_FALSE(host.openUi(parent));
@@ -74,7 +71,7 @@ TEST_F(Lv2Editor, IsNotShownWithoutWhatItNeedsAndSaysWhy)
 TEST_F(Lv2Editor, NeedsNeitherResizingNorGesturesNorOptions)
 {
     Lv2Host host(library, 48000.0, {LV2_UI__resize, LV2_UI__touch, LV2_OPTIONS__options});
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     ASSERT_TRUE(host.openUi(parent));
     host.idle(100ms);
     display.act(std::string("mousemove ") + knob + " mousedown 1 mousemove_relative -- 0 -20");
@@ -85,21 +82,16 @@ TEST_F(Lv2Editor, NeedsNeitherResizingNorGesturesNorOptions)
     EXPECT_TRUE(std::ranges::all_of(host.told, [](const auto& edit) { return edit.starts_with("0 = "); }));
 }
 
-TEST_F(Lv2Editor, OpensQuicklyTheSecondTime)
+TEST_F(Lv2Editor, ShowsItselfTheSecondTimeToo)
 {
     Lv2Host host(library);
-    const auto parent = display.makeWindow(width, height);
-    ASSERT_TRUE(host.openUi(parent));
-    host.idle(100ms);
-    host.closeUi();
-    const auto before = std::chrono::steady_clock::now();
-    ASSERT_TRUE(host.openUi(parent));
-    while (display.coloursIn(parent) < manyColours && std::chrono::steady_clock::now() - before < 5s)
-        host.idle(5ms);
-    const auto took = std::chrono::steady_clock::now() - before;
-    EXPECT_LT(took, 1s); // a tenth of it on a quiet machine
-    RecordProperty("ms",
-                   static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(took).count()));
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
+    for (int time = 0; time < 2; ++time) {
+        ASSERT_TRUE(host.openUi(parent));
+        host.idle(200ms);
+        EXPECT_GT(display.coloursIn(parent), manyColours);
+        host.closeUi();
+    }
 }
 
 TEST_F(Lv2Editor, OpensAndClosesAnyNumberOfTimesInSeveralInstances)
@@ -110,7 +102,7 @@ TEST_F(Lv2Editor, OpensAndClosesAnyNumberOfTimesInSeveralInstances)
     for (int round = 0; round < 5; ++round) {
         std::vector<XWindow> parents;
         for (auto& host : hosts) {
-            parents.push_back(display.makeWindow(width, height));
+            parents.push_back(display.makeWindow(editorWidth, editorHeight));
             ASSERT_TRUE(host->openUi(parents.back()));
             host->idle(20ms);
         }
@@ -126,7 +118,7 @@ TEST_F(Lv2Editor, OpensAndClosesAnyNumberOfTimesInSeveralInstances)
 TEST_F(Lv2Editor, OutlivesTheHostsWindow)
 {
     Lv2Host host(library);
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     ASSERT_TRUE(host.openUi(parent));
     host.idle(100ms);
     display.destroyWindow(parent);
@@ -144,12 +136,12 @@ TEST_F(Lv2Editor, OutlivesTheHostsWindow)
 TEST_F(Lv2Editor, DoesNotEndAHostWhoseWindowIsGoneAlready)
 {
     Lv2Host host(library);
-    const auto gone = display.makeWindow(width, height);
+    const auto gone = display.makeWindow(editorWidth, editorHeight);
     display.destroyWindow(gone);
     if (host.openUi(gone))
         host.idle(50ms);
     host.closeUi();
-    ASSERT_TRUE(host.openUi(display.makeWindow(width, height)));
+    ASSERT_TRUE(host.openUi(display.makeWindow(editorWidth, editorHeight)));
     host.idle(50ms);
 }
 
@@ -218,13 +210,10 @@ TEST_F(Lv2Editor, AKnobTurnedWithTheMouseReachesTheHostAsOneGesture)
 {
     Lv2Host host(library);
     host.start();
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     ASSERT_TRUE(host.openUi(parent));
     host.idle(100ms);
-    display.act(std::string("mousemove ") + knob + " mousedown 1");
-    host.idle(50ms);
-    display.act("mousemove_relative -- 0 -20 mousemove_relative -- 0 -20");
-    host.idle(50ms);
+    turnKnob(host);
     display.act("mouseup 1");
     host.idle(100ms);
     ASSERT_GE(host.told.size(), 3u);
@@ -246,13 +235,10 @@ TEST_F(Lv2Editor, AControlThatIsHeldDoesNotFollowTheHost)
 {
     Lv2Host host(library);
     host.start();
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     ASSERT_TRUE(host.openUi(parent));
     host.idle(100ms);
-    display.act(std::string("mousemove ") + knob + " mousedown 1");
-    host.idle(50ms);
-    display.act("mousemove_relative -- 0 -30");
-    host.idle(50ms);
+    turnKnob(host);
     const auto turned = host.save();
     // A host that is late shows what the editor wrote some moments ago.
     host.controls[0] = 0.55f;
@@ -269,13 +255,10 @@ TEST_F(Lv2Editor, LetsGoOfAControlThatIsHeldWhenItIsClosed)
 {
     Lv2Host host(library);
     host.start();
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     ASSERT_TRUE(host.openUi(parent));
     host.idle(100ms);
-    display.act(std::string("mousemove ") + knob + " mousedown 1");
-    host.idle(50ms);
-    display.act("mousemove_relative -- 0 -30");
-    host.idle(50ms);
+    turnKnob(host);
     ASSERT_EQ(std::ranges::count(host.told, "begin 0"), 1);
     ASSERT_EQ(std::ranges::count(host.told, "end 0"), 0);
     host.closeUi();
@@ -290,7 +273,7 @@ TEST_F(Lv2Editor, ShowsWhatTheHostSetsAndDoesNotSendItBack)
 {
     Lv2Host host(library);
     host.start();
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     ASSERT_TRUE(host.openUi(parent));
     host.idle(200ms);
     const auto before = knobPixels(parent);
@@ -304,7 +287,7 @@ TEST_F(Lv2Editor, ShowsWhatTheHostSetsAndDoesNotSendItBack)
 TEST_F(Lv2Editor, ShowsThePortsOfAHostThatDoesNotRunThePlugin)
 {
     Lv2Host host(library);
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     ASSERT_TRUE(host.openUi(parent));
     host.idle(200ms);
     const auto before = knobPixels(parent);
@@ -327,7 +310,7 @@ TEST_F(Lv2Editor, WritesARestoredStateToThePortsThatStillShowWhatWasBefore)
 
     Lv2Host host(library);
     host.start();
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     ASSERT_TRUE(host.openUi(parent));
     host.idle(50ms);
     ASSERT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
@@ -348,7 +331,7 @@ TEST_F(Lv2Editor, DoesNotWriteToPortsWhatItOnlyBoundsForItself)
     host.controls[7] = 1.5f; // volume
     host.runUnheard(32);
     ASSERT_EQ(host.restore(host.save()), LV2_STATE_SUCCESS);
-    ASSERT_TRUE(host.openUi(display.makeWindow(width, height)));
+    ASSERT_TRUE(host.openUi(display.makeWindow(editorWidth, editorHeight)));
     host.idle(100ms);
     EXPECT_TRUE(host.told.empty());
 }
@@ -356,7 +339,7 @@ TEST_F(Lv2Editor, DoesNotWriteToPortsWhatItOnlyBoundsForItself)
 TEST_F(Lv2Editor, LeavesTheKeyboardToTheHost)
 {
     Lv2Host host(library);
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     display.giveKeyboardTo(parent);
     ASSERT_TRUE(host.openUi(parent));
     host.idle(100ms);
@@ -371,7 +354,7 @@ TEST_F(Lv2Editor, IsOpenWhileItPlaysAndRestoresStates)
 {
     Lv2Host host(library);
     host.start();
-    const auto parent = display.makeWindow(width, height);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
     ASSERT_TRUE(host.openUi(parent));
     const auto saved = host.save();
     Sound sound(512);

@@ -4,6 +4,7 @@
 #include "audiounit/Presets.h"
 #include "plugin/lv2/Lv2Names.h"
 #include "tests/audiounit/AllocationCounter.h"
+#include "tests/plugin/Repeatedly.h"
 
 #include <lv2/time/time.h>
 
@@ -340,101 +341,6 @@ TEST_F(Lv2, APresetsPortsSoundLikeThePreset)
     }
 }
 
-/// A value of its own for every parameter, with more digits than a song keeps of a port.
-std::array<float, parameterCount> someValues()
-{
-    std::array<float, parameterCount> values{};
-    for (const auto& parameter : parameterTable())
-        values[parameter.address] =
-            parameter.minValue + 0.37123456f * (parameter.maxValue - parameter.minValue);
-    return values;
-}
-
-std::string someState(const Lv2Library& library)
-{
-    Lv2Host host(library);
-    host.start();
-    host.controls = someValues();
-    host.runUnheard(32);
-    return host.save();
-}
-
-TEST_F(Lv2, SavesTheSameBytesAfterRestoringThem)
-{
-    const auto saved = someState(library);
-    Lv2Host host(library);
-    EXPECT_NE(host.save(), saved);
-    EXPECT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
-    EXPECT_EQ(host.save(), saved);
-    // Whether or not the host's string brings its end along.
-    Lv2Host another(library);
-    EXPECT_EQ(another.restore(saved, LV2_ATOM__String), LV2_STATE_SUCCESS);
-    EXPECT_EQ(another.save(), saved);
-}
-
-TEST_F(Lv2, ARestoredStateStaysThoughThePortsStillShowWhatWasBefore)
-{
-    const auto saved = someState(library);
-    Lv2Host fresh(library);
-    ASSERT_EQ(fresh.restore(saved), LV2_STATE_SUCCESS);
-    fresh.start();
-    fresh.runUnheard(100);
-    EXPECT_EQ(fresh.save(), saved);
-
-    Lv2Host host(library);
-    host.start();
-    host.controls[volume] = 0.11f;
-    host.runUnheard(100);
-    ASSERT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
-    host.runUnheard(100);
-    EXPECT_EQ(host.save(), saved);
-    host.controls[volume] = 0.12f;
-    host.runUnheard(100);
-    EXPECT_NE(host.save(), saved);
-}
-
-TEST_F(Lv2, AHostThatRestoresPortsAndStateGetsTheStateToTheLastDigitInEitherOrder)
-{
-    const auto saved = someState(library);
-    for (const bool stateFirst : {true, false}) {
-        Lv2Host host(library);
-        host.start();
-        host.runUnheard(100);
-        if (stateFirst) {
-            ASSERT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
-        }
-        for (ParameterAddress address = 0; address < parameterCount; ++address)
-            host.controls[address] = std::stof(std::to_string(someValues()[address]));
-        if (!stateFirst) {
-            host.runUnheard(100);
-            EXPECT_NE(host.save(), saved);
-            ASSERT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
-        }
-        host.runUnheard(100);
-        EXPECT_EQ(host.save(), saved);
-    }
-}
-
-TEST_F(Lv2, RefusesWhatIsNoStateAndSaysSoInTheHostsLog)
-{
-    Lv2Host host(library);
-    host.start();
-    host.controls[volume] = 0.125f;
-    host.runUnheard(32);
-    const auto before = host.save();
-    for (const auto& state : {std::string(), std::string("no state"), before.substr(0, 100),
-                              std::string(2000000, ' '), std::string(100, '\0')}) {
-        host.logged.clear();
-        EXPECT_EQ(host.restore(state), LV2_STATE_ERR_UNKNOWN);
-        ASSERT_EQ(host.logged.size(), 1u);
-        EXPECT_TRUE(host.logged[0].starts_with("Velotrine: The state is refused: ")) << host.logged[0];
-        EXPECT_EQ(host.save(), before);
-    }
-    host.logged.clear();
-    EXPECT_EQ(host.restore(before, LV2_ATOM__Int), LV2_STATE_ERR_BAD_TYPE);
-    EXPECT_EQ(host.logged, std::vector<std::string>{"Velotrine: The state is refused: it is not a text.\n"});
-}
-
 TEST_F(Lv2, TheRenderThreadTakesNoMemory)
 {
     Lv2Host host(library);
@@ -464,19 +370,15 @@ TEST_F(Lv2, SavesAndRestoresOnAnotherThreadWhileItPlays)
     Lv2Host host(library);
     host.start();
     const auto saved = host.save();
-    std::atomic<bool> goesOn{true};
-    std::jthread other([&] {
-        while (goesOn) {
-            EXPECT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
-            EXPECT_FALSE(host.save().empty());
-        }
+    const Repeatedly other([&] {
+        EXPECT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
+        EXPECT_FALSE(host.save().empty());
     });
     std::mt19937 random(1);
     for (int block = 0; block < 300; ++block) {
         host.controls[random() % parameterCount] = std::uniform_real_distribution(0.0f, 5.0f)(random);
         EXPECT_TRUE(isInBounds(playedBy(host, 512, {positionOf(100, rolling)})));
     }
-    goesOn = false;
 }
 
 TEST_F(Lv2, SurvivesRandomHosts)
@@ -531,19 +433,15 @@ TEST_F(Lv2, FollowsTheSwitchFromTheHostsClockToItsOwn)
     EXPECT_FALSE(playedBy(host, 48000).isSilent());
 }
 
-TEST_F(Lv2, ComesAndGoesQuickly)
+TEST_F(Lv2, ManyLiveSideBySide)
 {
-    using Clock = std::chrono::steady_clock;
-    constexpr int instances = 50;
-    const Lv2Host first(library);
-    const auto before = Clock::now();
-    for (int i = 0; i < instances; ++i)
-        const Lv2Host host(library);
-    const auto each = std::chrono::duration<double, std::milli>(Clock::now() - before).count() / instances;
-    EXPECT_LT(each, 20.0);
-    std::vector<std::unique_ptr<Lv2Host>> together;
-    for (int i = 0; i < 20; ++i)
-        together.push_back(std::make_unique<Lv2Host>(library));
+    std::vector<std::unique_ptr<Lv2Host>> hosts;
+    for (int i = 0; i < 20; ++i) {
+        hosts.push_back(std::make_unique<Lv2Host>(library));
+        hosts.back()->start();
+    }
+    for (auto& host : hosts)
+        EXPECT_FALSE(playedBy(*host, 48000, {positionOf(0, rolling)}).isSilent());
 }
 
 } // namespace

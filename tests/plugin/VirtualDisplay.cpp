@@ -113,7 +113,7 @@ std::pair<int, int> VirtualDisplay::sizeOf(XWindow window) const
     return {attributes.width, attributes.height};
 }
 
-std::vector<unsigned long> VirtualDisplay::pixelsOf(XWindow window) const
+std::vector<unsigned long> VirtualDisplay::pixelsOf(XWindow window, int firstColumn) const
 {
     const auto [width, height] = sizeOf(window);
     auto* const image = XGetImage(display, window, 0, 0, static_cast<unsigned>(width),
@@ -122,7 +122,7 @@ std::vector<unsigned long> VirtualDisplay::pixelsOf(XWindow window) const
         throw std::runtime_error("no picture of the window");
     std::vector<unsigned long> pixels;
     for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
+        for (int x = firstColumn; x < width; ++x)
             pixels.push_back(XGetPixel(image, x, y));
     XDestroyImage(image);
     return pixels;

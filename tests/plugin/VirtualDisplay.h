@@ -34,8 +34,8 @@ public:
 
     [[nodiscard]] std::pair<int, int> sizeOf(XWindow window) const;
 
-    /// The window's pixels as they show on the screen.
-    [[nodiscard]] std::vector<unsigned long> pixelsOf(XWindow window) const;
+    /// The window's pixels as they show on the screen, from a column on.
+    [[nodiscard]] std::vector<unsigned long> pixelsOf(XWindow window, int firstColumn = 0) const;
 
     /// How much there is to see.
     [[nodiscard]] int coloursIn(XWindow window) const;
