@@ -1,5 +1,7 @@
 #include "host/PopUpButton.h"
 
+#include "editor/KeyTurn.h"
+
 namespace velotrine {
 
 void PopUpButton::showPopup()
@@ -21,6 +23,21 @@ void PopUpButton::showPopup()
         button->hidePopup();
         button->choose(itemId);
     });
+}
+
+bool PopUpButton::keyPressed(const juce::KeyPress& key)
+{
+    if (const auto turn = listTurnOf(key)) {
+        keyIsUsed();
+        const auto index = turnedIndex(getSelectedItemIndex(), getNumItems(), *turn);
+        if (index != getSelectedItemIndex())
+            choose(getItemId(index));
+        return true;
+    }
+    if (!key.isKeyCode(juce::KeyPress::returnKey) && !(key.isKeyCode(juce::KeyPress::spaceKey) && isMarked()))
+        return false;
+    showPopup();
+    return true;
 }
 
 void PopUpButton::choose(int itemId)
