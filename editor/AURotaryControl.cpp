@@ -219,11 +219,18 @@ void AURotaryControl::drawReadout(juce::Graphics& graphics) const
     graphics.drawText(valueText(), foot(), juce::Justification::centred, false);
 }
 
+/// An arc that is open where the name is written.
 void AURotaryControl::drawMark(juce::Graphics& graphics) const
 {
     constexpr float lineWidth = 2.0f;
+    constexpr float halfArcRadians = 2.0f;
+    const auto bounds = getLocalBounds().toFloat().reduced(lineWidth / 2.0f);
+    juce::Path arc;
+    arc.addCentredArc(bounds.getCentreX(), bounds.getCentreY(), bounds.getWidth() / 2.0f,
+                      bounds.getHeight() / 2.0f, 0.0f, -halfArcRadians, halfArcRadians, true);
     graphics.setColour(colours::focus);
-    graphics.drawEllipse(getLocalBounds().toFloat().reduced(lineWidth / 2.0f), lineWidth);
+    graphics.strokePath(
+        arc, juce::PathStrokeType(lineWidth, juce::PathStrokeType::curved, juce::PathStrokeType::rounded));
 }
 
 juce::String AURotaryControl::valueText() const

@@ -68,10 +68,11 @@ private:
 
 /// The handler of something that can be pressed and has something to read.
 [[nodiscard]] inline std::unique_ptr<juce::AccessibilityHandler> makeButtonHandler(
-    juce::Component& control, std::function<juce::String()> text, std::function<void()> press)
+    juce::Component& control, std::function<juce::String()> text, std::function<void()> press,
+    juce::AccessibilityRole role = juce::AccessibilityRole::button)
 {
     return std::make_unique<juce::AccessibilityHandler>(
-        control, juce::AccessibilityRole::button,
+        control, role,
         juce::AccessibilityActions().addAction(juce::AccessibilityActionType::press, std::move(press)),
         juce::AccessibilityHandler::Interfaces{std::make_unique<AccessibleText>(std::move(text))});
 }

@@ -110,6 +110,9 @@ void RingEditorViewMac::makeRow(Kind kind)
     row.slider->setTitle(info.label);
     row.slider->setExplicitFocusOrder(2 * kind + 1);
     row.slider->setRange(0.0, info.maxValue, info.isWhole() ? 1.0 : 0.0);
+    row.slider->textFromValueFunction = [&info](double value) {
+        return fieldText(static_cast<float>(value), info);
+    };
     row.slider->onValueChange = [this, kind] { sliderChanged(kind); };
     row.slider->onEntryBegan = [&row](const juce::String& text) { row.field->beginEntry(text, *row.slider); };
     row.slider->onDragStart = [this, kind] {

@@ -1,5 +1,6 @@
 #include "host/PopUpButton.h"
 
+#include "editor/AccessibleValue.h"
 #include "editor/KeyTurn.h"
 
 namespace velotrine {
@@ -38,6 +39,13 @@ bool PopUpButton::keyPressed(const juce::KeyPress& key)
         return false;
     showPopup();
     return true;
+}
+
+/// The toolkit's own would give the choice for the name.
+std::unique_ptr<juce::AccessibilityHandler> PopUpButton::createAccessibilityHandler()
+{
+    return makeButtonHandler(
+        *this, [this] { return getText(); }, [this] { showPopup(); }, juce::AccessibilityRole::comboBox);
 }
 
 void PopUpButton::choose(int itemId)

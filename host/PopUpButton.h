@@ -11,6 +11,7 @@ class PopUpButton final : public Control<juce::ComboBox>
 public:
     void showPopup() override;
     bool keyPressed(const juce::KeyPress& key) override;
+    std::unique_ptr<juce::AccessibilityHandler> createAccessibilityHandler() override;
 
     /// What the user picked from the menu.
     /// @param itemId  0 for nothing

@@ -11,7 +11,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <map>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace velotrine {
@@ -465,6 +467,65 @@ TEST_F(Hands, DigitsOnAKnobAreItsValue)
     type("0.2");
     click(*editor().playButton);
     EXPECT_EQ(value(addressOf(GlobalParameter::boredom)), 0.2f);
+}
+
+/// What a screen reader reads as an element's value; empty for none.
+juce::String valueRead(const juce::AccessibilityHandler& element)
+{
+    if (const auto* text = element.getTextInterface())
+        return text->getText({0, text->getTotalNumCharacters()});
+    const auto* value = element.getValueInterface();
+    return value != nullptr ? value->getCurrentValueAsString() : juce::String();
+}
+
+void collectElements(const juce::AccessibilityHandler& element,
+                     std::map<juce::Component*, juce::String>& values,
+                     std::map<juce::Component*, juce::String>& names)
+{
+    names[&const_cast<juce::Component&>(element.getComponent())] = element.getTitle();
+    values[&const_cast<juce::Component&>(element.getComponent())] = valueRead(element);
+    for (const auto* child : element.getChildren())
+        collectElements(*child, values, names);
+}
+
+TEST_F(Hands, EveryControlHasANameAndItsValueAsTextForAScreenReader)
+{
+    openRing(2);
+    std::map<juce::Component*, juce::String> values;
+    std::map<juce::Component*, juce::String> names;
+    collectElements(*window->getAccessibilityHandler(), values, names);
+    auto& e = editor();
+    const std::vector<std::tuple<juce::Component*, const char*, const char*>> expected{
+        {host->presetPopup.get(), "Preset", "Default"},
+        {e.rootButton.get(), "Root", "E"},
+        {e.scaleButton.get(), "Scale", "Major"},
+        {e.bpmField.get(), "BPM", "120.0"},
+        {e.bpmStepper.get(), "BPM", "120.0"},
+        {e.playButton.get(), "Play", "Stopped"},
+        {e.circlesView.get(), "Rings", "Ring 3, 4 spots"},
+        {e.activityKnob.get(), "ACTIVITY", "0 %"},
+        {&panel().slider(RingEditorViewMac::steps), "STEPS", "4"},
+        {&panel().field(RingEditorViewMac::steps), "STEPS", "4"},
+        {&panel().slider(RingEditorViewMac::ringVol), "VOLUME", "0.70"},
+        {&panel().field(RingEditorViewMac::ringVol), "VOLUME", "0.70"},
+    };
+    for (const auto& [control, name, value] : expected) {
+        EXPECT_EQ(names[control], name);
+        EXPECT_EQ(values[control], value) << name;
+    }
+    EXPECT_EQ(names[host->helpButton.get()], "Help");
+    const auto everyControl = [&](const auto& self, juce::Component& parent) -> void {
+        for (auto* child : parent.getChildren()) {
+            if (child->isShowing() && child->getWantsKeyboardFocus()) {
+                EXPECT_TRUE(names[child].isNotEmpty()) << child->getName();
+                if (child != host->helpButton.get()) {
+                    EXPECT_TRUE(values[child].isNotEmpty()) << names[child];
+                }
+            }
+            self(self, *child);
+        }
+    };
+    everyControl(everyControl, *window);
 }
 
 TEST_F(Hands, AWindowThatComesBackToTheFrontDoesNotPutAFieldThatWasLeftInUseAgain)
