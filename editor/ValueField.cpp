@@ -76,6 +76,7 @@ void ValueField::beginEntry(const juce::String& text, juce::Component& control)
 void ValueField::endEntry()
 {
     const auto text = getText();
+    // What nobody has changed is no edit: a host would record it.
     if (text == shown)
         return;
     shown = text;

@@ -65,6 +65,7 @@ std::unique_ptr<juce::Label> makeLabel(const juce::String& text)
     return label;
 }
 
+/// On whole points, so that lines and letters are sharp.
 void place(juce::Component& component, juce::Rectangle<double> bounds)
 {
     component.setBounds(bounds.toNearestInt());
@@ -300,6 +301,7 @@ void VelotrineAUViewControllerMac::refreshRings()
         const auto i = static_cast<std::size_t>(ring);
         const auto shown = static_cast<float>(rings.ringSpotCounts[i]);
         const auto spots = wholeNumber(parameters.value(addressOf(RingParameter::spots, ring), shown));
+        // A host may write more than can be drawn.
         rings.ringSpotCounts[i] = std::clamp<std::int64_t>(spots, 0, maxSpotsPerRing);
         rings.spotsPerRing[i] = rings.ringSpotCounts[i];
         rings.ringPhaseOffsets[i] = parameters.value(addressOf(RingParameter::phase, ring), 0.0f);
@@ -330,6 +332,7 @@ void VelotrineAUViewControllerMac::refreshSyncDependentControls()
 {
     if (!hostProvidesSync) {
         syncButton->setToggleState(false, juce::dontSendNotification);
+        // Once, or each refresh would cause the next.
         if (parameters.value(addressOf(GlobalParameter::sync), 1.0f) > 0.5f)
             parameters.correct(addressOf(GlobalParameter::sync), 0.0f);
     }
@@ -342,6 +345,7 @@ void VelotrineAUViewControllerMac::refreshSyncDependentControls()
     syncTextLabel->setAlpha(hostProvidesSync ? 1.0f : dimmedAlpha);
     bpmPrefixLabel->setEnabled(!isSynced);
     bpmPrefixLabel->setColour(juce::Label::textColourId, isSynced ? grey(0.5f) : colours::text);
+    // With Sync on, the internal clock that it starts does not count.
     setUsable(*playButton, !isSynced);
 }
 

@@ -227,6 +227,7 @@ void HostViewController::showHelp(int page)
         if (onHelpWindowCreated)
             onHelpWindowCreated(*helpWindowController);
     }
+    // The page first, so that the window does not open on another.
     helpWindowController->showPage(page);
     helpWindowController->showWindow();
 }
