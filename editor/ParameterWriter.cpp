@@ -1,5 +1,7 @@
 #include "editor/ParameterWriter.h"
 
+#include "audiounit/Parameters.h"
+
 namespace velotrine {
 
 std::shared_ptr<AUParameter> ParameterWriter::parameterAt(AUParameterAddress address) const
@@ -12,6 +14,11 @@ float ParameterWriter::value(AUParameterAddress address, float missing) const
 {
     const auto parameter = parameterAt(address);
     return parameter ? parameter->value() : missing;
+}
+
+float ParameterWriter::value(ParameterAddress address) const
+{
+    return value(address, parameterTable().at(address).initialValue);
 }
 
 void ParameterWriter::write(AUParameterAddress address, float value)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/ParameterAddress.h"
 #include "platform/AUParameterTree.h"
 
 #include <functional>
@@ -20,6 +21,10 @@ public:
 
     /// @param missing  the answer where there is no such parameter
     [[nodiscard]] float value(AUParameterAddress address, float missing) const;
+
+    /// A parameter's value; its initial one where the tree does not have it.
+    /// @param address  of the table of parameters
+    [[nodiscard]] float value(ParameterAddress address) const;
 
     /// Writes a value; one that nobody holds is held for just this moment.
     void write(AUParameterAddress address, float value);
