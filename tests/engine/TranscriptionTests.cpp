@@ -270,6 +270,29 @@ TEST(EngineAndTranscriptionAtExtremes, AgreeWhereTheWobbleIsManyTurnsDeep)
     requireSound(players);
 }
 
+/// One frame of an Activity that no control gives throws the rotations out of the turn by dozens of turns.
+TEST(EngineAndTranscriptionAtExtremes, AgreeWhereARotationComesBackFromFarOutsideTheTurn)
+{
+    for (const float activity : {1.0e4f, -1.0e4f})
+        for (const float after : {0.0f, 0.5f, 1.0f}) {
+            SCOPED_TRACE(testing::Message() << activity << ", then " << after);
+            SideBySide players{longestBlock, 48000.0};
+            playInternally(players);
+            players.set(GlobalParameter::bpm, 300.0f);
+            players.set(GlobalParameter::activity, activity);
+            auto difference = players.process(1);
+            ASSERT_FALSE(difference) << *difference;
+            players.set(GlobalParameter::activity, after);
+            for (int frame = 0; frame < 96000;)
+                for (const int frames : {32, 17, 512}) {
+                    difference = players.process(frames);
+                    ASSERT_FALSE(difference) << *difference;
+                    frame += frames;
+                }
+            requireSound(players);
+        }
+}
+
 /// Whichever of a few round numbers, or any between the smallest and the largest.
 double roundOrNot(Dice& dice, const std::vector<double>& ascending)
 {
