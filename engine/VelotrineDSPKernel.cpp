@@ -189,11 +189,11 @@ void VelotrineDSPKernel::process(float* left, float* right, int frameCount) noex
     if (const auto tempo = currentTempo(transport))
         runClock(*tempo, frameCount);
 
+    std::fill_n(scratchBuf.begin(), frameCount, 0.0f);
     if (voicePool->isSilent()) {
         std::fill_n(left, frameCount, 0.0f);
         std::fill_n(right, frameCount, 0.0f);
     } else {
-        std::fill_n(scratchBuf.begin(), frameCount, 0.0f);
         voicePool->render(scratchBuf.data(), frameCount);
         softClip(scratchBuf.data(), volume, left, right, frameCount);
     }

@@ -85,7 +85,7 @@ public:
 
     double sampleRate = 44100.0;          ///< Hz
     std::unique_ptr<VoicePool> voicePool; ///< none before the first setup
-    std::vector<float> scratchBuf;        ///< mono mix, maxFrames long
+    std::vector<float> scratchBuf;        ///< mono mix of the last call, maxFrames long
     std::int64_t maxFrames = 512;         ///< longest render cycle
 
     // Clock, rings and note chain
