@@ -293,6 +293,35 @@ TEST(EngineAndTranscriptionAtExtremes, AgreeWhereARotationComesBackFromFarOutsid
         }
 }
 
+/// At a low rate a modulator makes more than a turn from one sample to the next, 9.9 kHz at 8 kHz, and far
+/// beyond the keyboard a carrier does, too.
+TEST(EngineAndTranscriptionAtExtremes, AgreeWhereVoicesMakeMoreThanATurnASample)
+{
+    struct Case
+    {
+        float octave;
+        float drudgery;
+        double turnsASample; ///< the fastest modulator makes at least so many
+    };
+
+    constexpr double sampleRate = 8000.0;
+    for (const auto& [octave, drudgery, turnsASample] :
+         {Case{7.0f, 0.0f, 1.2}, Case{7.0f, 0.5f, 1.2}, Case{7.0f, 1.0f, 1.2}, Case{10.0f, 0.0f, 9.0}}) {
+        SCOPED_TRACE(testing::Message() << "octave " << octave << ", Drudgery " << drudgery);
+        SideBySide players{longestBlock, sampleRate};
+        playDensely(players, drudgery, 1.0f);
+        players.setAllRings(RingParameter::octave, octave);
+        for (int frame = 0; frame < 5 * static_cast<int>(sampleRate);)
+            for (const int frames : {32, 512, 1, 1000}) {
+                const auto difference = players.process(frames);
+                ASSERT_FALSE(difference) << *difference;
+                frame += frames;
+            }
+        EXPECT_GT(players.fastestModulator(), turnsASample);
+        requireSound(players);
+    }
+}
+
 /// Whichever of a few round numbers, or any between the smallest and the largest.
 double roundOrNot(Dice& dice, const std::vector<double>& ascending)
 {
