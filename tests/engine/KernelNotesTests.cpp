@@ -99,7 +99,9 @@ TEST(KernelNotes, TheRootIsCutToAWholeNumberAndTakenWithinTheOctave)
         float used;
     };
 
-    for (const auto& [asked, used] : {Case{2.9f, 2.0f}, Case{14.0f, 2.0f}, Case{-0.9f, 0.0f}}) {
+    for (const auto& [asked, used] :
+         {Case{2.7f, 2.0f}, Case{2.2f, 2.0f}, Case{11.99f, 11.0f}, Case{14.0f, 2.0f}, Case{12.5f, 0.0f},
+          Case{-0.3f, 0.0f}, Case{-0.9f, 0.0f}, Case{-2.7f, -2.0f}}) {
         VelotrineDSPKernel kernel;
         VelotrineDSPKernel other;
         kernel.rootNote = asked;

@@ -212,6 +212,8 @@ std::vector<Piece> outOfRangePieces()
         unusual("DrudgeryAboveOne", GlobalParameter::drudgery, 1.2f),
         unusual("BoredomNotANumber", GlobalParameter::boredom, nan),
         unusual("RootNegative", GlobalParameter::rootNote, -5.0f),
+        unusual("RootNoWholeNumber", GlobalParameter::rootNote, 2.7f),
+        unusual("RootNegativeAndNoWholeNumber", GlobalParameter::rootNote, -2.7f),
         unusual("RootAndScaleBeyondTheirRanges",
                 [](SideBySide& players) {
                     players.set(GlobalParameter::rootNote, 31.0f);
