@@ -103,23 +103,28 @@ std::shared_ptr<AUAudioUnitBusArray> VelotrineAudioUnit::inputBusses()
 std::shared_ptr<AUAudioUnitBusArray> VelotrineAudioUnit::outputBusses()
 {
     if (!_outputBusses)
-        _outputBusses =
-            std::make_shared<AUAudioUnitBusArray>(*this, AUAudioUnitBusType::output, std::vector{outputBus});
+        _outputBusses = std::make_shared<AUAudioUnitBusArray>(*this, AUAudioUnitBusType::output,
+                                                              std::vector{existingOutputBus()});
     return _outputBusses;
 }
 
-void VelotrineAudioUnit::allocateRenderResources()
+const std::shared_ptr<AUAudioUnitBus>& VelotrineAudioUnit::existingOutputBus() const noexcept
 {
-    AUAudioUnit::allocateRenderResources();
-    dspKernel->setup(maxFrames, outputBus->format().sampleRate);
-    contextHolder->musicalContext = musicalContextBlock();
-    contextHolder->transportState = transportStateBlock();
+    if (!outputBus)
+        fatalError("VelotrineAudioUnit: there is no output bus");
+    return outputBus;
 }
 
-void VelotrineAudioUnit::deallocateRenderResources()
+void VelotrineAudioUnit::makeRenderResources()
+{
+    ContextHolder newContext{musicalContextBlock(), transportStateBlock()};
+    dspKernel->setup(maxFrames, existingOutputBus()->format().sampleRate);
+    *contextHolder = std::move(newContext);
+}
+
+void VelotrineAudioUnit::dropRenderResources()
 {
     *contextHolder = {};
-    AUAudioUnit::deallocateRenderResources();
 }
 
 AUInternalRenderBlock VelotrineAudioUnit::internalRenderBlock()

@@ -32,9 +32,6 @@ public:
 
     void setMaximumFramesToRender(AUAudioFrameCount frames) override { maxFrames = frames; }
 
-    void allocateRenderResources() override;
-    void deallocateRenderResources() override;
-
     [[nodiscard]] const std::vector<AUAudioUnitPreset>& factoryPresets() override;
 
     [[nodiscard]] std::optional<AUAudioUnitPreset> currentPreset() const override { return _currentPreset; }
@@ -43,6 +40,8 @@ public:
     const std::shared_ptr<VelotrineDSPKernel> dspKernel = std::make_shared<VelotrineDSPKernel>();
 
 protected:
+    void makeRenderResources() override;
+    void dropRenderResources() override;
     [[nodiscard]] AUInternalRenderBlock internalRenderBlock() override;
     void applyCurrentPreset(const std::optional<AUAudioUnitPreset>& preset) override;
     void restoreCurrentPreset(const std::optional<AUAudioUnitPreset>& preset) override;
@@ -67,6 +66,7 @@ private:
     static void renderInto(VelotrineDSPKernel& kernel, const AudioBufferList& output,
                            int frameCount) noexcept;
     [[nodiscard]] std::shared_ptr<AUParameterTree> makeParameterTree() const;
+    [[nodiscard]] const std::shared_ptr<AUAudioUnitBus>& existingOutputBus() const noexcept;
 
     std::shared_ptr<KernelHandle> kernelHandle = std::make_shared<KernelHandle>(KernelHandle{dspKernel});
     std::shared_ptr<ContextHolder> contextHolder = std::make_shared<ContextHolder>();

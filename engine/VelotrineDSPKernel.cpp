@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 namespace velotrine {
 
@@ -149,10 +150,14 @@ void VelotrineDSPKernel::setup(std::int64_t newMaxFrames, double newSampleRate)
 {
     if (newMaxFrames < 0)
         fatalError("setup: a negative number of frames");
+    auto newPool = std::make_unique<VoicePool>(newSampleRate);
+    std::vector<float> newScratchBuf(static_cast<std::size_t>(newMaxFrames), 0.0f);
+
+    // From here on nothing can fail.
     maxFrames = newMaxFrames;
     sampleRate = newSampleRate;
-    voicePool = std::make_unique<VoicePool>(sampleRate);
-    scratchBuf.assign(static_cast<std::size_t>(maxFrames), 0.0f);
+    voicePool = std::move(newPool);
+    scratchBuf = std::move(newScratchBuf);
     reset();
 }
 
@@ -181,7 +186,7 @@ void VelotrineDSPKernel::process(float* left, float* right, int frameCount) noex
         return;
     if (!voicePool)
         fatalError("process: there are no voices before setup");
-    if (frameCount > maxFrames)
+    if (std::cmp_greater(frameCount, scratchBuf.size()))
         fatalError("process: more frames than setup was told of");
 
     const Transport transport{.followsHost = sync, .internalPlaying = internalPlaying};

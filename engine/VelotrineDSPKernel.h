@@ -111,7 +111,8 @@ public:
     /// The value stored under an address; 0 for an address beyond 38. Any thread.
     [[nodiscard]] float parameter(ParameterAddress address) const noexcept VELOTRINE_NONBLOCKING;
 
-    /// Prepares for rendering: a new pool of silent voices, the clock at 0. Allocates.
+    /// Prepares for rendering: a new pool of silent voices, the clock at 0. Allocates; where that throws, all
+    /// stays as it was.
     /// @param newMaxFrames   longest render cycle to come; negative is a fatal error
     /// @param newSampleRate  Hz
     void setup(std::int64_t newMaxFrames, double newSampleRate);
