@@ -1,4 +1,5 @@
 #include "audiounit/CycleRenderer.h"
+#include "audiounit/StateText.h"
 #include "tests/audiounit/AllocationCounter.h"
 #include "tests/audiounit/TestInstrument.h"
 
@@ -7,6 +8,7 @@
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -178,6 +180,26 @@ TEST(AllocationWithoutMemory, LeavesAUnitThatPlaysPlayingOn)
     EXPECT_GE(failures, 3) << "voices, mix and the host's block take memory";
     EXPECT_EQ(renderInto(output, block, 8192), noErr);
     EXPECT_EQ(unit->dspKernel->sampleRate, 96000.0);
+}
+
+TEST(SavingWithoutMemory, ThrowsAndDoesNotEndTheProgram)
+{
+    const auto unit = makeInstrument();
+    selectPreset(*unit, 3);
+    const auto expected = textFromState(unit->fullState());
+    std::string text;
+    int failures = 0;
+    for (bool done = false; !done; ++failures) {
+        try {
+            const MemoryShortage shortage(failures);
+            text = textFromState(unit->fullState());
+            done = true;
+        } catch (const std::bad_alloc&) {
+            ASSERT_TRUE(text.empty());
+        }
+    }
+    EXPECT_EQ(text, expected);
+    EXPECT_GT(failures, 39) << "each parameter takes memory";
 }
 
 } // namespace
