@@ -328,7 +328,8 @@ void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept V
             hands.find(phases);
         for (const auto& ring : motion.rings)
             if (nextLook[ring.ring] <= frame || frame == lastFrame)
-                nextLook[ring.ring] = frame + 1 + lookAtRing(motion, ring, frame);
+                nextLook[ring.ring] =
+                    frame + 1 + std::min(lookAtRing(motion, ring, frame), lastFrame - frame);
     }
     storePhases();
 }
@@ -374,7 +375,7 @@ void VelotrineDSPKernel::loadHands(const Motion& motion) noexcept VELOTRINE_NONB
 int VelotrineDSPKernel::lookAtRing(const Motion& motion, const RingMotion& ring,
                                    int frame) noexcept VELOTRINE_NONBLOCKING
 {
-    constexpr int whileSilent = std::numeric_limits<int>::max() / 2;
+    constexpr int whileSilent = std::numeric_limits<int>::max();
     constexpr double forLong = 1.0e6;
     const auto r = ring.ring;
     const bool hasSpots = ring.spotCount >= 1;
