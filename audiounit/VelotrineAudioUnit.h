@@ -11,6 +11,16 @@ namespace velotrine {
 
 /// The instrument as a host sees it: 39 parameters, ten presets, one stereo output, no input, no MIDI.
 /// Threads: see AUAudioUnit. The kernel may be read and written as VelotrineDSPKernel says.
+///
+/// Values are taken as they are, from the tree as from events, and bounded where they are read. What no bound
+/// can mend is a mistake of the caller and stops the program through fatalError:
+/// - a number of spots or an octave that is not finite or beyond 64 bits, when it is written;
+/// - such a root or scale, an octave whose notes are beyond 64 bits, or a timbre that is NaN, when a note is
+///   drawn;
+/// - while the clock runs, an Activity, Calories or phase, or a tempo of the host, that leaves the hand on a
+///   ring with spots at no finite position;
+/// - a stereo output that lacks the memory of a channel, when it is rendered into;
+/// - no standard stereo format, when the unit is made, or no output bus, when it is asked for.
 class VelotrineAudioUnit final : public AUAudioUnit
 {
 public:
