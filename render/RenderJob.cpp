@@ -16,7 +16,6 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -222,15 +221,6 @@ std::unique_ptr<OutputFile> openOptional(const std::string& path)
     return path.empty() ? nullptr : std::make_unique<OutputFile>(path);
 }
 
-/// Hands over all outputs; a null pointer is none. First those where that can still fail.
-void commit(std::vector<OutputFile*> outputs)
-{
-    std::erase(outputs, nullptr);
-    std::stable_partition(outputs.begin(), outputs.end(), std::mem_fn(&OutputFile::isStream));
-    for (auto* const output : outputs)
-        output->commit();
-}
-
 } // namespace
 
 void runRenderJob(const RenderOptions& options)
@@ -264,7 +254,9 @@ void runRenderJob(const RenderOptions& options)
         midiFile->write(notes->bytes());
     if (stateFile)
         stateFile->write(bytesOf(stateText));
-    commit({&rendering.output(), midiFile.get(), stateFile.get()});
+    std::vector<OutputFile*> outputs{&rendering.output(), midiFile.get(), stateFile.get()};
+    std::erase(outputs, nullptr);
+    OutputFile::commitTogether(outputs);
     rendering.sayWhatCameOfIt();
 }
 
