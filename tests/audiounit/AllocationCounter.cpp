@@ -8,11 +8,19 @@ namespace {
 
 thread_local bool counting = false;
 thread_local int counted = 0;
+thread_local bool limited = false;
+thread_local int allowed = 0;
 
 void note() noexcept
 {
     if (counting)
         ++counted;
+}
+
+/// Takes one from the allocations that the thread is still allowed.
+bool isAllowed() noexcept
+{
+    return !limited || allowed-- > 0;
 }
 
 void* taken(void* memory)
@@ -55,6 +63,17 @@ int AllocationCounter::count() const noexcept
     return counted;
 }
 
+MemoryShortage::MemoryShortage(int allocationsLeft) noexcept
+{
+    allowed = allocationsLeft;
+    limited = true;
+}
+
+MemoryShortage::~MemoryShortage()
+{
+    limited = false;
+}
+
 } // namespace velotrine
 
 // The library's other forms come down to these; but an address sanitizer's own do not, so the one nothrow
@@ -62,19 +81,19 @@ int AllocationCounter::count() const noexcept
 
 void* operator new(std::size_t size)
 {
-    return taken(std::malloc(roundedUp(size, 1)));
+    return taken(isAllowed() ? std::malloc(roundedUp(size, 1)) : nullptr);
 }
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
     note();
-    return std::malloc(roundedUp(size, 1));
+    return isAllowed() ? std::malloc(roundedUp(size, 1)) : nullptr;
 }
 
 void* operator new(std::size_t size, std::align_val_t alignment)
 {
     const auto bytes = static_cast<std::size_t>(alignment);
-    return taken(std::aligned_alloc(bytes, roundedUp(size, bytes)));
+    return taken(isAllowed() ? std::aligned_alloc(bytes, roundedUp(size, bytes)) : nullptr);
 }
 
 void operator delete(void* memory) noexcept

@@ -90,6 +90,18 @@ TEST(KernelClock, TheInternalTempoIsBoundedToFortyAndThreeHundred)
     }
 }
 
+TEST(KernelClock, AnInternalTempoOutOfBoundsIsKeptAsItWasWritten)
+{
+    for (const float bpm : {-1.0f, 20.0f, 500.0f}) {
+        PlayingKernel playing;
+        playing.kernel.setParameter(addressOf(GlobalParameter::bpm), bpm);
+        playing.run(1000, 500);
+        ASSERT_NE(playing.kernel.clockPhase, 0.0);
+        EXPECT_EQ(playing.kernel.bpm, bpm);
+        EXPECT_EQ(playing.kernel.parameter(addressOf(GlobalParameter::bpm)), bpm);
+    }
+}
+
 TEST(KernelClock, FollowsTheHostsTempoAndMetre)
 {
     struct Case
@@ -136,6 +148,9 @@ TEST(KernelClock, WithoutAHostTempoOrTransportNothingMovesButVoicesStillDecay)
         for (const auto& rotation : kernel.activityPhases)
             EXPECT_EQ(rotation, 0.0);
         EXPECT_TRUE(following.notes.empty());
+        // A clock that ran at tempo 0 would move nothing either, but it would look at the rings.
+        for (const bool armed : kernel.ringInitialised)
+            EXPECT_FALSE(armed);
         EXPECT_TRUE(voice.active);
         // Half of the tenth of a second in which it falls by 60 dB.
         EXPECT_NEAR(voice.amplitude, std::sqrt(0.001f), 1.0e-4f);

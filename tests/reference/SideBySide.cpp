@@ -111,6 +111,9 @@ std::optional<std::string> SideBySide::process(int frames)
     noteCount += scalar.firedNotes.size();
     for (int i = 0; i < frames; ++i)
         loudest = std::max(loudest, std::abs(scalarLeft[static_cast<std::size_t>(i)]));
+    for (const auto& voice : scalar.voices)
+        if (voice.active)
+            longestModStep = std::max(longestModStep, voice.carrierFreq * voice.modRatio / voice.sampleRate);
 
     for (auto& player : players) {
         forceSimdTarget(player.target);

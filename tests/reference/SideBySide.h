@@ -62,6 +62,9 @@ public:
 
     [[nodiscard]] double largestError() const { return worstSample; }
 
+    /// The furthest that a sounding modulator has moved from one sample to the next, in turns.
+    [[nodiscard]] double fastestModulator() const { return longestModStep; }
+
 private:
     struct Player
     {
@@ -83,6 +86,7 @@ private:
     std::size_t noteCount = 0;
     float loudest = 0.0f;
     double worstSample = 0.0;
+    double longestModStep = 0.0;
     SimdTargetGuard guard;
 };
 

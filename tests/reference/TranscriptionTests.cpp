@@ -212,6 +212,8 @@ std::vector<Piece> outOfRangePieces()
         unusual("DrudgeryAboveOne", GlobalParameter::drudgery, 1.2f),
         unusual("BoredomNotANumber", GlobalParameter::boredom, nan),
         unusual("RootNegative", GlobalParameter::rootNote, -5.0f),
+        unusual("RootNoWholeNumber", GlobalParameter::rootNote, 2.7f),
+        unusual("RootNegativeAndNoWholeNumber", GlobalParameter::rootNote, -2.7f),
         unusual("RootAndScaleBeyondTheirRanges",
                 [](SideBySide& players) {
                     players.set(GlobalParameter::rootNote, 31.0f);
@@ -268,6 +270,58 @@ TEST(EngineAndTranscriptionAtExtremes, AgreeWhereTheWobbleIsManyTurnsDeep)
         ASSERT_FALSE(difference) << "after run " << run << ": " << *difference;
     }
     requireSound(players);
+}
+
+/// One frame of an Activity that no control gives throws the rotations out of the turn by dozens of turns.
+TEST(EngineAndTranscriptionAtExtremes, AgreeWhereARotationComesBackFromFarOutsideTheTurn)
+{
+    for (const float activity : {1.0e4f, -1.0e4f})
+        for (const float after : {0.0f, 0.5f, 1.0f}) {
+            SCOPED_TRACE(testing::Message() << activity << ", then " << after);
+            SideBySide players{longestBlock, 48000.0};
+            playInternally(players);
+            players.set(GlobalParameter::bpm, 300.0f);
+            players.set(GlobalParameter::activity, activity);
+            auto difference = players.process(1);
+            ASSERT_FALSE(difference) << *difference;
+            players.set(GlobalParameter::activity, after);
+            for (int frame = 0; frame < 96000;)
+                for (const int frames : {32, 17, 512}) {
+                    difference = players.process(frames);
+                    ASSERT_FALSE(difference) << *difference;
+                    frame += frames;
+                }
+            requireSound(players);
+        }
+}
+
+/// At a low rate a modulator makes more than a turn from one sample to the next, 9.9 kHz at 8 kHz, and far
+/// beyond the keyboard a carrier does, too.
+TEST(EngineAndTranscriptionAtExtremes, AgreeWhereVoicesMakeMoreThanATurnASample)
+{
+    struct Case
+    {
+        float octave;
+        float drudgery;
+        double turnsASample; ///< the fastest modulator makes at least so many
+    };
+
+    constexpr double sampleRate = 8000.0;
+    for (const auto& [octave, drudgery, turnsASample] :
+         {Case{7.0f, 0.0f, 1.2}, Case{7.0f, 0.5f, 1.2}, Case{7.0f, 1.0f, 1.2}, Case{10.0f, 0.0f, 9.0}}) {
+        SCOPED_TRACE(testing::Message() << "octave " << octave << ", Drudgery " << drudgery);
+        SideBySide players{longestBlock, sampleRate};
+        playDensely(players, drudgery, 1.0f);
+        players.setAllRings(RingParameter::octave, octave);
+        for (int frame = 0; frame < 5 * static_cast<int>(sampleRate);)
+            for (const int frames : {32, 512, 1, 1000}) {
+                const auto difference = players.process(frames);
+                ASSERT_FALSE(difference) << *difference;
+                frame += frames;
+            }
+        EXPECT_GT(players.fastestModulator(), turnsASample);
+        requireSound(players);
+    }
 }
 
 /// Whichever of a few round numbers, or any between the smallest and the largest.
