@@ -23,12 +23,12 @@ float ParameterWriter::value(ParameterAddress address) const
 
 void ParameterWriter::write(AUParameterAddress address, float value)
 {
-    const auto isHeld = held == address;
+    const auto isHeld = gesture == address;
     if (!isHeld)
-        hold(address);
+        beginGesture(address);
     correct(address, value);
     if (!isHeld)
-        letGo(address);
+        endGesture(address);
 }
 
 void ParameterWriter::correct(AUParameterAddress address, float value)
@@ -37,15 +37,15 @@ void ParameterWriter::correct(AUParameterAddress address, float value)
         parameter->setValue(value);
 }
 
-void ParameterWriter::hold(AUParameterAddress address)
+void ParameterWriter::beginGesture(AUParameterAddress address)
 {
-    held = address;
+    gesture = address;
     announce(address, AUParameterAutomationEventType::touch);
 }
 
-void ParameterWriter::letGo(AUParameterAddress address)
+void ParameterWriter::endGesture(AUParameterAddress address)
 {
-    held.reset();
+    gesture.reset();
     announce(address, AUParameterAutomationEventType::release);
 }
 

@@ -154,8 +154,8 @@ std::unique_ptr<AURotaryControl> VelotrineAUViewControllerMac::makeKnob(
     };
     knob->valueFromText = [](const juce::String& text) { return amountFromEntry(text.toStdString()); };
     knob->onValueChanged = [this, address](float value) { write(address, value); };
-    knob->onDragBegan = [this, address] { parameters.hold(address); };
-    knob->onDragEnded = [this, address] { parameters.letGo(address); };
+    knob->onDragBegan = [this, address] { parameters.beginGesture(address); };
+    knob->onDragEnded = [this, address] { parameters.endGesture(address); };
     view().addAndMakeVisible(*knob);
     return knob;
 }
@@ -207,10 +207,10 @@ void VelotrineAUViewControllerMac::makeRingEditor()
         write(addressOfKind(kind, ring), value);
     };
     ringEditor->onEditBegan = [this, addressOfKind](int kind, int ring) {
-        parameters.hold(addressOfKind(kind, ring));
+        parameters.beginGesture(addressOfKind(kind, ring));
     };
     ringEditor->onEditEnded = [this, addressOfKind](int kind, int ring) {
-        parameters.letGo(addressOfKind(kind, ring));
+        parameters.endGesture(addressOfKind(kind, ring));
     };
     view().addChildComponent(*ringEditor);
 }
