@@ -243,7 +243,7 @@ TEST(CycleRenderer, AnswersWithTheUnitsErrorForACycleThatIsTooLongForIt)
     EXPECT_EQ(left, std::vector<float>(10, 0.0f));
 }
 
-constexpr std::size_t soundFrames = 3 * 44100;
+constexpr auto soundFrames = std::size_t{3} * 44100;
 
 /// Straight from the render block, one cycle after the other.
 std::vector<float> soundOfCycles(AUAudioFrameCount cycleFrames)
