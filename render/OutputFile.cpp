@@ -179,11 +179,10 @@ void OutputFile::appear()
     keepOlderFile();
     if (::rename(temporary.c_str(), target.c_str()) != 0) {
         const int error = errno;
-        if (!olderFile.empty()) {
-            ::rename(olderFile.c_str(), target.c_str());
-            // Between two names of one file a renaming does nothing, and leaves both.
+        // Between two names of one file a renaming does nothing, and leaves both. Where it fails, the second
+        // may be the only one.
+        if (!olderFile.empty() && ::rename(olderFile.c_str(), target.c_str()) == 0)
             forgetOlderFile();
-        }
         fail(name_, error);
     }
     temporary.clear();

@@ -355,6 +355,12 @@ TEST(KernelClockDeathTest, AMotionThatIsNotFiniteStopsTheProgram)
     }
 }
 
+TEST(KernelClockDeathTest, AHostTempoThatIsNotFiniteStopsTheProgram)
+{
+    FollowingKernel following({std::numeric_limits<double>::infinity(), 4.0, 4.0});
+    EXPECT_DEATH(following.run(1, 1), "velotrine: fatal");
+}
+
 TEST(KernelClock, RestsBeforeTheStartAndAgainWhenTheLastNoteHasEnded)
 {
     PlayingKernel playing;
