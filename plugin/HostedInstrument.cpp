@@ -74,7 +74,7 @@ HostedInstrument::~HostedInstrument()
 bool HostedInstrument::prepare(double sampleRate)
 {
     release();
-    if (!(sampleRate >= minSampleRate && sampleRate <= maxSampleRate))
+    if (!takesSampleRate(sampleRate))
         return false;
     auto& bus = (*unit->outputBusses())[0];
     bus.setFormat({sampleRate, bus.format().channelCount});

@@ -31,6 +31,12 @@ public:
     static constexpr double minSampleRate = 8000.0;   ///< Hz
     static constexpr double maxSampleRate = 768000.0; ///< Hz
 
+    /// Whether there is sound at a rate.
+    [[nodiscard]] static constexpr bool takesSampleRate(double sampleRate) noexcept
+    {
+        return sampleRate >= minSampleRate && sampleRate <= maxSampleRate;
+    }
+
     /// A program that a host sends sooner after a state than this belongs to the song that it is loading, not
     /// to a musician's hand.
     static constexpr double programHoldSeconds = 0.5;

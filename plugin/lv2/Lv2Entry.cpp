@@ -24,7 +24,7 @@ LV2_Handle instantiate(const LV2_Descriptor*, double sampleRate, const char*,
         log.error("A host must offer " LV2_URID__map ".");
         return nullptr;
     }
-    if (!(sampleRate >= HostedInstrument::minSampleRate && sampleRate <= HostedInstrument::maxSampleRate)) {
+    if (!HostedInstrument::takesSampleRate(sampleRate)) {
         log.error("There is no sound at a sample rate of " + std::to_string(sampleRate) + " Hz.");
         return nullptr;
     }
