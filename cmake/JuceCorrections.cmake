@@ -42,6 +42,18 @@ function(velotrine_write_juce)
   endif()
 endfunction()
 
+# velotrine_catch(RESULT FUNCTION PARAMETERS ARGUMENTS): lets one of the format's functions answer instead of throw.
+function(velotrine_catch result name parameters arguments)
+  velotrine_correct("${result} PLUGIN_API ${name} (${parameters}) override"
+                    "${result} PLUGIN_API ${name} (${parameters}) override
+    {
+        return velotrine::answerOrFailure ([&] { return ${name}Throwing (${arguments}); });
+    }
+
+    ${result} ${name}Throwing (${parameters})")
+  set(text "${text}" PARENT_SCOPE)
+endfunction()
+
 # The VST3 wrapper. plugin/vst3/HostChecks.h has the checks and says of each what it is for.
 function(velotrine_correct_vst3_wrapper)
   velotrine_read_juce(juce_audio_plugin_client VST3/juce_VST3_Wrapper.cpp)
@@ -89,34 +101,17 @@ function(velotrine_correct_vst3_wrapper)
             return kInvalidArgument;]])
 
   # It lets exceptions through to the host.
-  foreach(name_and_type "setState;IBStream*" "getState;IBStream*" "setActive;TBool")
-    list(GET name_and_type 0 name)
-    list(GET name_and_type 1 type)
-    velotrine_correct("tresult PLUGIN_API ${name} (${type} state) override"
-                      "tresult PLUGIN_API ${name} (${type} state) override
-    {
-        return velotrine::answerOf ([&] { return ${name}Throwing (state); });
-    }
-
-    tresult ${name}Throwing (${type} state)")
-  endforeach()
+  velotrine_catch(tresult setState "IBStream* state" state)
+  velotrine_catch(tresult getState "IBStream* state" state)
+  velotrine_catch(tresult setActive "TBool state" state)
+  velotrine_catch(tresult setupProcessing "Vst::ProcessSetup& newSetup" newSetup)
+  velotrine_catch(tresult activateBus "Vst::MediaType type,
+                                    Vst::BusDirection dir,
+                                    Steinberg::int32 index,
+                                    TBool state" "type, dir, index, state")
+  velotrine_catch(tresult createInstance "FIDString cid, FIDString sourceIid, void** obj" "cid, sourceIid, obj")
+  velotrine_catch(IPlugView* createView "const char* name" name)
   velotrine_correct([[active = willBeActive;]] [[active = willBeActive && std::uncaught_exceptions() == 0;]])
-  set(create_view [[IPlugView* PLUGIN_API createView (const char* name) override]])
-  velotrine_correct("${create_view}" "${create_view}
-    {
-        IPlugView* view = nullptr;
-        velotrine::answerOf ([&] { view = createViewThrowing (name); return kResultOk; });
-        return view;
-    }
-
-    IPlugView* createViewThrowing (const char* name)")
-  set(create_instance [[createInstance (FIDString cid, FIDString sourceIid, void** obj)]])
-  velotrine_correct("tresult PLUGIN_API ${create_instance} override" "tresult PLUGIN_API ${create_instance} override
-    {
-        return velotrine::answerOf ([&] { return createInstanceThrowing (cid, sourceIid, obj); });
-    }
-
-    tresult createInstanceThrowing (FIDString cid, FIDString sourceIid, void** obj)")
 
   velotrine_write_juce()
   set_property(TARGET juce_audio_plugin_client_VST3 PROPERTY INTERFACE_SOURCES

@@ -53,7 +53,8 @@ public:
     // Rendering
 
     /// Makes ready to render; all sound ends and the clock goes back to its start. False, and nothing is
-    /// ready, for a sample rate that is not one. Main thread, while nothing renders.
+    /// ready, for a sample rate that is not one. Throws, and nothing is ready, if there is no memory. Main
+    /// thread, while nothing renders.
     [[nodiscard]] bool prepare(double sampleRate);
 
     /// The opposite. Main thread, while nothing renders.

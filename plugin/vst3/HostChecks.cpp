@@ -3,11 +3,13 @@
 #include "plugin/HostedState.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <span>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace velotrine {
 
@@ -33,11 +35,12 @@ std::span<void*> channelsOf(const Vst::AudioBusBuffers& bus) noexcept
     return {reinterpret_cast<void**>(bus.channelBuffers32), static_cast<std::size_t>(bus.numChannels)};
 }
 
-void clearOutput(const Vst::ProcessData& block) noexcept
+/// @param kept  of the first bus's channels
+void clearAllBut(std::size_t kept, const Vst::ProcessData& block) noexcept
 {
     const auto sampleBytes = block.symbolicSampleSize == Vst::kSample64 ? sizeof(double) : sizeof(float);
     for (const auto& bus : bussesOf(block))
-        for (auto* const channel : channelsOf(bus))
+        for (auto* const channel : channelsOf(bus).subspan(std::exchange(kept, 0)))
             if (channel != nullptr)
                 std::memset(channel, 0, sampleBytes * static_cast<std::size_t>(block.numSamples));
 }
@@ -69,12 +72,12 @@ tresult checkBlock(const Vst::ProcessData& block, bool isActive) noexcept
 {
     if (block.numSamples < 0)
         return kInvalidArgument;
-    clearOutput(block);
     if (block.numSamples == 0)
         return kResultOk; // nothing but values, which a host may set at any time
-    if (!isActive)
-        return kNotInitialized;
-    return block.symbolicSampleSize == Vst::kSample32 ? kResultOk : kInvalidArgument;
+    if (isActive && block.symbolicSampleSize == Vst::kSample32)
+        return kResultOk;
+    clearAllBut(0, block);
+    return isActive ? kInvalidArgument : kNotInitialized;
 }
 
 template <typename Sample>
@@ -86,7 +89,9 @@ juce::AudioBuffer<Sample> outputOf(const Vst::ProcessData& block, bool isSwitche
     for (std::size_t i = 0; i < std::min(channels.size(), outputChannels); ++i)
         output[i] = static_cast<Sample*>(channels[i]);
     const bool isWhole = isSwitchedOn && output[0] != nullptr && output[1] != nullptr;
-    return {output.data(), isWhole ? static_cast<int>(outputChannels) : 0, block.numSamples};
+    const auto used = isWhole ? outputChannels : 0;
+    clearAllBut(used, block);
+    return {output.data(), static_cast<int>(used), block.numSamples};
 }
 
 template juce::AudioBuffer<float> outputOf(const Vst::ProcessData&, bool) noexcept;

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "plugin/HostCall.h"
 #include "plugin/HostedInstrument.h"
 
 #include <juce_audio_basics/juce_audio_basics.h>
 #include <pluginterfaces/vst/ivstaudioprocessor.h>
 
-#include <array>
-#include <exception>
+#include <type_traits>
 
 namespace velotrine {
 
@@ -18,7 +18,7 @@ namespace velotrine {
 [[nodiscard]] Steinberg::tresult checkBlock(const Steinberg::Vst::ProcessData& block, bool isActive) noexcept;
 
 /// The host's own two channels, for any number of frames; no channel if either is missing or the host has
-/// switched the bus off. Only for a block that is checked. Render thread.
+/// switched the bus off. All other channels are cleared. Only for a block that is checked. Render thread.
 template <typename Sample>
 [[nodiscard]] juce::AudioBuffer<Sample> outputOf(const Steinberg::Vst::ProcessData& block,
                                                  bool isSwitchedOn) noexcept;
@@ -26,17 +26,15 @@ template <typename Sample>
 /// Throws unless the bytes are all of a state: the instrument's, and what the wrapper adds of its own.
 void checkState(const void* bytes, int size);
 
-/// What a function answers, or how the format says that it has thrown: a host may be written in anything.
+/// What a function answers; if it throws, kResultFalse or null.
 template <typename Function>
-Steinberg::tresult answerOf(Function&& function)
+auto answerOrFailure(Function&& function)
 {
-    try {
-        return function();
-    } catch (const std::bad_alloc&) {
-        return Steinberg::kOutOfMemory;
-    } catch (const std::exception&) {
-        return Steinberg::kResultFalse;
-    }
+    using Answer = std::invoke_result_t<Function>;
+    if constexpr (std::is_pointer_v<Answer>)
+        return answerOrNothing(function);
+    else
+        return answerOr(static_cast<Answer>(Steinberg::kResultFalse), function);
 }
 
 } // namespace velotrine

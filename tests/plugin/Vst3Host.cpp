@@ -284,7 +284,9 @@ bool Vst3Host::takesStereo(bool hasList) const
 std::string Vst3Host::save() const
 {
     ByteStream stream;
-    return self->component->getState(&stream) == kResultOk ? stream.bytes : std::string();
+    if (self->component->getState(&stream) != kResultOk)
+        return {};
+    return std::move(stream.bytes);
 }
 
 bool Vst3Host::load(const std::string& state) const
