@@ -3,6 +3,10 @@
 include_guard(GLOBAL)
 
 find_package(JUCE 7.0.5 CONFIG REQUIRED)
+include(JuceCorrections)
+if(UNIX AND NOT APPLE)
+  velotrine_correct_x11()
+endif()
 
 # VST3's C++ side and the modules below need these in every file that includes a JUCE header.
 set(VELOTRINE_JUCE_DEFINITIONS

@@ -31,6 +31,12 @@ public:
     static constexpr double minSampleRate = 8000.0;   ///< Hz
     static constexpr double maxSampleRate = 768000.0; ///< Hz
 
+    /// Whether there is sound at a rate.
+    [[nodiscard]] static constexpr bool takesSampleRate(double sampleRate) noexcept
+    {
+        return sampleRate >= minSampleRate && sampleRate <= maxSampleRate;
+    }
+
     /// A program that a host sends sooner after a state than this belongs to the song that it is loading, not
     /// to a musician's hand.
     static constexpr double programHoldSeconds = 0.5;
@@ -47,7 +53,8 @@ public:
     // Rendering
 
     /// Makes ready to render; all sound ends and the clock goes back to its start. False, and nothing is
-    /// ready, for a sample rate that is not one. Main thread, while nothing renders.
+    /// ready, for a sample rate that is not one. Throws, and nothing is ready, if there is no memory. Main
+    /// thread, while nothing renders.
     [[nodiscard]] bool prepare(double sampleRate);
 
     /// The opposite. Main thread, while nothing renders.

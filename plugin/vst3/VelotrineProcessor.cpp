@@ -110,7 +110,7 @@ void VelotrineProcessor::getStateInformation(juce::MemoryBlock& state)
 void VelotrineProcessor::setStateInformation(const void* state, int size)
 {
     const auto bytes = state != nullptr && size > 0 ? static_cast<std::size_t>(size) : 0;
-    // VST3 has no log to say it in.
+    // The formats have no log to say it in.
     if (instrument.restoreState({static_cast<const char*>(state), bytes}))
         return;
     updateHostDisplay(ChangeDetails{}.withProgramChanged(true));

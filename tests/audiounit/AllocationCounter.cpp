@@ -1,5 +1,7 @@
 #include "tests/audiounit/AllocationCounter.h"
 
+#include "tests/audiounit/AllocationFailure.h"
+
 #include <cstddef>
 #include <cstdlib>
 #include <new>
@@ -8,8 +10,11 @@ namespace {
 
 thread_local bool counting = false;
 thread_local int counted = 0;
-thread_local bool limited = false;
-thread_local int allowed = 0;
+
+thread_local bool failing = false;
+thread_local int succeeding = 0;
+thread_local velotrine::AllocationFailure::Then then = velotrine::AllocationFailure::Then::succeed;
+thread_local bool failed = false;
 
 void note() noexcept
 {
@@ -17,10 +22,13 @@ void note() noexcept
         ++counted;
 }
 
-/// Takes one from the allocations that the thread is still allowed.
-bool isAllowed() noexcept
+bool mustFail() noexcept
 {
-    return !limited || allowed-- > 0;
+    if (!failing || succeeding-- > 0)
+        return false;
+    failing = then == velotrine::AllocationFailure::Then::fail;
+    failed = true;
+    return true;
 }
 
 void* taken(void* memory)
@@ -28,6 +36,10 @@ void* taken(void* memory)
     note();
     if (memory == nullptr)
         throw std::bad_alloc();
+    if (mustFail()) {
+        std::free(memory);
+        throw std::bad_alloc();
+    }
     return memory;
 }
 
@@ -63,15 +75,22 @@ int AllocationCounter::count() const noexcept
     return counted;
 }
 
-MemoryShortage::MemoryShortage(int allocationsLeft) noexcept
+AllocationFailure::AllocationFailure(int allocationsBefore, Then thenDo) noexcept
 {
-    allowed = allocationsLeft;
-    limited = true;
+    succeeding = allocationsBefore;
+    then = thenDo;
+    failed = false;
+    failing = true;
 }
 
-MemoryShortage::~MemoryShortage()
+AllocationFailure::~AllocationFailure()
 {
-    limited = false;
+    failing = false;
+}
+
+bool AllocationFailure::hasHappened() const noexcept
+{
+    return failed;
 }
 
 } // namespace velotrine
@@ -81,19 +100,19 @@ MemoryShortage::~MemoryShortage()
 
 void* operator new(std::size_t size)
 {
-    return taken(isAllowed() ? std::malloc(roundedUp(size, 1)) : nullptr);
+    return taken(std::malloc(roundedUp(size, 1)));
 }
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
     note();
-    return isAllowed() ? std::malloc(roundedUp(size, 1)) : nullptr;
+    return mustFail() ? nullptr : std::malloc(roundedUp(size, 1));
 }
 
 void* operator new(std::size_t size, std::align_val_t alignment)
 {
     const auto bytes = static_cast<std::size_t>(alignment);
-    return taken(isAllowed() ? std::aligned_alloc(bytes, roundedUp(size, bytes)) : nullptr);
+    return taken(std::aligned_alloc(bytes, roundedUp(size, bytes)));
 }
 
 void operator delete(void* memory) noexcept

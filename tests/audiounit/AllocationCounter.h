@@ -15,15 +15,4 @@ public:
     [[nodiscard]] int count() const noexcept;
 };
 
-/// While it lives, its thread gets memory from the heap so many times more, and then none. One at a time on a
-/// thread.
-class MemoryShortage
-{
-public:
-    explicit MemoryShortage(int allocationsLeft) noexcept;
-    ~MemoryShortage();
-    MemoryShortage(const MemoryShortage&) = delete;
-    MemoryShortage& operator=(const MemoryShortage&) = delete;
-};
-
 } // namespace velotrine

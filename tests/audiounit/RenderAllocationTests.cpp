@@ -1,6 +1,7 @@
 #include "audiounit/CycleRenderer.h"
 #include "audiounit/StateText.h"
 #include "tests/audiounit/AllocationCounter.h"
+#include "tests/audiounit/AllocationFailure.h"
 #include "tests/audiounit/TestInstrument.h"
 
 #include <algorithm>
@@ -109,9 +110,9 @@ TEST(RenderAllocation, ARenderBlockWithEventsAndAHostNeitherTakesNorGivesBackMem
     EXPECT_GT(notes, 100U);
 }
 
-TEST(MemoryShortage, ComesAfterSoManyAllocations)
+TEST(AllocationFailure, ComesAfterTheAllocationsThatGoWell)
 {
-    const MemoryShortage shortage(1);
+    const AllocationFailure shortage(1, AllocationFailure::Then::fail);
     void* const memory = ::operator new(16);
     EXPECT_THROW(static_cast<void>(::operator new(16)), std::bad_alloc);
     EXPECT_EQ(::operator new(16, std::nothrow), nullptr);
@@ -126,7 +127,7 @@ int allocateInShortages(VelotrineAudioUnit& unit, Check&& check)
     for (int failures = 0;; ++failures) {
         auto status = noErr;
         try {
-            const MemoryShortage shortage(failures);
+            const AllocationFailure shortage(failures, AllocationFailure::Then::fail);
             unit.allocateRenderResources();
         } catch (const AUError& error) {
             status = error.status();
@@ -191,7 +192,7 @@ TEST(SavingWithoutMemory, ThrowsAndDoesNotEndTheProgram)
     int failures = 0;
     for (bool done = false; !done; ++failures) {
         try {
-            const MemoryShortage shortage(failures);
+            const AllocationFailure shortage(failures, AllocationFailure::Then::fail);
             text = textFromState(unit->fullState());
             done = true;
         } catch (const std::bad_alloc&) {

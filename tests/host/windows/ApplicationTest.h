@@ -10,6 +10,8 @@
 #include <csignal>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace velotrine {
 
@@ -37,7 +39,8 @@ protected:
     void launch()
     {
         ProcessSurroundings surroundings;
-        surroundings.environment = {{"XDG_CONFIG_HOME", folder.path().string()}};
+        surroundings.environment = environment;
+        surroundings.environment.emplace_back("XDG_CONFIG_HOME", folder.path().string());
         application.emplace(std::vector<std::string>{VELOTRINE_HOST_PROGRAM}, surroundings);
         ASSERT_TRUE(windowAppears("Velotrine"));
     }
@@ -67,6 +70,7 @@ protected:
     }
 
     TemporaryFolder folder;
+    std::vector<std::pair<std::string, std::string>> environment; ///< of the application, beside this one's
     std::optional<ChildProcess> application;
 };
 
