@@ -181,7 +181,7 @@ void HostedInstrument::render(float* left, float* right, int frames) noexcept
 
 void HostedInstrument::renderCycles(float* left, float* right, int frames) noexcept
 {
-    std::array<float, CycleRenderer::defaultCycleFrames> unheard;
+    std::array<float, CycleRenderer::defaultCycleFrames> unheard{};
     const auto longest = left != nullptr && right != nullptr ? frames : static_cast<int>(unheard.size());
     for (int done = 0; done < frames;) {
         const auto count = std::min(frames - done, longest);

@@ -376,7 +376,7 @@ TEST(KernelClock, RestsBeforeTheStartAndAgainWhenTheLastNoteHasEnded)
     EXPECT_FALSE(kernel.isAtRest()) << "the stop is still to be noticed";
     playing.run(512, 512);
     EXPECT_FALSE(kernel.isAtRest()) << "notes still ring";
-    playing.run(2 * 48000, 512);
+    playing.run(std::int64_t{2} * 48000, 512);
     EXPECT_TRUE(kernel.isAtRest());
     kernel.hostPlaying = true;
     EXPECT_FALSE(kernel.isAtRest()) << "the host's start is still to be noticed";

@@ -45,6 +45,7 @@ const FMVoice& triggered(VelotrineDSPKernel& kernel, std::int64_t ring)
 std::vector<std::int64_t> drawnNotes(VelotrineDSPKernel& kernel, int count)
 {
     std::vector<std::int64_t> notes;
+    notes.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
         notes.push_back(kernel.nextNote(i % 5));
     return notes;

@@ -158,7 +158,7 @@ std::optional<std::string> SideBySide::compareState(const VelotrineDSPKernel& ke
     if (!isNear(kernel.clockPhaseBuf, scalar.clockPhaseBuf, phaseToleranceTurns))
         return differs("clockPhaseBuf", kernel.clockPhaseBuf.load(), scalar.clockPhaseBuf);
 
-    for (std::size_t r = 0; r < scalar.rings; ++r) {
+    for (std::size_t r = 0; r < reference::ScalarTranscription::rings; ++r) {
         const std::string ofRing = " of ring " + std::to_string(r);
         if (!isNear(kernel.activityPhases[r], scalar.activityPhases[r], phaseToleranceTurns))
             return differs("activityPhase" + ofRing, kernel.activityPhases[r].load(),

@@ -1,6 +1,7 @@
 #include "tests/reference/SideBySide.h"
 
 #include <array>
+#include <cmath>
 #include <functional>
 #include <limits>
 #include <ostream>
@@ -80,7 +81,7 @@ void playDensely(SideBySide& players, float drudgery, float timbre)
 
 std::string percent(float value)
 {
-    return std::to_string(static_cast<int>(value * 100.0f + 0.5f));
+    return std::to_string(std::lround(value * 100.0f));
 }
 
 std::vector<Piece> ordinaryPieces()
