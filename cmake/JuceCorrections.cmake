@@ -103,6 +103,7 @@ function(velotrine_correct_vst3_wrapper)
   # It lets exceptions through to the host.
   velotrine_catch(tresult setState "IBStream* state" state)
   velotrine_catch(tresult getState "IBStream* state" state)
+  velotrine_catch(tresult setComponentState "IBStream* stream" stream)
   velotrine_catch(tresult setActive "TBool state" state)
   velotrine_catch(tresult setupProcessing "Vst::ProcessSetup& newSetup" newSetup)
   velotrine_catch(tresult activateBus "Vst::MediaType type,

@@ -85,6 +85,27 @@ TEST_F(OutOfMemory, AClapPluginThatCannotStartSaysSoAndStartsLater)
                   });
 }
 
+TEST_F(OutOfMemory, AClapPluginSavesAllOfItsStateOrSaysThatItCannot)
+{
+    const ClapLibrary library;
+    ClapHost host(library);
+    const auto& state = host.extension<clap_plugin_state_t>(CLAP_EXT_STATE);
+    const auto before = host.save();
+    std::string saved;
+    saved.reserve(before.size());
+    const clap_ostream_t stream{
+        .ctx = &saved, .write = [](const clap_ostream_t* to, const void* bytes, std::uint64_t size) {
+            static_cast<std::string*>(to->ctx)->append(static_cast<const char*>(bytes), size);
+            return static_cast<std::int64_t>(size);
+        }};
+    withoutMemory(
+        [&] {
+            saved.clear();
+            return state.save(&host.plugin(), &stream);
+        },
+        [&] { EXPECT_TRUE(saved.empty() || saved == before); });
+}
+
 TEST_F(OutOfMemory, AClapPluginAnswersQuestionsOrNot)
 {
     const ClapLibrary library;
@@ -137,12 +158,27 @@ public:
         descriptor.run(plugin, 512);
     }
 
+    bool save(std::string& text) const
+    {
+        const auto store = [](LV2_State_Handle handle, std::uint32_t, const void* bytes, std::size_t size,
+                              std::uint32_t, std::uint32_t) {
+            static_cast<std::string*>(handle)->assign(static_cast<const char*>(bytes), size);
+            return LV2_STATE_SUCCESS;
+        };
+        return state().save(plugin, store, &text, LV2_STATE_IS_POD, nullptr) == LV2_STATE_SUCCESS;
+    }
+
 private:
     static constexpr LV2_URID theOnlyId = 1;
 
     static int say(LV2_Log_Handle, LV2_URID, const char*, ...) { return 0; }
 
     static int saySome(LV2_Log_Handle, LV2_URID, const char*, va_list) { return 0; }
+
+    [[nodiscard]] const LV2_State_Interface& state() const
+    {
+        return *static_cast<const LV2_State_Interface*>(descriptor.extension_data(LV2_STATE__interface));
+    }
 
     const LV2_Descriptor& descriptor;
     LV2_Handle plugin = nullptr;
@@ -177,6 +213,22 @@ TEST_F(OutOfMemory, AnLv2PluginThatCannotStartStartsLater)
         });
 }
 
+TEST_F(OutOfMemory, AnLv2PluginSavesAllOfItsStateOrSaysThatItCannot)
+{
+    const Lv2Library library;
+    FrugalLv2Host host(library);
+    ASSERT_TRUE(host.make(sampleRate));
+    std::string before;
+    ASSERT_TRUE(host.save(before));
+    std::string saved = before;
+    withoutMemory(
+        [&] {
+            saved.clear();
+            return host.save(saved);
+        },
+        [&] { EXPECT_TRUE(saved.empty() || saved == before); });
+}
+
 TEST_F(OutOfMemory, AClapEditorThatIsNotMadeSaysSoAndOpensLater)
 {
     const ClapLibrary library;
@@ -204,6 +256,19 @@ TEST_F(OutOfMemory, AVst3PluginThatCannotStartSaysSoAndStartsLater)
                       EXPECT_TRUE(host.process(sound.left.data(), sound.right.data(), 512, {}));
                       host.stop();
                   });
+}
+
+TEST_F(OutOfMemory, AVst3PluginSavesAllOfItsStateOrSaysThatItCannot)
+{
+    const Vst3Host host;
+    const auto before = host.save();
+    std::string saved;
+    withoutMemory(
+        [&] {
+            saved = host.save();
+            return !saved.empty();
+        },
+        [&] { EXPECT_TRUE(saved.empty() || saved == before); });
 }
 
 } // namespace
