@@ -50,6 +50,9 @@ protected:
         window->show();
         ASSERT_TRUE(windowHasKeyboard("Hands"));
         ASSERT_TRUE(soon([&] { return host->auViewController != nullptr; }));
+        // The window manager's word, at which the window itself takes the keyboard, must not come later.
+        ASSERT_TRUE(hasKeyboard(*window));
+        settle();
         runMessagesFor(0.3);
     }
 
