@@ -193,6 +193,24 @@ TEST_F(NewUser, PlaysAndSetsItUpByKeysAlone)
     EXPECT_EQ(end().exitCode, 0);
 }
 
+TEST_F(PlayingApplication, ARingsPanelStaysUnderTheMouseThatDragsItInAnEnlargedWindowToo)
+{
+    constexpr double pixelsPerPoint = 1.5;
+    xdotool({"windowsize", "--sync", window(), "960", "856"});
+    runMessagesFor(0.5);
+    const auto enlarged = layoutInWindow(640, 571 - editorTop);
+    const auto inPixels = [](Area points) { return (points.toDouble() * pixelsPerPoint).toNearestInt(); };
+    click((pointOnOutermostRing(inWindow(enlarged.rings)).toDouble() * pixelsPerPoint).roundToInt());
+    const auto largePanel = inPixels(inWindow(enlarged.ringEditor));
+    EXPECT_GT(coverage(picture(), colours::panel, largePanel), 0.5);
+    const Point move(90, 60);
+    drag(largePanel.getPosition().translated(30, 12), move);
+    const auto moved = picture();
+    EXPECT_GT(coverage(moved, colours::panel, largePanel.reduced(2) + move), 0.5);
+    EXPECT_LT(coverage(moved, colours::panel, largePanel.withHeight(move.y - 3)), 0.01);
+    EXPECT_GT(coverage(moved, colours::panel, largePanel.withHeight(8).translated(0, 3) + move), 0.5);
+}
+
 TEST_F(PlayingApplication, HelpOpensWhileItPlaysAndThePlayingGoesOnUntilTheApplicationEnds)
 {
     pressKey("space");
