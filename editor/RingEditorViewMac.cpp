@@ -214,8 +214,12 @@ void RingEditorViewMac::mouseDown(const juce::MouseEvent& event)
 
 void RingEditorViewMac::mouseDrag(const juce::MouseEvent& event)
 {
-    if (isDragging)
-        setTopLeftPosition(dragStartOrigin + event.getScreenPosition() - dragStartWindow);
+    if (!isDragging)
+        return;
+    // The screen's points are not this window's where the window is enlarged.
+    const auto scale = getApproximateScaleFactorForComponent(this);
+    const auto way = (event.getScreenPosition() - dragStartWindow).toFloat() / scale;
+    setTopLeftPosition(dragStartOrigin + way.roundToInt());
 }
 
 void RingEditorViewMac::mouseUp(const juce::MouseEvent&)

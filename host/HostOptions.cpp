@@ -1,5 +1,6 @@
 #include "host/HostOptions.h"
 
+#include "host/DesktopScale.h"
 #include "render/ArgumentParser.h"
 #include "render/Arguments.h"
 #include "render/Errors.h"
@@ -17,7 +18,8 @@ constexpr int usageWrong = 2;
 constexpr const char* examples = R"(Examples:
   VelotrineHostMac
   VelotrineHostMac --list-devices
-  VelotrineHostMac --device system --buffer 128)";
+  VelotrineHostMac --device system --buffer 128
+  VelotrineHostMac --scale 1.5)";
 
 /// What was typed, option by option; empty where nothing was.
 struct HostArguments
@@ -26,6 +28,7 @@ struct HostArguments
     std::string device;
     std::string sampleRate;
     std::string buffer;
+    std::string scale;
 };
 
 ProgramEnd complaint(const UsageError& error)
@@ -43,6 +46,9 @@ HostOptions understood(const HostArguments& arguments)
         options.device.sampleRate = sampleRateArgument("--sample-rate", arguments.sampleRate);
     if (!arguments.buffer.empty())
         options.device.bufferFrames = framesArgument("--buffer", arguments.buffer);
+    if (!arguments.scale.empty())
+        options.scale = numberArgument(
+            {"--scale", smallestScale, largestScale, false, "a number from 0.5 to 8"}, arguments.scale);
     return options;
 }
 
@@ -60,6 +66,8 @@ std::variant<HostOptions, ProgramEnd> parseHostOptions(std::span<const char* con
                       "Sample rate; the device's nearest is taken [its own]", "HZ");
     program.addOption("--buffer", typed.buffer, "Buffer size; the device's nearest is taken [its own]",
                       "FRAMES");
+    program.addOption("--scale", typed.scale,
+                      "How many times its plain size everything is [the desktop's scale]", "NUMBER");
     program.addExamples(examples);
 
     try {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audiounit/CycleRenderer.h"
+#include "audiounit/SampleRateRange.h"
 #include "audiounit/VelotrineAudioUnit.h"
 #include "engine/Shared.h"
 #include "plugin/HostTransport.h"
@@ -28,13 +29,10 @@ namespace velotrine {
 class HostedInstrument
 {
 public:
-    static constexpr double minSampleRate = 8000.0;   ///< Hz
-    static constexpr double maxSampleRate = 768000.0; ///< Hz
-
     /// Whether there is sound at a rate.
     [[nodiscard]] static constexpr bool takesSampleRate(double sampleRate) noexcept
     {
-        return sampleRate >= minSampleRate && sampleRate <= maxSampleRate;
+        return isPlayable(sampleRate);
     }
 
     /// A program that a host sends sooner after a state than this belongs to the song that it is loading, not

@@ -1,6 +1,7 @@
 #include "render/Arguments.h"
 
 #include "audiounit/ParameterText.h"
+#include "audiounit/SampleRateRange.h"
 #include "render/Errors.h"
 
 #include <algorithm>
@@ -33,10 +34,9 @@ int framesArgument(const char* option, const std::string& text)
 
 int sampleRateArgument(const char* option, const std::string& text)
 {
-    constexpr double minRate = 8000.0;
-    constexpr double maxRate = 768000.0;
-    return static_cast<int>(
-        numberArgument({option, minRate, maxRate, true, "a whole number of Hz from 8000 to 768000"}, text));
+    return static_cast<int>(numberArgument(
+        {option, lowestSampleRate, highestSampleRate, true, "a whole number of Hz from 8000 to 768000"},
+        text));
 }
 
 std::string asOneLine(std::string message)
