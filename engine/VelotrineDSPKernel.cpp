@@ -163,19 +163,29 @@ void VelotrineDSPKernel::setup(std::int64_t newMaxFrames, double newSampleRate)
 
 void VelotrineDSPKernel::reset() noexcept VELOTRINE_NONBLOCKING
 {
+    putClockBack();
+    armAnew();
+    lastRingPhase.fill(0.0);
+    hostPlayingLast = false;
+    internalPlayingLast = false;
+}
+
+void VelotrineDSPKernel::putClockBack() noexcept VELOTRINE_NONBLOCKING
+{
     clockPhase = 0.0;
     clockPhaseBuf = 0.0;
     for (std::size_t ring = 0; ring < ringCount; ++ring) {
         lfoPhases[ring] = 0.0;
-        lastSpotIndex[ring] = 0;
-        ringInitialised[ring] = false;
         activityPhases[ring] = 0.0;
         lfoOffsets[ring] = 0.0;
-        lastRingPhase[ring] = 0.0;
     }
+}
+
+void VelotrineDSPKernel::armAnew() noexcept VELOTRINE_NONBLOCKING
+{
+    lastSpotIndex.fill(0);
+    ringInitialised.fill(false);
     lastPitchClass = -1;
-    hostPlayingLast = false;
-    internalPlayingLast = false;
 }
 
 void VelotrineDSPKernel::process(float* left, float* right, int frameCount) noexcept VELOTRINE_NONBLOCKING
@@ -219,20 +229,10 @@ void VelotrineDSPKernel::noticeTransportEdges(const Transport& transport) noexce
     const bool running = transport.followsHost ? hostPlaying : transport.internalPlaying;
     const bool ranBefore = transport.followsHost ? hostPlayingLast : internalPlayingLast;
 
-    if (ranBefore && !running) {
-        clockPhase = 0.0;
-        clockPhaseBuf = 0.0;
-        for (std::size_t ring = 0; ring < ringCount; ++ring) {
-            lfoPhases[ring] = 0.0;
-            activityPhases[ring] = 0.0;
-            lfoOffsets[ring] = 0.0;
-        }
-    }
-    if (running && !ranBefore) {
-        lastSpotIndex.fill(0);
-        ringInitialised.fill(false);
-        lastPitchClass = -1;
-    }
+    if (ranBefore && !running)
+        putClockBack();
+    if (running && !ranBefore)
+        armAnew();
 
     hostPlayingLast = hostPlaying;
     internalPlayingLast = transport.internalPlaying;
@@ -471,11 +471,6 @@ std::int64_t VelotrineDSPKernel::nextNote(std::int64_t ring) noexcept VELOTRINE_
     if (octave > highestOctave || octave < -highestOctave)
         fatalError("nextNote: the octave is beyond 64 bits");
     return octave * semitonesPerOctave + lastPitchClass;
-}
-
-void VelotrineDSPKernel::triggerVoice(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING
-{
-    startNote(ring);
 }
 
 VelotrineDSPKernel::StartedNote VelotrineDSPKernel::startNote(std::int64_t ring) noexcept

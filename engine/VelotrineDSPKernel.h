@@ -141,7 +141,7 @@ public:
 
     /// Draws the next note for a ring and starts a voice on it, as a fired spot does.
     /// @param ring  0 to 4; others are a fatal error
-    void triggerVoice(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING;
+    void triggerVoice(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING { startNote(ring); }
 
 private:
     static constexpr std::size_t maxNoteEvents = 256;
@@ -192,6 +192,10 @@ private:
     template <typename Kernel, typename Visitor>
     static void visitField(Kernel& kernel, ParameterAddress address, Visitor&& visitor) noexcept;
 
+    /// What a stop does: clock, rotation and wobble at 0.
+    void putClockBack() noexcept VELOTRINE_NONBLOCKING;
+    /// What a start does: the rings look where they are, and the note chain begins.
+    void armAnew() noexcept VELOTRINE_NONBLOCKING;
     void noticeTransportEdges(const Transport& transport) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] std::optional<Tempo> currentTempo(const Transport& transport) const noexcept
         VELOTRINE_NONBLOCKING;
