@@ -170,6 +170,38 @@ void VelotrineDSPKernel::reset() noexcept VELOTRINE_NONBLOCKING
     internalPlayingLast = false;
 }
 
+VelotrineDSPKernel::Position VelotrineDSPKernel::position() const noexcept VELOTRINE_NONBLOCKING
+{
+    Position position{.clockPhase = clockPhase,
+                      .activityPhases = {},
+                      .lfoOffsets = {},
+                      .lfoPhases = lfoPhases,
+                      .lastSpotIndex = lastSpotIndex,
+                      .ringInitialised = ringInitialised,
+                      .lastRingPhase = lastRingPhase,
+                      .lastPitchClass = lastPitchClass,
+                      .hostPlayingLast = hostPlayingLast,
+                      .internalPlayingLast = internalPlayingLast};
+    std::ranges::copy(activityPhases, position.activityPhases.begin());
+    std::ranges::copy(lfoOffsets, position.lfoOffsets.begin());
+    return position;
+}
+
+void VelotrineDSPKernel::restore(const Position& position) noexcept VELOTRINE_NONBLOCKING
+{
+    clockPhase = position.clockPhase;
+    clockPhaseBuf = position.clockPhase;
+    std::ranges::copy(position.activityPhases, activityPhases.begin());
+    std::ranges::copy(position.lfoOffsets, lfoOffsets.begin());
+    lfoPhases = position.lfoPhases;
+    lastSpotIndex = position.lastSpotIndex;
+    ringInitialised = position.ringInitialised;
+    lastRingPhase = position.lastRingPhase;
+    lastPitchClass = position.lastPitchClass;
+    hostPlayingLast = position.hostPlayingLast;
+    internalPlayingLast = position.internalPlayingLast;
+}
+
 void VelotrineDSPKernel::putClockBack() noexcept VELOTRINE_NONBLOCKING
 {
     clockPhase = 0.0;

@@ -102,6 +102,21 @@ public:
     bool internalPlayingLast = false; ///< likewise
     std::uint64_t rngState = 12345;   ///< one generator for firing and for notes
 
+    /// Where the piece is: what setup() and reset() put back to the start.
+    struct Position
+    {
+        double clockPhase;
+        PerRing<double> activityPhases;
+        PerRing<double> lfoOffsets;
+        PerRing<double> lfoPhases;
+        PerRing<std::int64_t> lastSpotIndex;
+        PerRing<bool> ringInitialised;
+        PerRing<double> lastRingPhase;
+        std::int64_t lastPitchClass;
+        bool hostPlayingLast;
+        bool internalPlayingLast;
+    };
+
     int droppedNoteEvents = 0; ///< notes of the last process call for which noteEvents() had no room
 
     /// Stores a parameter under its address: 0 to 38, others are ignored. Counts and octaves are cut to whole
@@ -119,6 +134,12 @@ public:
 
     /// Puts clock, rings and note chain back to the start. Parameters, random state and sounding notes stay.
     void reset() noexcept VELOTRINE_NONBLOCKING;
+
+    /// For carrying the piece over a new setup(). Not while rendering.
+    [[nodiscard]] Position position() const noexcept VELOTRINE_NONBLOCKING;
+
+    /// Goes on from a position, in this kernel or another one. Not while rendering.
+    void restore(const Position& position) noexcept VELOTRINE_NONBLOCKING;
 
     /// Renders the next frames: moves the clock and the rings on, starts the notes that fire, and writes the
     /// mix of all voices, soft-clipped, to both channels. Notes start at the first frame of the call in which

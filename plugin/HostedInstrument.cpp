@@ -100,9 +100,7 @@ void HostedInstrument::reset() noexcept
     isAtRest = false;
     auto& kernel = *unit->dspKernel;
     kernel.reset();
-    for (auto& voice : kernel.voicePool->voices)
-        voice.active = false;
-    kernel.voicePool->triggerOrder.clear();
+    kernel.voicePool->silence();
 }
 
 void HostedInstrument::setTransport(const std::optional<HostTransport>& newTransport) noexcept
