@@ -21,8 +21,6 @@ namespace {
 constexpr int initialWidth = 480;
 constexpr int initialHeight = 360;
 constexpr float knobReset = 0.5f;
-constexpr double minTempo = 40.0;
-constexpr double maxTempo = 300.0;
 constexpr float missingTempo = 120.0f;
 constexpr float noticeFontScale = 0.7f;
 
@@ -178,8 +176,8 @@ void VelotrineAUViewControllerMac::makeTransport()
     bpmField->onEntryEnded = [this](const juce::String& text) { bpmEntryEnded(text); };
     bpmStepper = std::make_unique<Stepper>();
     bpmStepper->setTitle("BPM");
-    bpmStepper->minValue = minTempo;
-    bpmStepper->maxValue = maxTempo;
+    bpmStepper->minValue = static_cast<double>(minTempo);
+    bpmStepper->maxValue = static_cast<double>(maxTempo);
     bpmStepper->onStep = [this](double) { bpmStepperChanged(); };
     showTempo(missingTempo);
     playButton = std::make_unique<EditorButton>("Play", EditorButton::Face::playStop);
@@ -475,7 +473,8 @@ void VelotrineAUViewControllerMac::bpmStepperChanged()
 void VelotrineAUViewControllerMac::bpmEntryEnded(const juce::String& text)
 {
     const auto typed = text.getDoubleValue();
-    const auto bpm = static_cast<float>(std::clamp(std::isfinite(typed) ? typed : 0.0, minTempo, maxTempo));
+    const auto bpm = static_cast<float>(
+        std::clamp(std::isfinite(typed) ? typed : 0.0, bpmStepper->minValue, bpmStepper->maxValue));
     showTempo(bpm);
     write(addressOf(GlobalParameter::bpm), bpm);
 }

@@ -12,6 +12,9 @@ namespace velotrine {
 class FMVoice
 {
 public:
+    /// 60 dB below full scale: where a decay time ends and a voice falls silent.
+    static constexpr float silence = 0.001f;
+
     bool active = false;          ///< sounding; only then is it rendered
     std::int64_t ring = 0;        ///< the ring whose spot started the note, 0 to 4
     double carrierPhase = 0.0;    ///< in cycles, in [0, 1)

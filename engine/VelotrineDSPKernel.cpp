@@ -277,7 +277,7 @@ std::optional<VelotrineDSPKernel::Tempo> VelotrineDSPKernel::currentTempo(
         if (!transport.internalPlaying)
             return std::nullopt;
         // The order of min and max makes NaN the upper bound.
-        const float bounded = std::max(40.0f, std::min(300.0f, bpm.load()));
+        const float bounded = std::max(minTempo, std::min(maxTempo, bpm.load()));
         return Tempo{static_cast<double>(bounded), internalQuartersPerBar};
     }
 

@@ -50,8 +50,8 @@ public:
     Shared<float> drudgery{0.5f};  ///< 0..1: feedback of the voices' modulators; NaN counts as 0
     Shared<float> rootNote{0.0f};  ///< 0..11, 0 is C
     Shared<float> scaleType{0.0f}; ///< 0..3, bounded to it
-    Shared<float> bpm{
-        120.0f}; ///< internal tempo, quarter notes a minute, bounded to 40..300; NaN counts as 300
+    Shared<float> bpm{120.0f}; ///< internal tempo, quarter notes a minute, bounded to minTempo..maxTempo; NaN
+                               ///< counts as maxTempo
     Shared<float> volume{0.8f}; ///< 0..1, before the soft clip
     Shared<bool> sync{true};    ///< follow the host's tempo and transport rather than the internal clock
 

@@ -27,9 +27,6 @@ using FloatVector = hn::Vec<Floats>;
 constexpr float feedbackScale = 4.712389f;
 constexpr double turnsPerRadian = 0.15915494309189535;
 
-/// 60 dB below full scale, where a note ends.
-constexpr float silence = 0.001f;
-
 /// Voices side by side in memory, one lane each, and silent ones to the end of a vector.
 struct VoiceLanes
 {
@@ -81,7 +78,7 @@ struct VoiceLanes
             voice.currentModIndex = modIndex[i];
             voice.lastMod1 = lastMod1[i];
             voice.lastMod2 = lastMod2[i];
-            if (voice.amplitude < silence)
+            if (voice.amplitude < FMVoice::silence)
                 voice.active = false;
         }
     }

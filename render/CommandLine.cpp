@@ -1,5 +1,7 @@
 #include "render/CommandLine.h"
 
+#include "audiounit/ParameterText.h"
+#include "engine/ParameterAddress.h"
 #include "render/Arguments.h"
 #include "render/Errors.h"
 #include "render/Interruption.h"
@@ -59,7 +61,10 @@ void addRender(CLI::App& app, RenderArguments& arguments)
         ->allow_extra_args(false);
     render.add_option("--bars", arguments.bars, "Length in bars of 4/4 [16]")->type_name("N");
     render.add_option("--seconds", arguments.seconds, "Length in seconds, instead of bars")->type_name("S");
-    render.add_option("--tempo", arguments.tempo, "Tempo, 40 to 300 [the preset's]")->type_name("BPM");
+    render
+        .add_option("--tempo", arguments.tempo,
+                    "Tempo, " + shortestText(minTempo) + " to " + shortestText(maxTempo) + " [the preset's]")
+        ->type_name("BPM");
     render.add_option("--sample-rate", arguments.sampleRate, "Sample rate [48000]")->type_name("HZ");
     render.add_option("--block", arguments.block, "Render cycle; notes start at the first frame of one [32]")
         ->type_name("FRAMES");

@@ -15,7 +15,7 @@ public:
     static constexpr int ringTracks = 5;
     static constexpr int ticksPerQuarter = 960;
 
-    /// @param bpm  quarter notes a minute, 40 to 300
+    /// @param bpm  quarter notes a minute, within the bounds of the internal tempo
     explicit MidiFile(double bpm) : quartersPerMinute(bpm) {}
 
     /// A note that the same ring starts again while it sounds ends there. Silent notes (gain 0) are left out.
