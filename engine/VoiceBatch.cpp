@@ -201,8 +201,15 @@ struct VoiceVectors
     }
 };
 
-/// Renders so many vectors of voices together. The modulators are one frame ahead: a modulator waits long for
-/// its own last sample, and the carriers' sines of the frame before fill the time.
+/// Renders `count` vectors of voices together. One voice, sample t (tests/reference/ScalarTranscription.cpp):
+///
+///     mod[t]  = sin(2π modPhase + feedback 3π/2 (mod[t - 1] + mod[t - 2]) / 2)
+///     mix[t] += amplitude gain sin(2π carrierPhase + modIndex mod[t])
+///
+/// after which both phases go on by frequency / sampleRate, and amplitude and modIndex decay by their rates.
+///
+/// The modulators are one frame ahead: a modulator waits long for its own last sample, and the carriers'
+/// sines of the frame before fill the time.
 template <std::size_t count>
 HWY_NOINLINE void RenderVectors(VoiceLanes& lanes, std::size_t firstLane, float* HWY_RESTRICT buffer,
                                 int frames)
