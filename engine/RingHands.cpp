@@ -29,8 +29,8 @@ void Find(RingHands& hands, const ClockPhases& phases)
     const auto one = hn::Set(d, 1.0);
     const auto margin = hn::Set(d, RingHands::decisionMargin);
     const auto clock = hn::Set(d, phases.rising[ClockPhases::barClock]);
-    const auto framesAhead = hn::Set(d, hands.framesPerTurnAhead);
-    const auto framesBack = hn::Set(d, hands.framesPerTurnBack);
+    const auto framesAhead = hn::Set(d, hands.leastFramesPerTurnAhead);
+    const auto framesBack = hn::Set(d, hands.leastFramesPerTurnBack);
 
     Vector sines[count];
     for (std::size_t i = 0; i < count; ++i)

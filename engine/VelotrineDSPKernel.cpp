@@ -335,8 +335,8 @@ void VelotrineDSPKernel::boundHandSpeed(Motion& motion) noexcept VELOTRINE_NONBL
                           ring.wobbleStep < 1.0 &&
                           ring.phaseOffset + std::abs(motion.wobbleAmplitude) < roomBelowZero;
     }
-    motion.framesPerTurnAhead = 1.0 / fastestAhead;
-    motion.framesPerTurnBack = 1.0 / fastestBack;
+    motion.leastFramesPerTurnAhead = 1.0 / fastestAhead;
+    motion.leastFramesPerTurnBack = 1.0 / fastestBack;
 }
 
 // The clock and the rings move frame by frame, but most of the time no hand can reach a spot for hundreds of
@@ -396,8 +396,8 @@ void VelotrineDSPKernel::loadHands(const Motion& motion) noexcept VELOTRINE_NONB
         hands.spotCounts[ring.ring] = spots;
         hands.spotSpacings[ring.ring] = 1.0 / spots;
     }
-    hands.framesPerTurnAhead = motion.framesPerTurnAhead;
-    hands.framesPerTurnBack = motion.framesPerTurnBack;
+    hands.leastFramesPerTurnAhead = motion.leastFramesPerTurnAhead;
+    hands.leastFramesPerTurnBack = motion.leastFramesPerTurnBack;
 }
 
 // What happens on a ring in a frame follows from the hand's position alone: past which spot it is, and

@@ -37,21 +37,36 @@ public:
     template <typename T>
     using PerRing = std::array<T, ringCount>;
 
+    /// Where the piece is: what setup() and reset() put back to the start.
+    struct Position
+    {
+        double clockPhase;
+        PerRing<double> activityPhases;
+        PerRing<double> lfoOffsets;
+        PerRing<double> lfoPhases;
+        PerRing<std::int64_t> lastSpotIndex;
+        PerRing<bool> ringInitialised;
+        PerRing<double> lastRingPhase;
+        std::int64_t lastPitchClass;
+        bool hostPlayingLast;
+        bool internalPlayingLast;
+    };
+
     VelotrineDSPKernel() = default;
     VelotrineDSPKernel(const VelotrineDSPKernel&) = delete;
     VelotrineDSPKernel& operator=(const VelotrineDSPKernel&) = delete;
 
     // Global parameters
 
-    Shared<float> activity{
-        0.5f}; ///< 0..1: how fast the rings rotate, and above 0.5 how far apart their speeds are
+    /// 0..1: how fast the rings rotate, and above 0.5 how far apart their speeds are
+    Shared<float> activity{0.5f};
     Shared<float> boredom{0.5f};   ///< 0..1: from learned to chromatic note choice; NaN counts as 0
     Shared<float> calories{0.5f};  ///< 0..1: depth of the rings' wobble
     Shared<float> drudgery{0.5f};  ///< 0..1: feedback of the voices' modulators; NaN counts as 0
     Shared<float> rootNote{0.0f};  ///< 0..11, 0 is C
     Shared<float> scaleType{0.0f}; ///< 0..3, bounded to it
-    Shared<float> bpm{120.0f}; ///< internal tempo, quarter notes a minute, bounded to minTempo..maxTempo; NaN
-                               ///< counts as maxTempo
+    /// Internal tempo, quarter notes a minute, bounded to minTempo..maxTempo; NaN counts as maxTempo
+    Shared<float> bpm{120.0f};
     Shared<float> volume{0.8f}; ///< 0..1, before the soft clip
     Shared<bool> sync{true};    ///< follow the host's tempo and transport rather than the internal clock
 
@@ -66,8 +81,8 @@ public:
 
     // What the display reads
 
-    std::array<Shared<std::uint64_t>, std::size_t{ringCount} * maxSpotsPerRing>
-        spotFireTimes{};                      ///< host clock ticks, ring by ring; 0 is never
+    /// Host clock ticks, ring by ring; 0 is never
+    std::array<Shared<std::uint64_t>, std::size_t{ringCount} * maxSpotsPerRing> spotFireTimes{};
     Shared<double> clockPhaseBuf{0.0};        ///< bar phase, turns; exactly 0 while stopped
     PerRing<Shared<double>> activityPhases{}; ///< rotation of each ring, turns
     PerRing<Shared<double>> lfoOffsets{};     ///< wobble of each ring, turns
@@ -92,30 +107,15 @@ public:
 
     double clockPhase = 0.0;     ///< turns; one turn is a bar
     PerRing<double> lfoPhases{}; ///< wobble oscillators, cycles
-    PerRing<std::int64_t>
-        lastSpotIndex{};              ///< spot last crossed; -1 lets the next crossing count whatever it is
-    PerRing<bool> ringInitialised{};  ///< the ring knows where it is: seen once since the start, or since it
-                                      ///< had no spots
+    /// Spot last crossed; -1 lets the next crossing count whatever it is
+    PerRing<std::int64_t> lastSpotIndex{};
+    /// The ring knows where it is: seen once since the start, or since it had no spots
+    PerRing<bool> ringInitialised{};
     PerRing<double> lastRingPhase{};  ///< where the hand stood on the ring one frame ago, turns
     std::int64_t lastPitchClass = -1; ///< of the last note, 0..11; -1 is none yet
     bool hostPlayingLast = false;     ///< as of the previous process call
     bool internalPlayingLast = false; ///< likewise
     std::uint64_t rngState = 12345;   ///< one generator for firing and for notes
-
-    /// Where the piece is: what setup() and reset() put back to the start.
-    struct Position
-    {
-        double clockPhase;
-        PerRing<double> activityPhases;
-        PerRing<double> lfoOffsets;
-        PerRing<double> lfoPhases;
-        PerRing<std::int64_t> lastSpotIndex;
-        PerRing<bool> ringInitialised;
-        PerRing<double> lastRingPhase;
-        std::int64_t lastPitchClass;
-        bool hostPlayingLast;
-        bool internalPlayingLast;
-    };
 
     int droppedNoteEvents = 0; ///< notes of the last process call for which noteEvents() had no room
 
@@ -138,7 +138,7 @@ public:
     /// For carrying the piece over a new setup(). Not while rendering.
     [[nodiscard]] Position position() const noexcept VELOTRINE_NONBLOCKING;
 
-    /// Goes on from a position, in this kernel or another one. Not while rendering.
+    /// Goes on from a position, as if nothing had been set up since. Not while rendering.
     void restore(const Position& position) noexcept VELOTRINE_NONBLOCKING;
 
     /// Renders the next frames: moves the clock and the rings on, starts the notes that fire, and writes the
@@ -198,9 +198,9 @@ private:
         double barStep;         ///< bars per frame
         double wobbleAmplitude; ///< turns
         PerRing<RingMotion> rings;
-        double framesPerTurnAhead; ///< the hand takes at least so long for a turn on any ring
-        double framesPerTurnBack;  ///< and so long for one the other way round
-        bool isSteady;             ///< these two bounds hold, and no phase leaves its turn
+        double leastFramesPerTurnAhead; ///< the hand takes at least so long for a turn on any ring
+        double leastFramesPerTurnBack;  ///< and so long for one the other way round
+        bool isSteady;                  ///< these two bounds hold, and no phase leaves its turn
     };
 
     struct StartedNote
