@@ -19,6 +19,9 @@ struct RingHands
     /// 2e-10.
     static constexpr double decisionMargin = 1.0e-9;
 
+    /// Whole turns added to a hand's position before the fraction is taken, so that the sum stays positive.
+    static constexpr double spareTurns = 3.0;
+
     // How rings and hand move
 
     alignas(64) PerPlace wobbleDepths{};  ///< turns; negative on rings that turn the other way

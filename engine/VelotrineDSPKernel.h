@@ -1,13 +1,12 @@
 #pragma once
 
-#include "engine/ClockPhases.h"
 #include "engine/HostClock.h"
 #include "engine/Nonblocking.h"
 #include "engine/NoteEvent.h"
 #include "engine/NoteGenerator.h"
 #include "engine/ParameterAddress.h"
+#include "engine/RingClock.h"
 #include "engine/RingCount.h"
-#include "engine/RingHands.h"
 #include "engine/Shared.h"
 #include "engine/Timbre.h"
 #include "engine/VoicePool.h"
@@ -34,9 +33,6 @@ namespace velotrine {
 class VelotrineDSPKernel
 {
 public:
-    template <typename T>
-    using PerRing = std::array<T, ringCount>;
-
     /// Where the piece is: what setup() and reset() put back to the start.
     struct Position
     {
@@ -181,28 +177,6 @@ private:
         double quartersPerBar;
     };
 
-    /// How one ring moves and what is on it, constant for one process call.
-    struct RingMotion
-    {
-        std::size_t ring;
-        double direction;    ///< +1 or -1
-        double rotationStep; ///< turns per frame
-        double wobbleStep;   ///< cycles per frame
-        double phaseOffset;  ///< turns
-        std::int64_t spotCount;
-    };
-
-    /// How the clock and all rings move, constant for one process call.
-    struct Motion
-    {
-        double barStep;         ///< bars per frame
-        double wobbleAmplitude; ///< turns
-        PerRing<RingMotion> rings;
-        double leastFramesPerTurnAhead; ///< the hand takes at least so long for a turn on any ring
-        double leastFramesPerTurnBack;  ///< and so long for one the other way round
-        bool isSteady;                  ///< these two bounds hold, and no phase leaves its turn
-    };
-
     struct StartedNote
     {
         std::int64_t note;
@@ -220,23 +194,18 @@ private:
     void noticeTransportEdges(const Transport& transport) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] std::optional<Tempo> currentTempo(const Transport& transport) const noexcept
         VELOTRINE_NONBLOCKING;
-    [[nodiscard]] Motion motionAt(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING;
-    static void boundHandSpeed(Motion& motion) noexcept VELOTRINE_NONBLOCKING;
+    [[nodiscard]] RingClock::Settings ringSettings(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING;
     void runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING;
-    void loadPhases(const Motion& motion) noexcept VELOTRINE_NONBLOCKING;
-    void storePhases() noexcept VELOTRINE_NONBLOCKING;
-    void loadHands(const Motion& motion) noexcept VELOTRINE_NONBLOCKING;
+    [[nodiscard]] RingClock::Phases ringPhases() const noexcept VELOTRINE_NONBLOCKING;
+    void keepPhases(const RingClock::Phases& phases) noexcept VELOTRINE_NONBLOCKING;
     /// Returns for how many frames after this one nothing can happen on the ring.
-    int lookAtRing(const Motion& motion, const RingMotion& ring, int frame) noexcept VELOTRINE_NONBLOCKING;
-    void moveHandTo(const RingMotion& ring, double wobble, double hand,
-                    int frame) noexcept VELOTRINE_NONBLOCKING;
-    void crossSpots(const RingMotion& ring, double hand, int frame) noexcept VELOTRINE_NONBLOCKING;
+    int lookAtRing(std::size_t ring, int frame) noexcept VELOTRINE_NONBLOCKING;
+    void crossSpots(std::size_t ring, double hand, int frame) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] bool drawsFire(std::size_t ring) noexcept VELOTRINE_NONBLOCKING;
     void fireSpot(std::size_t ring, std::int64_t spot, int frame) noexcept VELOTRINE_NONBLOCKING;
     StartedNote startNote(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING;
 
-    ClockPhases phases; ///< working copy of clock and rings during a process call
-    RingHands hands;    ///< likewise, as of the frame looked at last; valid while the motion is steady
+    RingClock ringClock; ///< clock and rings during a process call
     std::array<NoteEvent, maxNoteEvents> firedNotes{};
     std::size_t firedNoteCount = 0;
 };
