@@ -60,7 +60,7 @@ std::string fixed(double value, int digits)
     return {text.data(), end};
 }
 
-/// With at most so many digits behind the point, and no zeros at the end.
+/// With at most `digits` digits behind the point, and no zeros at the end.
 std::string upTo(double value, int digits)
 {
     auto text = fixed(value, digits);
@@ -70,7 +70,7 @@ std::string upTo(double value, int digits)
     return text;
 }
 
-/// None for a number that only infinity would stand for.
+/// None for a number too large for a float.
 std::optional<float> floatFrom(double number)
 {
     if (std::abs(number) > static_cast<double>(std::numeric_limits<float>::max()))

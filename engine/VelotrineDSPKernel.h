@@ -27,9 +27,8 @@ namespace velotrine {
 /// Threads: what is Shared may be read and written by anyone at any time, and takes effect within a render
 /// cycle. All else belongs to whoever renders. setup() is called while nothing renders.
 ///
-/// Values are kept as they are written; each reader bounds what it reads. A parameter that is not finite
-/// where a whole number or a position on a ring comes of it is a fatal error, and the callers' edges keep
-/// such values out.
+/// Values are kept as they are written; each reader bounds what it reads. A parameter that is not finite is
+/// fatal where it makes a whole number or a position on a ring; callers keep such values out at their edges.
 class VelotrineDSPKernel
 {
 public:
@@ -108,7 +107,7 @@ public:
     /// The ring knows where it is: seen once since the start, or since it had no spots
     PerRing<bool> ringInitialised{};
     PerRing<double> lastRingPhase{};  ///< where the hand stood on the ring one frame ago, turns
-    std::int64_t lastPitchClass = -1; ///< of the last note, 0..11; -1 is none yet
+    std::int64_t lastPitchClass = -1; ///< of the last note, 0..11; -1 before the first
     bool hostPlayingLast = false;     ///< as of the previous process call
     bool internalPlayingLast = false; ///< likewise
     std::uint64_t rngState = 12345;   ///< one generator for firing and for notes
@@ -187,9 +186,9 @@ private:
     template <typename Kernel, typename Visitor>
     static void visitField(Kernel& kernel, ParameterAddress address, Visitor&& visitor) noexcept;
 
-    /// What a stop does: clock, rotation and wobble at 0.
+    /// At a stop: clock, rotation and wobble back to 0.
     void putClockBack() noexcept VELOTRINE_NONBLOCKING;
-    /// What a start does: the rings look where they are, and the note chain begins.
+    /// At a start: the rings find out where they are, and the note chain begins.
     void armAnew() noexcept VELOTRINE_NONBLOCKING;
     void noticeTransportEdges(const Transport& transport) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] std::optional<Tempo> currentTempo(const Transport& transport) const noexcept

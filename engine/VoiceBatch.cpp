@@ -96,8 +96,8 @@ HWY_INLINE DoubleVector FractionOf(DoubleVector turns)
     return hn::Sub(turns, hn::Floor(turns));
 }
 
-/// The phase one sample later. A turn is taken off as soon as it is full: phases that run on beyond it round
-/// otherwise, and the differences add up.
+/// The phase one sample later. A turn is taken off as soon as it is full: beyond it phases round differently,
+/// and the differences add up.
 HWY_INLINE DoubleVector MovedOn(DoubleVector phase, DoubleVector step)
 {
     const Doubles d;
@@ -106,7 +106,7 @@ HWY_INLINE DoubleVector MovedOn(DoubleVector phase, DoubleVector step)
     return hn::Sub(next, hn::IfThenElseZero(hn::Ge(next, one), one));
 }
 
-/// So many vectors of voices, in registers.
+/// `count` vectors of voices, in registers.
 template <std::size_t count>
 struct VoiceVectors
 {

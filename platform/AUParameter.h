@@ -27,7 +27,7 @@ inline constexpr AudioUnitParameterOptions kAudioUnitParameterFlag_CanRamp = 0x0
 inline constexpr AudioUnitParameterOptions kAudioUnitParameterFlag_IsReadable = 0x40000000;
 inline constexpr AudioUnitParameterOptions kAudioUnitParameterFlag_IsWritable = 0x80000000;
 
-/// Why a value is written: just so, or because somebody begins or ends to hold the control.
+/// Why a value is written: as a plain change, or at the start or the end of a gesture.
 enum class AUParameterAutomationEventType : std::uint32_t
 {
     value = 0,
@@ -105,16 +105,16 @@ public:
         return definition.dependentParameters;
     }
 
-    /// What the tree's value provider says. The value last set while there is no tree yet, or no provider. 0
-    /// once the tree is gone, and its audio unit with it.
+    /// What the tree's value provider says; the value last set before there is a tree, or without a provider;
+    /// 0 once the tree is gone, and its audio unit with it.
     [[nodiscard]] AUValue value() const;
 
     /// Hands the value, as it is, to the tree's value observer, then tells the tree's other observers, except
     /// the one whose token the writer passes. Does nothing once the tree is gone.
     void setValue(AUValue value, AUParameterObserverToken originator = 0);
 
-    /// The same, saying since when and why. A control that is held sends touch, then values, then release;
-    /// automation observers learn of all, the others of the values.
+    /// The same, saying since when and why. A gesture sends touch, then values, then release; automation
+    /// observers hear all of it, the others the values.
     void setValue(AUValue value, AUParameterObserverToken originator, std::uint64_t hostTime,
                   AUParameterAutomationEventType eventType);
 

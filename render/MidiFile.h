@@ -39,8 +39,8 @@ private:
     struct Track
     {
         std::vector<Note> notes;
-        std::array<std::size_t, 128>
-            countAtKey{}; ///< notes there were once the key's latest had come; 0 before
+        /// 1 + index in `notes` of this key's latest note; 0 until it is played.
+        std::array<std::size_t, 128> latestAtKey{};
     };
 
     [[nodiscard]] std::int64_t ticksAt(double seconds) const;
