@@ -35,8 +35,8 @@ public:
     AUAudioUnitStatus render(float* left, float* right, int frames,
                              LastCycle lastCycle = LastCycle::whole) noexcept;
 
-    /// Goes on by so many frames for a unit that would say nothing: what render() would do, but for asking
-    /// the unit and writing the silence. Only while nothing is left over.
+    /// Moves the grid of cycles on as render() would, without asking the unit or writing anything, for a unit
+    /// that is silent. Only while nothing is left over.
     /// @param frames  0 or more
     void skip(int frames) noexcept;
 
@@ -52,7 +52,7 @@ private:
     std::vector<float> leftCycle;
     std::vector<float> rightCycle;
     int available = 0; ///< frames in the cycle buffers
-    int consumed = 0;  ///< of these, handed out
+    int consumed = 0;  ///< frames of these handed out
     AudioTimeStamp timestamp;
 };
 

@@ -52,7 +52,7 @@ std::string nameAt(std::span<const std::string_view> names, float value)
     return std::string(names[static_cast<std::size_t>(std::clamp(value, 0.0f, last))]);
 }
 
-/// With at most so many digits behind the point, and no zeros at the end.
+/// With at most `digits` digits behind the point, and no zeros at the end.
 std::string upTo(double value, int digits)
 {
     auto text = fixedText(value, digits);
@@ -62,7 +62,7 @@ std::string upTo(double value, int digits)
     return text;
 }
 
-/// None for a number that only infinity would stand for.
+/// None for a number too large for a float.
 std::optional<float> floatFrom(double number)
 {
     if (std::abs(number) > static_cast<double>(std::numeric_limits<float>::max()))

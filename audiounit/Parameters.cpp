@@ -48,7 +48,7 @@ std::array<ParameterInfo, globalParameterCount> globalParameters()
         {addressOf(rootNote), "rootNote", "Root Note", 0, 11, Unit::indexed, readWrite, 0,
          ParameterKind::root},
         {addressOf(scaleType), "scaleType", "Scale", 0, 3, Unit::indexed, readWrite, 0, ParameterKind::scale},
-        {addressOf(bpm), "bpm", "BPM", 40, 300, Unit::bpm, readWrite, 120, ParameterKind::tempo},
+        {addressOf(bpm), "bpm", "BPM", minTempo, maxTempo, Unit::bpm, readWrite, 120, ParameterKind::tempo},
         amount(volume, "volume", "Volume", 0.8f),
         {addressOf(sync), "sync", "Sync", 0, 1, Unit::boolean, readWrite, 1, ParameterKind::toggle},
     };
@@ -58,7 +58,7 @@ const std::array<RingGroup, ringParameterCount> ringGroups{{
     {RingParameter::spots,
      "spots",
      "Spots",
-     16,
+     maxSpotsPerRing,
      Unit::indexed,
      readWrite,
      {4, 5, 6, 7, 8},

@@ -164,7 +164,7 @@ std::string written(const OrderedJson& scalar)
 
 } // namespace
 
-// The library's documents take memory even while they are destroyed, and end the program where there is none.
+// The library's documents take memory even while they are destroyed, and end the program when it runs out.
 // So only numbers and texts go through it: whoever saves in a shortage gets an exception.
 std::string jsonObject(const std::vector<JsonMember>& members, int depth)
 {

@@ -480,9 +480,8 @@ void VelotrineAUViewControllerMac::bpmStepperChanged()
 void VelotrineAUViewControllerMac::bpmEntryEnded(const juce::String& text)
 {
     const auto typed = text.getDoubleValue();
-    const auto bpm = static_cast<float>(std::clamp(std::isfinite(typed) ? typed : 0.0,
-                                                   static_cast<double>(tempoInfo().minValue),
-                                                   static_cast<double>(tempoInfo().maxValue)));
+    const auto bpm = static_cast<float>(
+        std::clamp(std::isfinite(typed) ? typed : 0.0, bpmStepper->minValue, bpmStepper->maxValue));
     showTempo(bpm);
     write(addressOf(GlobalParameter::bpm), bpm);
 }

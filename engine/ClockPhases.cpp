@@ -18,7 +18,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 using Doubles = hn::CappedTag<double, ClockPhases::places>;
 using Vector = hn::Vec<Doubles>;
 
-/// Frames that are added up at a time without a look at the ends of the turn, when no phase can reach one.
+/// Frames per run; a run in which no phase can reach an end of the turn is added up without looking for it.
 constexpr int framesPerRun = 64;
 
 HWY_INLINE Vector TakeTurnOff(Vector phase)
@@ -67,7 +67,7 @@ struct PhaseVectors
         }
     }
 
-    /// All phases are in [0, 1), and none leaves it within so many steps.
+    /// Whether all phases are in [0, 1) and stay there for `frames` steps.
     HWY_INLINE bool StayWithinTurn(int frames) const
     {
         // Far more than the rounding of a run of additions.

@@ -9,9 +9,6 @@ namespace velotrine {
 
 namespace {
 
-/// 60 dB below full scale: where a decay time ends and a voice falls silent.
-constexpr float silence = 0.001f;
-
 /// The modulation falls by 60 dB in two thirds of the amplitude's time.
 constexpr float modDecaySpeed = 1.5f;
 

@@ -9,9 +9,15 @@ namespace velotrine {
 /// One note: a sine carrier, phase-modulated by a sine modulator that feeds back on itself. No attack,
 /// sustain or release: the note starts at full amplitude and decays; its modulation decays faster, so that it
 /// starts bright and ends almost as a pure sine. Render thread only.
+///
+/// tests/reference/ScalarTranscription.cpp is the whole instrument in plain scalar arithmetic, to be read in
+/// two minutes.
 class FMVoice
 {
 public:
+    /// 60 dB below full scale: where a decay time ends and a voice falls silent.
+    static constexpr float silence = 0.001f;
+
     bool active = false;          ///< sounding; only then is it rendered
     std::int64_t ring = 0;        ///< the ring whose spot started the note, 0 to 4
     double carrierPhase = 0.0;    ///< in cycles, in [0, 1)

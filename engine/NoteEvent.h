@@ -2,7 +2,7 @@
 
 namespace velotrine {
 
-/// A note as it was fired: what a MIDI track, or a curious user, wants to know of it.
+/// A note as it was fired, with all that a MIDI track needs.
 struct NoteEvent
 {
     int frame;          ///< of the crossing, counted from the start of the process call

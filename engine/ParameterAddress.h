@@ -6,6 +6,10 @@
 
 namespace velotrine {
 
+/// Bounds of the internal tempo, quarter notes a minute.
+inline constexpr float minTempo = 40.0f;
+inline constexpr float maxTempo = 300.0f;
+
 /// Where a parameter lives: 0 to 8 are the global ones, then six groups of five, one for each ring.
 using ParameterAddress = std::uint64_t;
 

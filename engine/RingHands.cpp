@@ -17,6 +17,12 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
+/// The hand stands at p, in turns, on a ring of n spots:
+/// - the spot behind it is p - floor(p n) / n away, the one ahead 1 / n minus that;
+/// - the half turn counts as a spot, ahead while p < 0.5, behind after it;
+/// - each distance times the fewest frames that a turn takes in its direction is how long the hand needs at
+///   least to get there. The wobble can turn the hand round at any moment, so the smaller of the two is how
+///   long all stays quiet.
 void Find(RingHands& hands, const ClockPhases& phases)
 {
     using Doubles = hn::CappedTag<double, ClockPhases::places>;
@@ -29,8 +35,8 @@ void Find(RingHands& hands, const ClockPhases& phases)
     const auto one = hn::Set(d, 1.0);
     const auto margin = hn::Set(d, RingHands::decisionMargin);
     const auto clock = hn::Set(d, phases.rising[ClockPhases::barClock]);
-    const auto framesAhead = hn::Set(d, hands.framesPerTurnAhead);
-    const auto framesBack = hn::Set(d, hands.framesPerTurnBack);
+    const auto framesAhead = hn::Set(d, hands.leastFramesPerTurnAhead);
+    const auto framesBack = hn::Set(d, hands.leastFramesPerTurnBack);
 
     Vector sines[count];
     for (std::size_t i = 0; i < count; ++i)
@@ -42,8 +48,7 @@ void Find(RingHands& hands, const ClockPhases& phases)
         const auto still = hn::Sub(hn::Sub(clock, hn::Load(d, hands.phaseOffsets.data() + place)),
                                    hn::Load(d, phases.turning.data() + place));
         const auto wobble = hn::Mul(hn::Load(d, hands.wobbleDepths.data() + place), sines[i]);
-        // Three turns more than needed keep it positive.
-        const auto turns = hn::Add(hn::Sub(still, wobble), hn::Set(d, 3.0));
+        const auto turns = hn::Add(hn::Sub(still, wobble), hn::Set(d, RingHands::spareTurns));
         const auto position = hn::Sub(turns, hn::Floor(turns));
 
         const auto spacing = hn::Load(d, hands.spotSpacings.data() + place);

@@ -19,23 +19,27 @@ struct RingHands
     /// 2e-10.
     static constexpr double decisionMargin = 1.0e-9;
 
+    /// Whole turns added to a hand's position before the fraction is taken, so that the sum stays positive.
+    static constexpr double spareTurns = 3.0;
+
     // How rings and hand move
 
-    alignas(64) PerPlace wobbleDepths{}; ///< turns; negative on rings that turn the other way
-    alignas(64) PerPlace phaseOffsets{}; ///< turns
-    alignas(64) PerPlace spotCounts{};   ///< without spots, only the wobble means something
-    alignas(64) PerPlace spotSpacings{}; ///< turns
-    double framesPerTurnAhead = 0.0;     ///< the hand takes at least so long for a turn on any ring
-    double framesPerTurnBack = 0.0;      ///< and so long for one the other way round
+    alignas(64) PerPlace wobbleDepths{};  ///< turns; negative on rings that turn the other way
+    alignas(64) PerPlace phaseOffsets{};  ///< turns
+    alignas(64) PerPlace spotCounts{};    ///< without spots, only the wobble means something
+    alignas(64) PerPlace spotSpacings{};  ///< turns
+    double leastFramesPerTurnAhead = 0.0; ///< no ring's hand makes a turn in fewer
+    double leastFramesPerTurnBack = 0.0;  ///< nor one the other way round in fewer than these
 
     // What find() finds
 
-    alignas(64) PerPlace wobbles{};     ///< turns
-    alignas(64) PerPlace positions{};   ///< turns
-    alignas(64) PerPlace distances{};   ///< turns to the nearest spot or to the half turn, at which a ring
-                                        ///< notices having passed its start
-    alignas(64) PerPlace quietFrames{}; ///< before the hand can come to one of these, if it is not within the
-                                        ///< margin now; not a whole number
+    alignas(64) PerPlace wobbles{};   ///< turns
+    alignas(64) PerPlace positions{}; ///< turns
+    /// Turns to the nearest spot or to the half turn, at which a ring notices having passed its start
+    alignas(64) PerPlace distances{};
+    /// Frames before the hand can come to one of these, unless it is within the margin now; not a whole
+    /// number
+    alignas(64) PerPlace quietFrames{};
 
     void find(const ClockPhases& phases) noexcept VELOTRINE_NONBLOCKING;
 };

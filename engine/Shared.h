@@ -6,8 +6,7 @@ namespace velotrine {
 
 /// A value that several threads read and write without waiting for each other: a parameter, or what the
 /// display shows. It reads and writes like a T; each access is one plain load or store of the machine.
-/// Accesses to different values are not ordered among each other, and none is needed: each value is used for
-/// itself.
+/// Accesses to different values are not ordered, and need not be: each value is used for itself.
 template <typename T>
 class Shared
 {

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <type_traits>
 #include <utility>
 
@@ -14,29 +13,7 @@ namespace velotrine {
 
 namespace {
 
-constexpr double twoPi = 6.283185307179586;
-constexpr double secondsPerMinute = 60.0;
 constexpr double internalQuartersPerBar = 4.0;
-
-/// Neighbouring rings turn against each other.
-constexpr std::array<double, ringCount> ringDirections{1.0, -1.0, 1.0, -1.0, 1.0};
-
-/// How far a ring stays behind the outermost one at full spread: 1 - 0.9^(4 - ring).
-constexpr std::array<double, ringCount> ringSpreads{0.3439, 0.271, 0.19, 0.1, 0.0};
-
-/// Turns per bar of the fastest ring, times quarters per bar, at Activity 1; and turns of wobble, times
-/// quarters per bar squared, at Calories 1.
-constexpr double rotationDepth = 0.25;
-constexpr double wobbleDepth = 0.25;
-
-/// Up to here all rings rotate alike.
-constexpr double activityWithoutSpread = 0.5;
-
-/// The wobbles come together again every eight bars.
-constexpr double barsPerWobbleCycle = 8.0;
-
-/// A spot at offset 0 is crossed just after the bar line, never on it, where the clock wraps.
-constexpr double minPhaseOffset = 0.001;
 
 /// Full Drudgery stops short of full feedback.
 constexpr float feedbackPerDrudgery = 0.75f;
@@ -58,15 +35,6 @@ double frequencyOf(std::int64_t note) noexcept
 {
     return concertPitch * std::pow(2.0, (static_cast<double>(note) - concertPitchNote) /
                                             static_cast<double>(semitonesPerOctave));
-}
-
-/// The part of a turn behind the point, exactly: std::fmod(turns, 1.0), which a processor does not do itself.
-double fractionOf(double turns) noexcept
-{
-    constexpr double allWhole = 4503599627370496.0; // 2^52
-    if (!(std::abs(turns) < allWhole))
-        return std::fmod(turns, 1.0);
-    return turns - static_cast<double>(static_cast<std::int64_t>(turns));
 }
 
 std::size_t checkedRing(std::int64_t ring) noexcept
@@ -163,19 +131,61 @@ void VelotrineDSPKernel::setup(std::int64_t newMaxFrames, double newSampleRate)
 
 void VelotrineDSPKernel::reset() noexcept VELOTRINE_NONBLOCKING
 {
+    putClockBack();
+    armAnew();
+    lastRingPhase.fill(0.0);
+    hostPlayingLast = false;
+    internalPlayingLast = false;
+}
+
+VelotrineDSPKernel::Position VelotrineDSPKernel::position() const noexcept VELOTRINE_NONBLOCKING
+{
+    Position position{.clockPhase = clockPhase,
+                      .activityPhases = {},
+                      .lfoOffsets = {},
+                      .lfoPhases = lfoPhases,
+                      .lastSpotIndex = lastSpotIndex,
+                      .ringInitialised = ringInitialised,
+                      .lastRingPhase = lastRingPhase,
+                      .lastPitchClass = lastPitchClass,
+                      .hostPlayingLast = hostPlayingLast,
+                      .internalPlayingLast = internalPlayingLast};
+    std::ranges::copy(activityPhases, position.activityPhases.begin());
+    std::ranges::copy(lfoOffsets, position.lfoOffsets.begin());
+    return position;
+}
+
+void VelotrineDSPKernel::restore(const Position& position) noexcept VELOTRINE_NONBLOCKING
+{
+    clockPhase = position.clockPhase;
+    clockPhaseBuf = position.clockPhase;
+    std::ranges::copy(position.activityPhases, activityPhases.begin());
+    std::ranges::copy(position.lfoOffsets, lfoOffsets.begin());
+    lfoPhases = position.lfoPhases;
+    lastSpotIndex = position.lastSpotIndex;
+    ringInitialised = position.ringInitialised;
+    lastRingPhase = position.lastRingPhase;
+    lastPitchClass = position.lastPitchClass;
+    hostPlayingLast = position.hostPlayingLast;
+    internalPlayingLast = position.internalPlayingLast;
+}
+
+void VelotrineDSPKernel::putClockBack() noexcept VELOTRINE_NONBLOCKING
+{
     clockPhase = 0.0;
     clockPhaseBuf = 0.0;
     for (std::size_t ring = 0; ring < ringCount; ++ring) {
         lfoPhases[ring] = 0.0;
-        lastSpotIndex[ring] = 0;
-        ringInitialised[ring] = false;
         activityPhases[ring] = 0.0;
         lfoOffsets[ring] = 0.0;
-        lastRingPhase[ring] = 0.0;
     }
+}
+
+void VelotrineDSPKernel::armAnew() noexcept VELOTRINE_NONBLOCKING
+{
+    lastSpotIndex.fill(0);
+    ringInitialised.fill(false);
     lastPitchClass = -1;
-    hostPlayingLast = false;
-    internalPlayingLast = false;
 }
 
 void VelotrineDSPKernel::process(float* left, float* right, int frameCount) noexcept VELOTRINE_NONBLOCKING
@@ -219,20 +229,10 @@ void VelotrineDSPKernel::noticeTransportEdges(const Transport& transport) noexce
     const bool running = transport.followsHost ? hostPlaying : transport.internalPlaying;
     const bool ranBefore = transport.followsHost ? hostPlayingLast : internalPlayingLast;
 
-    if (ranBefore && !running) {
-        clockPhase = 0.0;
-        clockPhaseBuf = 0.0;
-        for (std::size_t ring = 0; ring < ringCount; ++ring) {
-            lfoPhases[ring] = 0.0;
-            activityPhases[ring] = 0.0;
-            lfoOffsets[ring] = 0.0;
-        }
-    }
-    if (running && !ranBefore) {
-        lastSpotIndex.fill(0);
-        ringInitialised.fill(false);
-        lastPitchClass = -1;
-    }
+    if (ranBefore && !running)
+        putClockBack();
+    if (running && !ranBefore)
+        armAnew();
 
     hostPlayingLast = hostPlaying;
     internalPlayingLast = transport.internalPlaying;
@@ -245,7 +245,7 @@ std::optional<VelotrineDSPKernel::Tempo> VelotrineDSPKernel::currentTempo(
         if (!transport.internalPlaying)
             return std::nullopt;
         // The order of min and max makes NaN the upper bound.
-        const float bounded = std::max(40.0f, std::min(300.0f, bpm.load()));
+        const float bounded = std::max(minTempo, std::min(maxTempo, bpm.load()));
         return Tempo{static_cast<double>(bounded), internalQuartersPerBar};
     }
 
@@ -256,55 +256,34 @@ std::optional<VelotrineDSPKernel::Tempo> VelotrineDSPKernel::currentTempo(
     return Tempo{hostTempo, hostBeatsPerBar * 4.0 / (hostBeatUnit > 0.0 ? hostBeatUnit : 4.0)};
 }
 
-VelotrineDSPKernel::Motion VelotrineDSPKernel::motionAt(const Tempo& tempo) const noexcept
-    VELOTRINE_NONBLOCKING
+RingClock::Settings VelotrineDSPKernel::ringSettings(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING
 {
-    const double quartersPerBar = tempo.quartersPerBar;
-    const double quartersPerFrame = tempo.quartersPerMinute / (sampleRate * secondsPerMinute);
-    const double quartersPerWobbleCycle = quartersPerBar * barsPerWobbleCycle;
-    const auto active = static_cast<double>(activity.load());
-    const double spread = 2.0 * std::max(active - activityWithoutSpread, 0.0);
-
-    Motion motion{};
-    motion.barStep = tempo.quartersPerMinute / (quartersPerBar * secondsPerMinute * sampleRate);
-    motion.wobbleAmplitude =
-        (static_cast<double>(calories.load()) * wobbleDepth) / (quartersPerBar * quartersPerBar);
-    const double rotationStep = motion.barStep / quartersPerBar * active * rotationDepth;
-    for (std::size_t r = 0; r < ringCount; ++r) {
-        auto& ring = motion.rings[r];
-        ring.ring = r;
-        ring.direction = ringDirections[r];
-        ring.rotationStep = rotationStep * ringDirections[r] * (1.0 - spread * ringSpreads[r]);
-        // Ring 4 wobbles once a quarter note; each ring inside it makes one cycle less in eight bars.
-        const auto missingCycles = static_cast<double>(ringCount - 1 - r);
-        ring.wobbleStep =
-            quartersPerFrame * (quartersPerWobbleCycle - missingCycles) / quartersPerWobbleCycle;
-        ring.phaseOffset = std::max(static_cast<double>(phaseOffsets[r].load()), minPhaseOffset);
-        ring.spotCount = spotCounts[r];
+    RingClock::Settings settings{.quartersPerMinute = tempo.quartersPerMinute,
+                                 .quartersPerBar = tempo.quartersPerBar,
+                                 .sampleRate = sampleRate,
+                                 .activity = static_cast<double>(activity.load()),
+                                 .calories = static_cast<double>(calories.load()),
+                                 .phaseOffsets = {},
+                                 .spotCounts = {}};
+    for (std::size_t ring = 0; ring < ringCount; ++ring) {
+        settings.phaseOffsets[ring] = static_cast<double>(phaseOffsets[ring].load());
+        settings.spotCounts[ring] = spotCounts[ring];
     }
-    boundHandSpeed(motion);
-    return motion;
+    return settings;
 }
 
-void VelotrineDSPKernel::boundHandSpeed(Motion& motion) noexcept VELOTRINE_NONBLOCKING
+RingClock::Phases VelotrineDSPKernel::ringPhases() const noexcept VELOTRINE_NONBLOCKING
 {
-    double fastestAhead = 0.0;
-    double fastestBack = 0.0;
-    motion.isSteady = motion.barStep < 1.0;
-    for (const auto& ring : motion.rings) {
-        const double drift = motion.barStep - ring.rotationStep;
-        // A sine never moves faster than its argument.
-        const double fastestWobble = std::abs(motion.wobbleAmplitude * twoPi * ring.wobbleStep);
-        fastestAhead = std::max(fastestAhead, drift + fastestWobble);
-        fastestBack = std::max(fastestBack, fastestWobble - drift);
-        // Otherwise the hand's position can jump by a turn.
-        constexpr double roomBelowZero = 1.9;
-        motion.isSteady = motion.isSteady && std::abs(ring.rotationStep) < 1.0 && ring.wobbleStep >= 0.0 &&
-                          ring.wobbleStep < 1.0 &&
-                          ring.phaseOffset + std::abs(motion.wobbleAmplitude) < roomBelowZero;
-    }
-    motion.framesPerTurnAhead = 1.0 / fastestAhead;
-    motion.framesPerTurnBack = 1.0 / fastestBack;
+    RingClock::Phases phases{.bar = clockPhase, .wobbles = lfoPhases, .rotations = {}};
+    std::ranges::copy(activityPhases, phases.rotations.begin());
+    return phases;
+}
+
+void VelotrineDSPKernel::keepPhases(const RingClock::Phases& phases) noexcept VELOTRINE_NONBLOCKING
+{
+    clockPhase = phases.bar;
+    lfoPhases = phases.wobbles;
+    std::ranges::copy(phases.rotations, activityPhases.begin());
 }
 
 // The clock and the rings move frame by frame, but most of the time no hand can reach a spot for hundreds of
@@ -313,120 +292,55 @@ void VelotrineDSPKernel::boundHandSpeed(Motion& motion) noexcept VELOTRINE_NONBL
 // spot.
 void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING
 {
-    auto motion = motionAt(tempo);
-    loadPhases(motion);
-    loadHands(motion);
-    motion.isSteady = motion.isSteady && phases.areWithinTurn();
+    ringClock.start(ringSettings(tempo), ringPhases());
     PerRing<int> nextLook{};
     const int lastFrame = frameCount - 1;
 
     for (int frame = -1; frame < lastFrame;) {
         const int next = std::min(*std::ranges::min_element(nextLook), lastFrame);
-        phases.advance(next - frame);
+        ringClock.advance(next - frame);
         frame = next;
-        if (motion.isSteady)
-            hands.find(phases);
-        for (const auto& ring : motion.rings)
-            if (nextLook[ring.ring] <= frame || frame == lastFrame)
-                nextLook[ring.ring] =
-                    frame + 1 + std::min(lookAtRing(motion, ring, frame), lastFrame - frame);
+        for (std::size_t ring = 0; ring < ringCount; ++ring)
+            if (nextLook[ring] <= frame || frame == lastFrame)
+                nextLook[ring] = frame + 1 + std::min(lookAtRing(ring, frame), lastFrame - frame);
     }
-    storePhases();
+    keepPhases(ringClock.phases());
 }
 
-void VelotrineDSPKernel::loadPhases(const Motion& motion) noexcept VELOTRINE_NONBLOCKING
+int VelotrineDSPKernel::lookAtRing(std::size_t ring, int frame) noexcept VELOTRINE_NONBLOCKING
 {
-    for (const auto& ring : motion.rings) {
-        phases.rising[ring.ring] = lfoPhases[ring.ring];
-        phases.risingSteps[ring.ring] = ring.wobbleStep;
-        phases.turning[ring.ring] = activityPhases[ring.ring];
-        phases.turningSteps[ring.ring] = ring.rotationStep;
-    }
-    phases.rising[ClockPhases::barClock] = clockPhase;
-    phases.risingSteps[ClockPhases::barClock] = motion.barStep;
-}
-
-void VelotrineDSPKernel::storePhases() noexcept VELOTRINE_NONBLOCKING
-{
-    clockPhase = phases.rising[ClockPhases::barClock];
-    for (std::size_t ring = 0; ring < ringCount; ++ring) {
-        lfoPhases[ring] = phases.rising[ring];
-        activityPhases[ring] = phases.turning[ring];
-    }
-}
-
-void VelotrineDSPKernel::loadHands(const Motion& motion) noexcept VELOTRINE_NONBLOCKING
-{
-    for (const auto& ring : motion.rings) {
-        const auto spots = static_cast<double>(ring.spotCount);
-        hands.wobbleDepths[ring.ring] = motion.wobbleAmplitude * ring.direction;
-        hands.phaseOffsets[ring.ring] = ring.phaseOffset;
-        hands.spotCounts[ring.ring] = spots;
-        hands.spotSpacings[ring.ring] = 1.0 / spots;
-    }
-    hands.framesPerTurnAhead = motion.framesPerTurnAhead;
-    hands.framesPerTurnBack = motion.framesPerTurnBack;
-}
-
-// What happens on a ring in a frame follows from the hand's position alone: past which spot it is, and
-// whether past the half turn. So the last bits of the wobble's sine, and with them which way the hand goes
-// and where it turns round, decide only within the margin of one of these. Anywhere else the vectors'
-// position gives the same crossings.
-int VelotrineDSPKernel::lookAtRing(const Motion& motion, const RingMotion& ring,
-                                   int frame) noexcept VELOTRINE_NONBLOCKING
-{
-    constexpr int whileSilent = std::numeric_limits<int>::max();
-    constexpr double forLong = 1.0e6;
-    const auto r = ring.ring;
-    const bool hasSpots = ring.spotCount >= 1;
-    if (motion.isSteady && (!hasSpots || hands.distances[r] > RingHands::decisionMargin)) {
-        moveHandTo(ring, hands.wobbles[r], hands.positions[r], frame);
-        return hasSpots ? static_cast<int>(std::min(hands.quietFrames[r], forLong)) : whileSilent;
-    }
-
-    // The library's sine, good to the last bit but one.
-    const double wobble = hands.wobbleDepths[r] * std::sin(twoPi * phases.rising[r]);
-    // Three turns more than needed keep the argument positive.
-    const double hand = fractionOf(phases.rising[ClockPhases::barClock] - ring.phaseOffset -
-                                   phases.turning[r] - wobble + 3.0);
-    moveHandTo(ring, wobble, hand, frame);
-    return hasSpots ? 0 : whileSilent;
-}
-
-void VelotrineDSPKernel::moveHandTo(const RingMotion& ring, double wobble, double hand,
-                                    int frame) noexcept VELOTRINE_NONBLOCKING
-{
-    lfoOffsets[ring.ring] = wobble;
-    if (ring.spotCount < 1)
-        ringInitialised[ring.ring] = false;
+    const auto hand = ringClock.handOn(ring);
+    lfoOffsets[ring] = hand.wobble;
+    if (ringClock.spotCount(ring) < 1)
+        ringInitialised[ring] = false;
     else
-        crossSpots(ring, hand, frame);
+        crossSpots(ring, hand.position, frame);
+    return hand.quietFrames;
 }
 
-void VelotrineDSPKernel::crossSpots(const RingMotion& ring, double hand,
-                                    int frame) noexcept VELOTRINE_NONBLOCKING
+void VelotrineDSPKernel::crossSpots(std::size_t ring, double hand, int frame) noexcept VELOTRINE_NONBLOCKING
 {
-    const auto r = ring.ring;
-    const bool passedTheStart = lastRingPhase[r] > 0.5 && hand < 0.5;
-    if (ringInitialised[r] && passedTheStart)
-        lastSpotIndex[r] = -1;
-    lastRingPhase[r] = hand;
+    const auto spotCount = ringClock.spotCount(ring);
+    const bool passedTheStart = lastRingPhase[ring] > 0.5 && hand < 0.5;
+    if (ringInitialised[ring] && passedTheStart)
+        lastSpotIndex[ring] = -1;
+    lastRingPhase[ring] = hand;
 
-    const double spotPosition = hand * static_cast<double>(ring.spotCount);
+    const double spotPosition = hand * static_cast<double>(spotCount);
     if (!std::isfinite(spotPosition))
         fatalError("a ring's position is not finite");
     // The remainder by the number of spots, which rounding can make as large as that number; a division takes
     // longer than all the rest.
     const auto rounded = static_cast<std::int64_t>(spotPosition);
-    const auto spot = std::abs(rounded) == ring.spotCount ? 0 : rounded;
+    const auto spot = std::abs(rounded) == spotCount ? 0 : rounded;
 
-    if (!ringInitialised[r]) {
-        ringInitialised[r] = true;
-        lastSpotIndex[r] = spot;
-    } else if (spot != lastSpotIndex[r]) {
-        lastSpotIndex[r] = spot;
-        if (drawsFire(r))
-            fireSpot(r, spot, frame);
+    if (!ringInitialised[ring]) {
+        ringInitialised[ring] = true;
+        lastSpotIndex[ring] = spot;
+    } else if (spot != lastSpotIndex[ring]) {
+        lastSpotIndex[ring] = spot;
+        if (drawsFire(ring))
+            fireSpot(ring, spot, frame);
     }
 }
 
@@ -471,11 +385,6 @@ std::int64_t VelotrineDSPKernel::nextNote(std::int64_t ring) noexcept VELOTRINE_
     if (octave > highestOctave || octave < -highestOctave)
         fatalError("nextNote: the octave is beyond 64 bits");
     return octave * semitonesPerOctave + lastPitchClass;
-}
-
-void VelotrineDSPKernel::triggerVoice(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING
-{
-    startNote(ring);
 }
 
 VelotrineDSPKernel::StartedNote VelotrineDSPKernel::startNote(std::int64_t ring) noexcept

@@ -1,13 +1,12 @@
 #pragma once
 
-#include "engine/ClockPhases.h"
 #include "engine/HostClock.h"
 #include "engine/Nonblocking.h"
 #include "engine/NoteEvent.h"
 #include "engine/NoteGenerator.h"
 #include "engine/ParameterAddress.h"
+#include "engine/RingClock.h"
 #include "engine/RingCount.h"
-#include "engine/RingHands.h"
 #include "engine/Shared.h"
 #include "engine/Timbre.h"
 #include "engine/VoicePool.h"
@@ -28,14 +27,25 @@ namespace velotrine {
 /// Threads: what is Shared may be read and written by anyone at any time, and takes effect within a render
 /// cycle. All else belongs to whoever renders. setup() is called while nothing renders.
 ///
-/// Values are kept as they are written; each reader bounds what it reads. A parameter that is not finite
-/// where a whole number or a position on a ring comes of it is a fatal error, and the callers' edges keep
-/// such values out.
+/// Values are kept as they are written; each reader bounds what it reads. A parameter that is not finite is
+/// fatal where it makes a whole number or a position on a ring; callers keep such values out at their edges.
 class VelotrineDSPKernel
 {
 public:
-    template <typename T>
-    using PerRing = std::array<T, ringCount>;
+    /// Where the piece is: what setup() and reset() put back to the start.
+    struct Position
+    {
+        double clockPhase;
+        PerRing<double> activityPhases;
+        PerRing<double> lfoOffsets;
+        PerRing<double> lfoPhases;
+        PerRing<std::int64_t> lastSpotIndex;
+        PerRing<bool> ringInitialised;
+        PerRing<double> lastRingPhase;
+        std::int64_t lastPitchClass;
+        bool hostPlayingLast;
+        bool internalPlayingLast;
+    };
 
     VelotrineDSPKernel() = default;
     VelotrineDSPKernel(const VelotrineDSPKernel&) = delete;
@@ -43,15 +53,15 @@ public:
 
     // Global parameters
 
-    Shared<float> activity{
-        0.5f}; ///< 0..1: how fast the rings rotate, and above 0.5 how far apart their speeds are
+    /// 0..1: how fast the rings rotate, and above 0.5 how far apart their speeds are
+    Shared<float> activity{0.5f};
     Shared<float> boredom{0.5f};   ///< 0..1: from learned to chromatic note choice; NaN counts as 0
     Shared<float> calories{0.5f};  ///< 0..1: depth of the rings' wobble
     Shared<float> drudgery{0.5f};  ///< 0..1: feedback of the voices' modulators; NaN counts as 0
     Shared<float> rootNote{0.0f};  ///< 0..11, 0 is C
     Shared<float> scaleType{0.0f}; ///< 0..3, bounded to it
-    Shared<float> bpm{
-        120.0f}; ///< internal tempo, quarter notes a minute, bounded to 40..300; NaN counts as 300
+    /// Internal tempo, quarter notes a minute, bounded to minTempo..maxTempo; NaN counts as maxTempo
+    Shared<float> bpm{120.0f};
     Shared<float> volume{0.8f}; ///< 0..1, before the soft clip
     Shared<bool> sync{true};    ///< follow the host's tempo and transport rather than the internal clock
 
@@ -66,8 +76,8 @@ public:
 
     // What the display reads
 
-    std::array<Shared<std::uint64_t>, std::size_t{ringCount} * maxSpotsPerRing>
-        spotFireTimes{};                      ///< host clock ticks, ring by ring; 0 is never
+    /// Host clock ticks, ring by ring; 0 is never
+    std::array<Shared<std::uint64_t>, std::size_t{ringCount} * maxSpotsPerRing> spotFireTimes{};
     Shared<double> clockPhaseBuf{0.0};        ///< bar phase, turns; exactly 0 while stopped
     PerRing<Shared<double>> activityPhases{}; ///< rotation of each ring, turns
     PerRing<Shared<double>> lfoOffsets{};     ///< wobble of each ring, turns
@@ -92,12 +102,12 @@ public:
 
     double clockPhase = 0.0;     ///< turns; one turn is a bar
     PerRing<double> lfoPhases{}; ///< wobble oscillators, cycles
-    PerRing<std::int64_t>
-        lastSpotIndex{};              ///< spot last crossed; -1 lets the next crossing count whatever it is
-    PerRing<bool> ringInitialised{};  ///< the ring knows where it is: seen once since the start, or since it
-                                      ///< had no spots
+    /// Spot last crossed; -1 lets the next crossing count whatever it is
+    PerRing<std::int64_t> lastSpotIndex{};
+    /// The ring knows where it is: seen once since the start, or since it had no spots
+    PerRing<bool> ringInitialised{};
     PerRing<double> lastRingPhase{};  ///< where the hand stood on the ring one frame ago, turns
-    std::int64_t lastPitchClass = -1; ///< of the last note, 0..11; -1 is none yet
+    std::int64_t lastPitchClass = -1; ///< of the last note, 0..11; -1 before the first
     bool hostPlayingLast = false;     ///< as of the previous process call
     bool internalPlayingLast = false; ///< likewise
     std::uint64_t rngState = 12345;   ///< one generator for firing and for notes
@@ -120,6 +130,12 @@ public:
     /// Puts clock, rings and note chain back to the start. Parameters, random state and sounding notes stay.
     void reset() noexcept VELOTRINE_NONBLOCKING;
 
+    /// For carrying the piece over a new setup(). Not while rendering.
+    [[nodiscard]] Position position() const noexcept VELOTRINE_NONBLOCKING;
+
+    /// Goes on from a position, as if nothing had been set up since. Not while rendering.
+    void restore(const Position& position) noexcept VELOTRINE_NONBLOCKING;
+
     /// Renders the next frames: moves the clock and the rings on, starts the notes that fire, and writes the
     /// mix of all voices, soft-clipped, to both channels. Notes start at the first frame of the call in which
     /// they fire. Needs setup() and at most maxFrames frames; does nothing for fewer than one.
@@ -141,7 +157,7 @@ public:
 
     /// Draws the next note for a ring and starts a voice on it, as a fired spot does.
     /// @param ring  0 to 4; others are a fatal error
-    void triggerVoice(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING;
+    void triggerVoice(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING { startNote(ring); }
 
 private:
     static constexpr std::size_t maxNoteEvents = 256;
@@ -160,28 +176,6 @@ private:
         double quartersPerBar;
     };
 
-    /// How one ring moves and what is on it, constant for one process call.
-    struct RingMotion
-    {
-        std::size_t ring;
-        double direction;    ///< +1 or -1
-        double rotationStep; ///< turns per frame
-        double wobbleStep;   ///< cycles per frame
-        double phaseOffset;  ///< turns
-        std::int64_t spotCount;
-    };
-
-    /// How the clock and all rings move, constant for one process call.
-    struct Motion
-    {
-        double barStep;         ///< bars per frame
-        double wobbleAmplitude; ///< turns
-        PerRing<RingMotion> rings;
-        double framesPerTurnAhead; ///< the hand takes at least so long for a turn on any ring
-        double framesPerTurnBack;  ///< and so long for one the other way round
-        bool isSteady;             ///< these two bounds hold, and no phase leaves its turn
-    };
-
     struct StartedNote
     {
         std::int64_t note;
@@ -192,26 +186,25 @@ private:
     template <typename Kernel, typename Visitor>
     static void visitField(Kernel& kernel, ParameterAddress address, Visitor&& visitor) noexcept;
 
+    /// At a stop: clock, rotation and wobble back to 0.
+    void putClockBack() noexcept VELOTRINE_NONBLOCKING;
+    /// At a start: the rings find out where they are, and the note chain begins.
+    void armAnew() noexcept VELOTRINE_NONBLOCKING;
     void noticeTransportEdges(const Transport& transport) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] std::optional<Tempo> currentTempo(const Transport& transport) const noexcept
         VELOTRINE_NONBLOCKING;
-    [[nodiscard]] Motion motionAt(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING;
-    static void boundHandSpeed(Motion& motion) noexcept VELOTRINE_NONBLOCKING;
+    [[nodiscard]] RingClock::Settings ringSettings(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING;
     void runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING;
-    void loadPhases(const Motion& motion) noexcept VELOTRINE_NONBLOCKING;
-    void storePhases() noexcept VELOTRINE_NONBLOCKING;
-    void loadHands(const Motion& motion) noexcept VELOTRINE_NONBLOCKING;
+    [[nodiscard]] RingClock::Phases ringPhases() const noexcept VELOTRINE_NONBLOCKING;
+    void keepPhases(const RingClock::Phases& phases) noexcept VELOTRINE_NONBLOCKING;
     /// Returns for how many frames after this one nothing can happen on the ring.
-    int lookAtRing(const Motion& motion, const RingMotion& ring, int frame) noexcept VELOTRINE_NONBLOCKING;
-    void moveHandTo(const RingMotion& ring, double wobble, double hand,
-                    int frame) noexcept VELOTRINE_NONBLOCKING;
-    void crossSpots(const RingMotion& ring, double hand, int frame) noexcept VELOTRINE_NONBLOCKING;
+    int lookAtRing(std::size_t ring, int frame) noexcept VELOTRINE_NONBLOCKING;
+    void crossSpots(std::size_t ring, double hand, int frame) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] bool drawsFire(std::size_t ring) noexcept VELOTRINE_NONBLOCKING;
     void fireSpot(std::size_t ring, std::int64_t spot, int frame) noexcept VELOTRINE_NONBLOCKING;
     StartedNote startNote(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING;
 
-    ClockPhases phases; ///< working copy of clock and rings during a process call
-    RingHands hands;    ///< likewise, as of the frame looked at last; valid while the motion is steady
+    RingClock ringClock; ///< clock and rings during a process call
     std::array<NoteEvent, maxNoteEvents> firedNotes{};
     std::size_t firedNoteCount = 0;
 };

@@ -27,9 +27,6 @@ using FloatVector = hn::Vec<Floats>;
 constexpr float feedbackScale = 4.712389f;
 constexpr double turnsPerRadian = 0.15915494309189535;
 
-/// 60 dB below full scale, where a note ends.
-constexpr float silence = 0.001f;
-
 /// Voices side by side in memory, one lane each, and silent ones to the end of a vector.
 struct VoiceLanes
 {
@@ -81,7 +78,7 @@ struct VoiceLanes
             voice.currentModIndex = modIndex[i];
             voice.lastMod1 = lastMod1[i];
             voice.lastMod2 = lastMod2[i];
-            if (voice.amplitude < silence)
+            if (voice.amplitude < FMVoice::silence)
                 voice.active = false;
         }
     }
@@ -99,8 +96,8 @@ HWY_INLINE DoubleVector FractionOf(DoubleVector turns)
     return hn::Sub(turns, hn::Floor(turns));
 }
 
-/// The phase one sample later. A turn is taken off as soon as it is full: phases that run on beyond it round
-/// otherwise, and the differences add up.
+/// The phase one sample later. A turn is taken off as soon as it is full: beyond it phases round differently,
+/// and the differences add up.
 HWY_INLINE DoubleVector MovedOn(DoubleVector phase, DoubleVector step)
 {
     const Doubles d;
@@ -109,7 +106,7 @@ HWY_INLINE DoubleVector MovedOn(DoubleVector phase, DoubleVector step)
     return hn::Sub(next, hn::IfThenElseZero(hn::Ge(next, one), one));
 }
 
-/// So many vectors of voices, in registers.
+/// `count` vectors of voices, in registers.
 template <std::size_t count>
 struct VoiceVectors
 {
@@ -204,8 +201,15 @@ struct VoiceVectors
     }
 };
 
-/// Renders so many vectors of voices together. The modulators are one frame ahead: a modulator waits long for
-/// its own last sample, and the carriers' sines of the frame before fill the time.
+/// Renders `count` vectors of voices together. One voice, sample t (tests/reference/ScalarTranscription.cpp):
+///
+///     mod[t]  = sin(2π modPhase + feedback 3π/2 (mod[t - 1] + mod[t - 2]) / 2)
+///     mix[t] += amplitude gain sin(2π carrierPhase + modIndex mod[t])
+///
+/// after which both phases go on by frequency / sampleRate, and amplitude and modIndex decay by their rates.
+///
+/// The modulators are one frame ahead: a modulator waits long for its own last sample, and the carriers'
+/// sines of the frame before fill the time.
 template <std::size_t count>
 HWY_NOINLINE void RenderVectors(VoiceLanes& lanes, std::size_t firstLane, float* HWY_RESTRICT buffer,
                                 int frames)

@@ -11,7 +11,8 @@ namespace velotrine {
 inline constexpr int maxBatchVoices = 16;
 
 /// Adds the next samples of several sounding voices to the buffer and moves the voices on. One voice alone
-/// sounds as it does in company. The voices' arithmetic stands here and nowhere else.
+/// sounds as it does in company. ScalarVoice::render in tests/reference/ScalarTranscription.cpp says the same
+/// one sample after the other.
 /// @param voices  all active, at most maxBatchVoices
 /// @param buffer  mono, at least `frames` long
 /// @param frames  0 or more

@@ -41,6 +41,13 @@ FMVoice& VoicePool::allocate() noexcept VELOTRINE_NONBLOCKING
     return voices[static_cast<std::size_t>(index)];
 }
 
+void VoicePool::silence() noexcept VELOTRINE_NONBLOCKING
+{
+    for (auto& voice : voices)
+        voice.active = false;
+    triggerOrder.clear();
+}
+
 bool VoicePool::isSilent() const noexcept VELOTRINE_NONBLOCKING
 {
     return std::ranges::none_of(voices, &FMVoice::active);

@@ -60,6 +60,9 @@ public:
     /// The caller starts a note on it at once.
     [[nodiscard]] FMVoice& allocate() noexcept VELOTRINE_NONBLOCKING;
 
+    /// Cuts off all notes at once.
+    void silence() noexcept VELOTRINE_NONBLOCKING;
+
     [[nodiscard]] bool isSilent() const noexcept VELOTRINE_NONBLOCKING;
 
     /// Adds all sounding voices to the buffer, in the order of their indices.

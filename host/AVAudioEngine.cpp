@@ -2,7 +2,6 @@
 
 #include "audiounit/VelotrineAudioUnit.h"
 #include "engine/FatalError.h"
-#include "host/PiecePosition.h"
 
 #include <algorithm>
 #include <utility>
@@ -31,12 +30,12 @@ void allocate(AUAudioUnit& unit, double sampleRate)
 {
     auto* const instrument = dynamic_cast<VelotrineAudioUnit*>(&unit);
     const auto position =
-        instrument == nullptr ? std::nullopt : std::optional(PiecePosition(*instrument->dspKernel));
+        instrument == nullptr ? std::nullopt : std::optional(instrument->dspKernel->position());
     unit.deallocateRenderResources();
     (*unit.outputBusses())[0].setFormat({sampleRate, outputChannels});
     unit.allocateRenderResources();
     if (position)
-        position->putBack(*instrument->dspKernel);
+        instrument->dspKernel->restore(*position);
 }
 
 } // namespace

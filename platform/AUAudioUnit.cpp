@@ -23,7 +23,7 @@ struct AUAudioUnit::RenderLimits
 
 AUAudioUnit::AUAudioUnit(const AudioComponentDescription& description,
                          AudioComponentInstantiationOptions options)
-    : description_(description), renderLimits(std::make_shared<RenderLimits>())
+    : unitDescription(description), renderLimits(std::make_shared<RenderLimits>())
 {
     if (options == AudioComponentInstantiationOptions::loadOutOfProcess)
         throw AUError(kAudioComponentErr_NotFound, "Audio units run in the host's own process here.");

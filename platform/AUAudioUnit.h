@@ -84,7 +84,7 @@ public:
 
     [[nodiscard]] const AudioComponentDescription& componentDescription() const noexcept
     {
-        return description_;
+        return unitDescription;
     }
 
     [[nodiscard]] virtual std::shared_ptr<AUParameterTree> parameterTree() const { return nullptr; }
@@ -114,18 +114,18 @@ public:
     [[nodiscard]] AURenderBlock renderBlock();
 
     /// The host's blocks are read at allocation.
-    void setMusicalContextBlock(AUHostMusicalContextBlock block) { musicalContextBlock_ = std::move(block); }
+    void setMusicalContextBlock(AUHostMusicalContextBlock block) { hostMusicalContext = std::move(block); }
 
-    void setTransportStateBlock(AUHostTransportStateBlock block) { transportStateBlock_ = std::move(block); }
+    void setTransportStateBlock(AUHostTransportStateBlock block) { hostTransportState = std::move(block); }
 
     [[nodiscard]] const AUHostMusicalContextBlock& musicalContextBlock() const noexcept
     {
-        return musicalContextBlock_;
+        return hostMusicalContext;
     }
 
     [[nodiscard]] const AUHostTransportStateBlock& transportStateBlock() const noexcept
     {
-        return transportStateBlock_;
+        return hostTransportState;
     }
 
     [[nodiscard]] virtual const std::vector<AUAudioUnitPreset>& factoryPresets() = 0;
@@ -150,7 +150,7 @@ protected:
     /// leaves everything as it was.
     virtual void makeRenderResources() {}
 
-    /// Lets go of what the host gave for rendering. Nothing renders any more.
+    /// Lets go of what the host gave for rendering. Nothing renders by then.
     virtual void dropRenderResources() {}
 
     /// Renders without a check. A new block each time; it must not need the unit itself.
@@ -171,10 +171,10 @@ private:
                                 std::uint32_t version, Factory factory);
     ObserverList<>& observersOf(AUProperty property) noexcept;
 
-    AudioComponentDescription description_;
+    AudioComponentDescription unitDescription;
     std::shared_ptr<RenderLimits> renderLimits;
-    AUHostMusicalContextBlock musicalContextBlock_;
-    AUHostTransportStateBlock transportStateBlock_;
+    AUHostMusicalContextBlock hostMusicalContext;
+    AUHostTransportStateBlock hostTransportState;
     ObserverList<> fullStateObservers;
     ObserverList<> currentPresetObservers;
 };

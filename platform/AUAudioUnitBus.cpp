@@ -18,18 +18,18 @@ const AVAudioFormat& checked(const AVAudioFormat& format)
 
 } // namespace
 
-AUAudioUnitBus::AUAudioUnitBus(const AVAudioFormat& format) : format_(checked(format)) {}
+AUAudioUnitBus::AUAudioUnitBus(const AVAudioFormat& format) : busFormat(checked(format)) {}
 
 void AUAudioUnitBus::setFormat(const AVAudioFormat& format)
 {
-    format_ = checked(format);
+    busFormat = checked(format);
 }
 
 AUAudioUnitBus& AUAudioUnitBusArray::operator[](std::size_t index) const
 {
     if (index >= count())
         throw AUError(kAudioUnitErr_InvalidElement, "There is no bus " + std::to_string(index) + ".");
-    return *busses_[index];
+    return *busses[index];
 }
 
 } // namespace velotrine

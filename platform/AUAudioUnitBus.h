@@ -17,14 +17,14 @@ public:
     /// Throws AUError for a format that AVAudioFormat::standardFormat would not make.
     explicit AUAudioUnitBus(const AVAudioFormat& format);
 
-    [[nodiscard]] const AVAudioFormat& format() const noexcept { return format_; }
+    [[nodiscard]] const AVAudioFormat& format() const noexcept { return busFormat; }
 
     /// A new format takes effect when render resources are allocated next. Throws AUError like the
     /// constructor, and then the old format stays.
     void setFormat(const AVAudioFormat& format);
 
 private:
-    AVAudioFormat format_;
+    AVAudioFormat busFormat;
 };
 
 enum class AUAudioUnitBusType
@@ -37,25 +37,25 @@ enum class AUAudioUnitBusType
 class AUAudioUnitBusArray
 {
 public:
-    /// @param owner  outlives the array
-    AUAudioUnitBusArray(AUAudioUnit& owner, AUAudioUnitBusType type,
-                        std::vector<std::shared_ptr<AUAudioUnitBus>> busses = {})
-        : owner_(&owner), type_(type), busses_(std::move(busses))
+    /// @param newOwner  outlives the array
+    AUAudioUnitBusArray(AUAudioUnit& newOwner, AUAudioUnitBusType newType,
+                        std::vector<std::shared_ptr<AUAudioUnitBus>> newBusses = {})
+        : owner(&newOwner), type(newType), busses(std::move(newBusses))
     {}
 
-    [[nodiscard]] AUAudioUnit& ownerAudioUnit() const noexcept { return *owner_; }
+    [[nodiscard]] AUAudioUnit& ownerAudioUnit() const noexcept { return *owner; }
 
-    [[nodiscard]] AUAudioUnitBusType busType() const noexcept { return type_; }
+    [[nodiscard]] AUAudioUnitBusType busType() const noexcept { return type; }
 
-    [[nodiscard]] std::size_t count() const noexcept { return busses_.size(); }
+    [[nodiscard]] std::size_t count() const noexcept { return busses.size(); }
 
     /// Throws AUError for an index that no bus has.
     [[nodiscard]] AUAudioUnitBus& operator[](std::size_t index) const;
 
 private:
-    AUAudioUnit* owner_;
-    AUAudioUnitBusType type_;
-    std::vector<std::shared_ptr<AUAudioUnitBus>> busses_;
+    AUAudioUnit* owner;
+    AUAudioUnitBusType type;
+    std::vector<std::shared_ptr<AUAudioUnitBus>> busses;
 };
 
 } // namespace velotrine

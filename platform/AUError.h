@@ -12,14 +12,13 @@ namespace velotrine {
 class AUError : public std::runtime_error
 {
 public:
-    AUError(AUAudioUnitStatus status, const std::string& message)
-        : std::runtime_error(message), status_(status)
+    AUError(AUAudioUnitStatus status, const std::string& message) : std::runtime_error(message), code(status)
     {}
 
-    [[nodiscard]] AUAudioUnitStatus status() const noexcept { return status_; }
+    [[nodiscard]] AUAudioUnitStatus status() const noexcept { return code; }
 
 private:
-    AUAudioUnitStatus status_;
+    AUAudioUnitStatus code;
 };
 
 } // namespace velotrine

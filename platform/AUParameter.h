@@ -77,36 +77,36 @@ struct AUParameterClosures
 class AUParameter
 {
 public:
-    explicit AUParameter(AUParameterDefinition definition) : definition_(std::move(definition)) {}
+    explicit AUParameter(AUParameterDefinition newDefinition) : definition(std::move(newDefinition)) {}
 
-    [[nodiscard]] const std::string& identifier() const noexcept { return definition_.identifier; }
+    [[nodiscard]] const std::string& identifier() const noexcept { return definition.identifier; }
 
-    [[nodiscard]] const std::string& displayName() const noexcept { return definition_.name; }
+    [[nodiscard]] const std::string& displayName() const noexcept { return definition.name; }
 
-    [[nodiscard]] AUParameterAddress address() const noexcept { return definition_.address; }
+    [[nodiscard]] AUParameterAddress address() const noexcept { return definition.address; }
 
-    [[nodiscard]] AUValue minValue() const noexcept { return definition_.minValue; }
+    [[nodiscard]] AUValue minValue() const noexcept { return definition.minValue; }
 
-    [[nodiscard]] AUValue maxValue() const noexcept { return definition_.maxValue; }
+    [[nodiscard]] AUValue maxValue() const noexcept { return definition.maxValue; }
 
-    [[nodiscard]] AudioUnitParameterUnit unit() const noexcept { return definition_.unit; }
+    [[nodiscard]] AudioUnitParameterUnit unit() const noexcept { return definition.unit; }
 
-    [[nodiscard]] const std::string& unitName() const noexcept { return definition_.unitName; }
+    [[nodiscard]] const std::string& unitName() const noexcept { return definition.unitName; }
 
-    [[nodiscard]] AudioUnitParameterOptions flags() const noexcept { return definition_.flags; }
+    [[nodiscard]] AudioUnitParameterOptions flags() const noexcept { return definition.flags; }
 
     [[nodiscard]] const std::vector<std::string>& valueStrings() const noexcept
     {
-        return definition_.valueStrings;
+        return definition.valueStrings;
     }
 
     [[nodiscard]] const std::vector<AUParameterAddress>& dependentParameters() const noexcept
     {
-        return definition_.dependentParameters;
+        return definition.dependentParameters;
     }
 
-    /// What the tree's value provider says. The value last set while there is no tree yet, or no provider. 0
-    /// once the tree is gone, and its audio unit with it.
+    /// What the tree's value provider says; the value last set before there is a tree, or without a provider;
+    /// 0 once the tree is gone, and its audio unit with it.
     [[nodiscard]] AUValue value() const;
 
     /// Hands the value, as it is, to the tree's value observer, then tells the tree's other observers, except
@@ -126,7 +126,7 @@ public:
 private:
     friend class AUParameterTree;
 
-    AUParameterDefinition definition_;
+    AUParameterDefinition definition;
     std::atomic<AUValue> ownValue{0.0f};
     bool hasHadTree = false;
     std::weak_ptr<AUParameterClosures> closures;

@@ -25,10 +25,10 @@ std::shared_ptr<AUParameterTree> AUParameterTree::createTree(
     return std::shared_ptr<AUParameterTree>(new AUParameterTree(std::move(children)));
 }
 
-AUParameterTree::AUParameterTree(std::vector<std::shared_ptr<AUParameter>> children)
-    : children_(std::move(children))
+AUParameterTree::AUParameterTree(std::vector<std::shared_ptr<AUParameter>> newChildren)
+    : children(std::move(newChildren))
 {
-    for (const auto& child : children_) {
+    for (const auto& child : children) {
         child->closures = closures;
         child->hasHadTree = true;
     }
@@ -47,8 +47,8 @@ void AUParameterTree::setImplementorValueProvider(AUImplementorValueProvider pro
 std::shared_ptr<AUParameter> AUParameterTree::parameterWithAddress(AUParameterAddress address) const noexcept
 {
     const auto found =
-        std::ranges::find_if(children_, [address](const auto& child) { return child->address() == address; });
-    return found != children_.end() ? *found : nullptr;
+        std::ranges::find_if(children, [address](const auto& child) { return child->address() == address; });
+    return found != children.end() ? *found : nullptr;
 }
 
 void AUParameterTree::tellObserversOf(AUParameterAddress address, AUParameterObserverToken originator) const

@@ -24,7 +24,7 @@ public:
 
     [[nodiscard]] std::span<const std::shared_ptr<AUParameter>> allParameters() const noexcept
     {
-        return children_;
+        return children;
     }
 
     /// None for an address that no parameter has.
@@ -47,9 +47,9 @@ public:
     void removeParameterObserver(AUParameterObserverToken token);
 
 private:
-    explicit AUParameterTree(std::vector<std::shared_ptr<AUParameter>> children);
+    explicit AUParameterTree(std::vector<std::shared_ptr<AUParameter>> newChildren);
 
-    std::vector<std::shared_ptr<AUParameter>> children_;
+    std::vector<std::shared_ptr<AUParameter>> children;
     std::shared_ptr<AUParameterClosures> closures = std::make_shared<AUParameterClosures>();
 };
 

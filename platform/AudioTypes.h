@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-/// The small change of an audio-unit framework: counts, times, buffers and result codes.
+/// Basic types: counts, times, buffers, result codes.
 namespace velotrine {
 
 using AUValue = float;

@@ -14,7 +14,7 @@ namespace velotrine {
 using ObserverToken = std::uint64_t;
 
 /// Closures to be told of something. Any thread may add, remove and notify. An observer may do all three in
-/// its turn: one that it removes is not called any more, one that it adds hears the next notification. A
+/// its turn: one that it removes is no longer called, one that it adds hears the next notification. A
 /// removed one may still be running on another thread when remove() returns. Not for the render thread: it
 /// locks.
 template <typename... Arguments>

@@ -14,8 +14,8 @@ namespace velotrine {
 namespace {
 
 // Beyond these, a tempo or a metre is a mistake of the host's.
-constexpr double minTempo = 1.0;
-constexpr double maxTempo = 10000.0;
+constexpr double minHostTempo = 1.0;
+constexpr double maxHostTempo = 10000.0;
 constexpr double minBeatsPerBar = 1.0;
 constexpr double maxBeatsPerBar = 256.0;
 constexpr double minBeatUnit = 1.0;
@@ -109,9 +109,7 @@ void HostedInstrument::reset() noexcept
     isAtRest = false;
     auto& kernel = *unit->dspKernel;
     kernel.reset();
-    for (auto& voice : kernel.voicePool->voices)
-        voice.active = false;
-    kernel.voicePool->triggerOrder.clear();
+    kernel.voicePool->silence();
 }
 
 void HostedInstrument::setTransport(const std::optional<HostTransport>& newTransport) noexcept
@@ -151,7 +149,7 @@ bool HostedInstrument::answerMusicalContext(double* tempo, double* numerator,
     const auto tempoNow =
         transport.tempo + transport.tempoPerFrame * static_cast<double>(framesIntoTransport);
     framesIntoTransport += CycleRenderer::defaultCycleFrames;
-    answer(tempo, orUnknown(tempoNow, minTempo, maxTempo));
+    answer(tempo, orUnknown(tempoNow, minHostTempo, maxHostTempo));
     answer(numerator, orUnknown(transport.beatsPerBar, minBeatsPerBar, maxBeatsPerBar));
     answer(denominator, static_cast<std::int64_t>(orUnknown(transport.beatUnit, minBeatUnit, maxBeatUnit)));
     return transportIsKnown;

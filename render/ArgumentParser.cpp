@@ -101,14 +101,14 @@ UsageError wrongNumberOfValues(const std::string& message, const CLI::App& app)
 
 } // namespace
 
-void ArgumentParser::Command::addOption(const char* name, std::string& value, const char* description,
+void ArgumentParser::Command::addOption(const char* name, std::string& value, const std::string& description,
                                         const char* valueName)
 {
     app->add_option(name, value, description)->type_name(valueName);
 }
 
 void ArgumentParser::Command::addOption(const char* name, std::vector<std::string>& values,
-                                        const char* description, const char* valueName)
+                                        const std::string& description, const char* valueName)
 {
     app->add_option(name, values, description)->type_name(valueName)->allow_extra_args(false);
 }

@@ -25,10 +25,11 @@ public:
         explicit Command(CLI::App& command) : app(&command) {}
 
         /// @param valueName  what help calls the value
-        void addOption(const char* name, std::string& value, const char* description, const char* valueName);
+        void addOption(const char* name, std::string& value, const std::string& description,
+                       const char* valueName);
 
         /// One that may be repeated.
-        void addOption(const char* name, std::vector<std::string>& values, const char* description,
+        void addOption(const char* name, std::vector<std::string>& values, const std::string& description,
                        const char* valueName);
         void addFlag(const char* name, bool& isSet, const char* description);
         void addExamples(const char* examples); ///< for the end of the help

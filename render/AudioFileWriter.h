@@ -43,7 +43,7 @@ public:
     AudioFileWriter(const AudioFileWriter&) = delete;
     AudioFileWriter& operator=(const AudioFileWriter&) = delete;
 
-    /// @param interleaved  left and right by turns, within [-1, 1]
+    /// @param interleaved  left and right, within [-1, 1]
     void write(std::span<const float> interleaved);
 
     /// Completes the file; it appears under its name when it is committed.

@@ -1,5 +1,7 @@
 #include "render/CommandLine.h"
 
+#include "audiounit/ParameterText.h"
+#include "engine/ParameterAddress.h"
 #include "render/ArgumentParser.h"
 #include "render/Arguments.h"
 #include "render/Errors.h"
@@ -55,7 +57,9 @@ void addRender(ArgumentParser& parser, RenderArguments& arguments)
     render.addOption("--set", arguments.settings, "Parameter to change; may be repeated", "IDENTIFIER=VALUE");
     render.addOption("--bars", arguments.bars, "Length in bars of 4/4 [16]", "N");
     render.addOption("--seconds", arguments.seconds, "Length in seconds, instead of bars", "S");
-    render.addOption("--tempo", arguments.tempo, "Tempo, 40 to 300 [the preset's]", "BPM");
+    render.addOption("--tempo", arguments.tempo,
+                     "Tempo, " + shortestText(minTempo) + " to " + shortestText(maxTempo) + " [the preset's]",
+                     "BPM");
     render.addOption("--sample-rate", arguments.sampleRate, "Sample rate [48000]", "HZ");
     render.addOption("--block", arguments.block, "Render cycle; notes start at the first frame of one [32]",
                      "FRAMES");

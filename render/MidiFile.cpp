@@ -144,14 +144,14 @@ void MidiFile::addNote(int ring, int note, double startSeconds, double lengthSec
     // Synthesizers take the square of the velocity for the gain.
     const auto velocity = std::clamp(std::lround(std::sqrt(gain) * static_cast<float>(highestKey)), 1L, 127L);
 
-    auto& [notes, countAtKey] = tracks[static_cast<std::size_t>(ring)];
-    auto& count = countAtKey[static_cast<std::size_t>(note)];
-    if (count > 0) {
-        auto& earlier = notes[count - 1];
+    auto& [notes, latestAtKey] = tracks[static_cast<std::size_t>(ring)];
+    auto& latest = latestAtKey[static_cast<std::size_t>(note)];
+    if (latest > 0) {
+        auto& earlier = notes[latest - 1];
         earlier.end = std::clamp(earlier.end, earlier.start, std::max(start, earlier.start));
     }
     notes.push_back({start, end, static_cast<std::uint8_t>(note), static_cast<std::uint8_t>(velocity)});
-    count = notes.size();
+    latest = notes.size();
 }
 
 std::vector<std::uint8_t> MidiFile::bytes() const

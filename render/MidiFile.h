@@ -15,7 +15,7 @@ public:
     static constexpr int ringTracks = 5;
     static constexpr int ticksPerQuarter = 960;
 
-    /// @param bpm  quarter notes a minute, 40 to 300
+    /// @param bpm  quarter notes a minute, within the bounds of the internal tempo
     explicit MidiFile(double bpm) : quartersPerMinute(bpm) {}
 
     /// A note that the same ring starts again while it sounds ends there. Silent notes (gain 0) are left out.
@@ -39,8 +39,8 @@ private:
     struct Track
     {
         std::vector<Note> notes;
-        std::array<std::size_t, 128>
-            countAtKey{}; ///< notes there were once the key's latest had come; 0 before
+        /// 1 + index in `notes` of this key's latest note; 0 until it is played.
+        std::array<std::size_t, 128> latestAtKey{};
     };
 
     [[nodiscard]] std::int64_t ticksAt(double seconds) const;

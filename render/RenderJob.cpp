@@ -188,7 +188,7 @@ private:
     ProgressBar progress;
     std::vector<float> left;
     std::vector<float> right;
-    std::vector<float> interleaved; ///< left and right by turns; room for a cycle beyond samplesPerWrite
+    std::vector<float> interleaved; ///< left and right; room for a cycle beyond samplesPerWrite
     std::size_t samplesCollected = 0;
 };
 

@@ -101,6 +101,17 @@ std::pair<ParameterAddress, float> parameterSetting(const std::string& setting)
     return {parameter.address, *value};
 }
 
+float tempoArgument(const std::string& text)
+{
+    const auto expected = shortestText(minTempo) + " to " + shortestText(maxTempo) + " beats a minute";
+    return static_cast<float>(numberArgument({.option = "--tempo",
+                                              .min = static_cast<double>(minTempo),
+                                              .max = static_cast<double>(maxTempo),
+                                              .wholeOnly = false,
+                                              .expected = expected.c_str()},
+                                             text));
+}
+
 SampleFormat sampleFormat(const std::string& text)
 {
     if (text == "s16")
@@ -200,8 +211,7 @@ RenderOptions renderOptions(const RenderArguments& arguments)
     for (const auto& setting : arguments.settings)
         options.settings.push_back(parameterSetting(setting));
     if (!arguments.tempo.empty())
-        options.tempo = static_cast<float>(
-            numberArgument({"--tempo", 40.0, 300.0, false, "40 to 300 beats a minute"}, arguments.tempo));
+        options.tempo = tempoArgument(arguments.tempo);
     if (!arguments.sampleRate.empty())
         options.sampleRate = sampleRateArgument("--sample-rate", arguments.sampleRate);
     if (!arguments.block.empty())

@@ -43,8 +43,8 @@ struct RenderOptions
     std::optional<std::int64_t> presetNumber;
     std::string statePath;                                    ///< empty for none
     std::vector<std::pair<ParameterAddress, float>> settings; ///< within their ranges, in the order typed
-    std::optional<float> tempo;                               ///< quarter notes a minute, 40 to 300
-    double bars = 16.0;                                       ///< counts unless seconds are given
+    std::optional<float> tempo; ///< quarter notes a minute, minTempo to maxTempo
+    double bars = 16.0;         ///< counts unless seconds are given
     std::optional<double> seconds;
     int sampleRate = 48000; ///< Hz
     int blockFrames = 32;

@@ -361,6 +361,50 @@ TEST(KernelClockDeathTest, AHostTempoThatIsNotFiniteStopsTheProgram)
     EXPECT_DEATH(following.run(1, 1), "velotrine: fatal");
 }
 
+TEST(KernelClock, ARestoredPositionGoesOnWithTheSameNotesOverANewSetup)
+{
+    constexpr int block = 512;
+    PlayingKernel interrupted;
+    PlayingKernel uninterrupted;
+    for (auto* const playing : {&interrupted, &uninterrupted}) {
+        playing->kernel.activity = 0.8f;
+        playing->run(100 * block, block);
+    }
+    auto& kernel = interrupted.kernel;
+    const auto position = kernel.position();
+    kernel.setup(block, sampleRate);
+    ASSERT_EQ(kernel.clockPhaseBuf, 0.0);
+    kernel.restore(position);
+
+    const auto& expected = uninterrupted.kernel;
+    EXPECT_NE(expected.clockPhaseBuf, 0.0);
+    EXPECT_EQ(kernel.clockPhaseBuf, expected.clockPhaseBuf.load());
+    for (std::size_t ring = 0; ring < ringCount; ++ring) {
+        SCOPED_TRACE(ring);
+        EXPECT_NE(expected.lfoOffsets[ring], 0.0);
+        EXPECT_EQ(kernel.activityPhases[ring], expected.activityPhases[ring].load());
+        EXPECT_EQ(kernel.lfoOffsets[ring], expected.lfoOffsets[ring].load());
+    }
+
+    for (auto* const playing : {&interrupted, &uninterrupted})
+        playing->run(500 * block, block);
+    EXPECT_GT(uninterrupted.notes.size(), 50U);
+    EXPECT_EQ(interrupted.notes, uninterrupted.notes);
+}
+
+TEST(KernelClock, APositionKnowsWhetherItsTransportRan)
+{
+    PlayingKernel playing;
+    playing.run(512, 512);
+    auto& kernel = playing.kernel;
+    const auto running = kernel.position();
+    kernel.reset();
+    kernel.restore(running);
+    kernel.internalPlaying = false;
+    playing.run(512, 512);
+    EXPECT_EQ(kernel.clockPhaseBuf, 0.0) << "the stop is noticed";
+}
+
 TEST(KernelClock, RestsBeforeTheStartAndAgainWhenTheLastNoteHasEnded)
 {
     PlayingKernel playing;

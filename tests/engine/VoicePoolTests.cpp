@@ -165,6 +165,24 @@ TEST(VoicePool, AStealNeverTakesAVoiceStartedLaterThanAnotherStillSounding)
     EXPECT_GT(freeVoices, 1000);
 }
 
+TEST(VoicePool, SilenceCutsOffAllNotesAndTheNextOnesAreTheFirstAgain)
+{
+    VoicePool pool(sampleRate);
+    for (int i = 0; i < 11; ++i)
+        startNote(pool);
+    pool.silence();
+    EXPECT_TRUE(pool.isSilent());
+    EXPECT_THAT(orderOf(pool), IsEmpty());
+
+    std::vector<float> buffer(100, 0.5f);
+    pool.render(buffer.data(), 100);
+    EXPECT_EQ(buffer, std::vector<float>(100, 0.5f));
+
+    startNote(pool);
+    startNote(pool);
+    EXPECT_THAT(orderOf(pool), ElementsAre(0, 1));
+}
+
 TEST(VoicePool, RenderAddsAllSoundingVoicesToTheBuffer)
 {
     VoicePool pool(sampleRate);
