@@ -70,7 +70,9 @@ bool MainWindow::keyStateChanged(bool isKeyDown)
 void MainWindow::modifierKeysChanged(const juce::ModifierKeys& modifiers)
 {
     const auto now = juce::Time::getCurrentTime();
-    const auto wasTapped = altDownSince && modifiers == juce::ModifierKeys() && isActiveWindow() &&
+    // The key comes to whatever is under the mouse. The window system knows who has the keyboard; the toolkit
+    // finds out up to two seconds later whether a window is active.
+    const auto wasTapped = altDownSince && modifiers == juce::ModifierKeys() && getPeer()->isFocused() &&
                            now - *altDownSince < longestTap;
     altDownSince.reset();
     if (modifiers == juce::ModifierKeys(juce::ModifierKeys::altModifier))

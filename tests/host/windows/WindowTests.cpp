@@ -88,6 +88,7 @@ class EditMenuTest : public testing::Test
 protected:
     EditMenuTest()
     {
+        juce::LookAndFeel::setDefaultLookAndFeel(&look);
         content.setSize(300, 200);
         content.addAndMakeVisible(field);
         field.setBounds(10, 10, 200, 30);
@@ -102,6 +103,8 @@ protected:
         EXPECT_TRUE(runMessagesUntil([this] { return field.hasKeyboardFocus(false); }, patienceSeconds));
     }
 
+    ~EditMenuTest() override { juce::LookAndFeel::setDefaultLookAndFeel(nullptr); }
+
     void perform(const juce::String& title)
     {
         for (const auto& entry : menu.menus().at(1).entries)
@@ -111,6 +114,7 @@ protected:
             }
     }
 
+    VelotrineLookAndFeel look; ///< as in the application: it lays the menus into the window
     juce::Component content;
     juce::TextEditor field;
     MainMenu menu{{}};
