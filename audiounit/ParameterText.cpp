@@ -52,18 +52,10 @@ std::string nameAt(std::span<const std::string_view> names, float value)
     return std::string(names[static_cast<std::size_t>(std::clamp(value, 0.0f, last))]);
 }
 
-std::string fixed(double value, int digits)
-{
-    std::array<char, 64> text{};
-    const auto end =
-        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, digits).ptr;
-    return {text.data(), end};
-}
-
 /// With at most so many digits behind the point, and no zeros at the end.
 std::string upTo(double value, int digits)
 {
-    auto text = fixed(value, digits);
+    auto text = fixedText(value, digits);
     text.erase(text.find_last_not_of('0') + 1);
     if (text.ends_with('.'))
         text.pop_back();
@@ -99,13 +91,13 @@ std::string parameterText(const ParameterInfo& parameter, float value)
     case ParameterKind::scale:
         return nameAt(scaleNames, bounded);
     case ParameterKind::tempo:
-        return fixed(number, 1);
+        return fixedText(number, 1);
     case ParameterKind::toggle:
         return std::string(toggleNames[bounded > 0.5f ? 1 : 0]);
     case ParameterKind::spots:
-        return fixed(std::trunc(number), 0) + (std::trunc(number) == 1.0 ? " spot" : " spots");
+        return fixedText(std::trunc(number), 0) + (std::trunc(number) == 1.0 ? " spot" : " spots");
     case ParameterKind::octave:
-        return fixed(std::trunc(number), 0);
+        return fixedText(std::trunc(number), 0);
     }
     return {};
 }
@@ -151,6 +143,14 @@ std::optional<double> numberFromText(std::string_view text)
     if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(value))
         return std::nullopt;
     return value;
+}
+
+std::string fixedText(double value, int digits)
+{
+    std::array<char, 64> text{};
+    const auto end =
+        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, digits).ptr;
+    return {text.data(), end};
 }
 
 std::string shortestText(float value)

@@ -1,8 +1,11 @@
 #include "editor/AURotaryControl.h"
 
-#include "editor/AccessibleRange.h"
+#include "audiounit/ParameterText.h"
+#include "editor/AccessibleValue.h"
 #include "editor/Colours.h"
 #include "editor/FontLoader.h"
+#include "editor/JuceText.h"
+#include "editor/KeyTurn.h"
 #include "editor/KnobsStyleKit.h"
 
 #include <algorithm>
@@ -14,12 +17,15 @@ namespace velotrine {
 namespace {
 
 constexpr float fineScale = 0.1f;
-constexpr float arrowStep = 0.01f; ///< of the range
-constexpr float pageStep = 0.1f;
+constexpr double arrowStep = 0.01; ///< of the range
+constexpr double pageStep = 0.1;
 constexpr int readoutMilliseconds = 900;
 
 // A little short of pi: the feel of the knob's drag, to the last bit, hangs on it.
 constexpr float halfTurn = 3.1415925f;
+
+// What a point to the right or up counts on the diagonal.
+constexpr double diagonalPart = 0.7071067811865476;
 
 juce::Image plainUnderlay(juce::Point<float> size, float pixelsPerPoint)
 {
@@ -41,8 +47,6 @@ juce::Image plainOverlay(juce::Point<float> size, float pixelsPerPoint)
 
 AURotaryControl::AURotaryControl()
 {
-    setWantsKeyboardFocus(true);
-    setMouseClickGrabsKeyboardFocus(false);
     setRepaintsOnMouseActivity(false);
 }
 
@@ -81,8 +85,8 @@ void AURotaryControl::handleDrag(DragState state, juce::Point<float> translation
             onDragBegan();
         break;
     case DragState::changed: {
-        const auto alongDiagonal = (static_cast<double>(translation.x) - static_cast<double>(translation.y)) *
-                                   (1.0 / std::numbers::sqrt2);
+        const auto alongDiagonal =
+            (static_cast<double>(translation.x) - static_cast<double>(translation.y)) * diagonalPart;
         const auto radians = alongDiagonal / (getWidth() * speedFraction);
         const auto degrees = static_cast<float>(radians) * 180.0f / halfTurn;
         showReadout();
@@ -110,13 +114,48 @@ void AURotaryControl::setByUser(float newValue)
     showReadout();
 }
 
-void AURotaryControl::moveBy(float fractionOfRange)
+void AURotaryControl::moveBy(double fractionOfRange)
 {
-    setByUser(_value + fractionOfRange * (upperBound - lowerBound));
+    setByUser(_value + static_cast<float>(fractionOfRange) * (upperBound - lowerBound));
+}
+
+void AURotaryControl::beginEntry(const juce::String& firstCharacter)
+{
+    entry = std::make_unique<ValueField>();
+    entry->setTitle(label);
+    entry->setJustification(juce::Justification::centred);
+    entry->setIndents(0, 0);
+    entry->onEntryEnded = [this](const juce::String& text) {
+        if (const auto typed = valueFromText(text))
+            setByUser(*typed);
+    };
+    entry->onLeft = [this] { entry->setVisible(false); };
+    addAndMakeVisible(*entry);
+    resized();
+    entry->beginEntry(firstCharacter, *this);
+}
+
+juce::Rectangle<float> AURotaryControl::foot() const
+{
+    return getLocalBounds().toFloat().removeFromBottom(static_cast<float>(getWidth()) * 0.17f);
+}
+
+float AURotaryControl::readoutPoints() const
+{
+    return std::max(11.0f, static_cast<float>(getWidth()) * 0.16f);
 }
 
 void AURotaryControl::resized()
 {
+    if (entry) {
+        const auto height = readoutPoints() * 1.5f;
+        const auto width = static_cast<float>(getWidth()) * 0.7f;
+        entry->setFontSize(readoutPoints());
+        entry->setBounds(
+            juce::Rectangle<float>(width, height)
+                .withCentre({foot().getCentreX(), static_cast<float>(getHeight()) - height / 2.0f})
+                .toNearestInt());
+    }
     imagesPixelsPerPoint = 0.0f;
 }
 
@@ -161,14 +200,10 @@ void AURotaryControl::drawFace(juce::Graphics& graphics) const
         drawReadout(graphics);
     else
         graphics.drawImageTransformed(underlayImage, toPoints);
-    if (hasKeyboardFocus(false)) {
-        graphics.setColour(grey(1.0f, 0.14f));
-        graphics.fillEllipse(bounds.reduced(bounds.getWidth() * 0.25f));
-    }
+    const auto radians = static_cast<double>(overlayAngleDegrees()) * std::numbers::pi / 180.0;
     graphics.setOpacity(1.0f);
-    graphics.drawImageTransformed(overlayImage,
-                                  toPoints.rotated(juce::degreesToRadians(overlayAngleDegrees()),
-                                                   bounds.getCentreX(), bounds.getCentreY()));
+    graphics.drawImageTransformed(overlayImage, toPoints.rotated(static_cast<float>(radians),
+                                                                 bounds.getCentreX(), bounds.getCentreY()));
 }
 
 void AURotaryControl::faceChanged()
@@ -179,17 +214,28 @@ void AURotaryControl::faceChanged()
 
 void AURotaryControl::drawReadout(juce::Graphics& graphics) const
 {
-    const auto size = static_cast<float>(getWidth());
     graphics.setColour(colours::text);
-    graphics.setFont(displayFont(std::max(11.0f, size * 0.16f)));
-    const auto foot = getLocalBounds().toFloat().removeFromBottom(size * 0.17f);
-    graphics.drawText(valueText(), foot, juce::Justification::centred, false);
+    graphics.setFont(displayFont(readoutPoints()));
+    graphics.drawText(valueText(), foot(), juce::Justification::centred, false);
+}
+
+/// An arc that is open where the name is written.
+void AURotaryControl::drawMark(juce::Graphics& graphics) const
+{
+    constexpr float lineWidth = 2.0f;
+    constexpr float halfArcRadians = 2.0f;
+    const auto bounds = getLocalBounds().toFloat().reduced(lineWidth / 2.0f);
+    juce::Path arc;
+    arc.addCentredArc(bounds.getCentreX(), bounds.getCentreY(), bounds.getWidth() / 2.0f,
+                      bounds.getHeight() / 2.0f, 0.0f, -halfArcRadians, halfArcRadians, true);
+    graphics.setColour(colours::focus);
+    graphics.strokePath(
+        arc, juce::PathStrokeType(lineWidth, juce::PathStrokeType::curved, juce::PathStrokeType::rounded));
 }
 
 juce::String AURotaryControl::valueText() const
 {
-    return textFromValue ? textFromValue(_value)
-                         : juce::String::formatted("%.2f", static_cast<double>(_value));
+    return textFromValue ? textFromValue(_value) : juceText(fixedText(static_cast<double>(_value), 2));
 }
 
 void AURotaryControl::showReadout()
@@ -212,6 +258,8 @@ void AURotaryControl::timerCallback()
 
 void AURotaryControl::mouseDown(const juce::MouseEvent& event)
 {
+    if (!isPrimaryButton(event))
+        return;
     mouseState = MouseState::pressed;
     dragBefore = {};
     dragSegmentStart = {};
@@ -253,9 +301,10 @@ bool AURotaryControl::cancelDrag()
     return true;
 }
 
-void AURotaryControl::mouseDoubleClick(const juce::MouseEvent&)
+void AURotaryControl::mouseDoubleClick(const juce::MouseEvent& event)
 {
-    handleDoubleClick();
+    if (isPrimaryButton(event))
+        handleDoubleClick();
 }
 
 void AURotaryControl::mouseWheelMove(const juce::MouseEvent& event, const juce::MouseWheelDetails& wheel)
@@ -266,52 +315,34 @@ void AURotaryControl::mouseWheelMove(const juce::MouseEvent& event, const juce::
     if (delta == 0.0f || mouseState == MouseState::dragging)
         return;
     const auto notches = wheel.isSmooth ? delta / notch : std::copysign(1.0f, delta);
-    moveBy(notches * arrowStep * (event.mods.isShiftDown() ? fineScale : 1.0f) *
-           (wheel.isReversed ? -1.0f : 1.0f));
+    moveBy(static_cast<double>(notches * (event.mods.isShiftDown() ? fineScale : 1.0f) *
+                               (wheel.isReversed ? -1.0f : 1.0f)) *
+           arrowStep);
 }
 
 bool AURotaryControl::keyPressed(const juce::KeyPress& key)
 {
-    if (key.getModifiers().isCtrlDown() || key.getModifiers().isAltDown() ||
-        key.getModifiers().isCommandDown())
-        return false;
-    const auto step = arrowStep * (key.getModifiers().isShiftDown() ? fineScale : 1.0f);
-    const auto code = key.getKeyCode();
-    if (code == juce::KeyPress::escapeKey)
+    if (key.isKeyCode(juce::KeyPress::escapeKey))
         return cancelDrag();
-    if (code == juce::KeyPress::upKey || code == juce::KeyPress::rightKey) {
-        moveBy(step);
-    } else if (code == juce::KeyPress::downKey || code == juce::KeyPress::leftKey) {
-        moveBy(-step);
-    } else if (code == juce::KeyPress::pageUpKey) {
-        moveBy(pageStep);
-    } else if (code == juce::KeyPress::pageDownKey) {
-        moveBy(-pageStep);
-    } else if (code == juce::KeyPress::homeKey) {
-        setByUser(lowerBound);
-    } else if (code == juce::KeyPress::endKey) {
-        setByUser(upperBound);
-    } else {
-        return false;
+    if (const auto turn = valueTurnOf(key)) {
+        const auto range = static_cast<double>(upperBound - lowerBound);
+        const auto step = arrowStep * (turn->isFine ? static_cast<double>(fineScale) : 1.0);
+        setByUser(static_cast<float>(turned(
+            static_cast<double>(_value), {static_cast<double>(lowerBound), static_cast<double>(upperBound)},
+            {step * range, pageStep * range}, *turn)));
+        return true;
     }
+    if (!valueFromText || !ValueField::isFirstKeyOfNumber(key))
+        return false;
+    beginEntry(juce::String::charToString(key.getTextCharacter()));
     return true;
-}
-
-void AURotaryControl::focusGained(FocusChangeType)
-{
-    faceChanged();
-}
-
-void AURotaryControl::focusLost(FocusChangeType)
-{
-    faceChanged();
 }
 
 std::unique_ptr<juce::AccessibilityHandler> AURotaryControl::createAccessibilityHandler()
 {
     setTitle(label);
     return makeSliderHandler(
-        *this, {{lowerBound, upperBound}, static_cast<double>(arrowStep * (upperBound - lowerBound))},
+        *this, {{lowerBound, upperBound}, arrowStep * static_cast<double>(upperBound - lowerBound)},
         {[this] { return static_cast<double>(_value); },
          [this](double newValue) { setByUser(static_cast<float>(newValue)); },
          [this] { return valueText(); }});

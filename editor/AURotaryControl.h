@@ -1,8 +1,8 @@
 #pragma once
 
+#include "editor/Control.h"
 #include "editor/PixelGrid.h"
-
-#include <juce_gui_basics/juce_gui_basics.h>
+#include "editor/ValueField.h"
 
 #include <functional>
 #include <optional>
@@ -20,8 +20,9 @@ enum class DragState
 
 /// A knob: a fixed picture and one that turns with the value. Dragged anywhere, up or right for more; a
 /// double click resets it. Shift makes drags, wheel and arrow keys ten times finer; Page Up and Down move by
-/// a tenth of the range, Home and End go to its ends, Escape takes a drag back. Main thread.
-class AURotaryControl final : public juce::Component, private juce::Timer
+/// a tenth of the range, Home and End go to its ends, Escape takes a drag back. A digit begins to type a
+/// value, where its name is written. Main thread.
+class AURotaryControl final : public Control<juce::Component>, private juce::Timer
 {
 public:
     /// Makes a picture for a size in points and the screen's density in pixels per point.
@@ -57,6 +58,10 @@ public:
     /// How a value reads, for the readout and the screen reader; "%.2f" where there is none.
     std::function<juce::String(float)> textFromValue;
 
+    /// Reads what somebody typed; none for what is no value, which then changes nothing. Without it, nothing
+    /// can be typed.
+    std::function<std::optional<float>(const juce::String&)> valueFromText;
+
     [[nodiscard]] float value() const noexcept { return _value; }
 
     /// Bounds the value to the range and tells onValueChanged if that makes a difference.
@@ -72,6 +77,9 @@ public:
 
     [[nodiscard]] bool isShowingReadout() const noexcept { return readoutVisible; }
 
+    /// Where a value is being typed; none until somebody has.
+    [[nodiscard]] ValueField* entryField() noexcept { return entry.get(); }
+
     void paint(juce::Graphics& graphics) override;
     void resized() override;
     void mouseDown(const juce::MouseEvent& event) override;
@@ -80,19 +88,21 @@ public:
     void mouseDoubleClick(const juce::MouseEvent& event) override;
     void mouseWheelMove(const juce::MouseEvent& event, const juce::MouseWheelDetails& wheel) override;
     bool keyPressed(const juce::KeyPress& key) override;
-    void focusGained(FocusChangeType cause) override;
-    void focusLost(FocusChangeType cause) override;
     std::unique_ptr<juce::AccessibilityHandler> createAccessibilityHandler() override;
 
 private:
     [[nodiscard]] float angleOf(float value) const;
     [[nodiscard]] float valueAt(float angle) const;
     [[nodiscard]] juce::String valueText() const;
-    void moveBy(float fractionOfRange);
+    void moveBy(double fractionOfRange);
+    void beginEntry(const juce::String& firstCharacter);
     void setByUser(float newValue);
     void makeImages(float pixelsPerPoint);
     void drawFace(juce::Graphics& graphics) const;
     void drawReadout(juce::Graphics& graphics) const;
+    void drawMark(juce::Graphics& graphics) const override;
+    [[nodiscard]] juce::Rectangle<float> foot() const;
+    [[nodiscard]] float readoutPoints() const;
     void faceChanged();
     void showReadout();
     bool cancelDrag();
@@ -122,6 +132,7 @@ private:
     juce::Point<float> dragSegmentStart; ///< and the mouse's way until then
     float dragScale = 1.0f;
     bool readoutVisible = false;
+    std::unique_ptr<ValueField> entry;
 };
 
 } // namespace velotrine

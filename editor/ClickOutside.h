@@ -1,14 +1,14 @@
 #pragma once
 
-#include <juce_gui_basics/juce_gui_basics.h>
+#include "editor/Control.h"
 
 #include <functional>
 #include <utility>
 
 namespace velotrine {
 
-/// Hears of clicks outside a panel that floats in a view, while enabled; a drag is no click. Add it to the
-/// view as a listener for all that lies in it. Main thread.
+/// Hears of clicks outside a panel that floats in a view, while enabled. A drag is no click; a slow click is
+/// one. Add it to the view as a listener for all that lies in it. Main thread.
 class ClickOutside final : public juce::MouseListener
 {
 public:
@@ -24,9 +24,17 @@ public:
 
     void disable() { panel = nullptr; }
 
+    void mouseDown(const juce::MouseEvent&) override { isDrag = false; }
+
+    void mouseDrag(const juce::MouseEvent& event) override
+    {
+        constexpr int furthestInClick = 4; // points, as far as a hand shakes
+        isDrag = isDrag || event.getDistanceFromDragStart() > furthestInClick;
+    }
+
     void mouseUp(const juce::MouseEvent& event) override
     {
-        if (std::exchange(ignoresClick, false) || panel == nullptr || !event.mouseWasClicked())
+        if (std::exchange(ignoresClick, false) || panel == nullptr || isDrag || !isPrimaryButton(event))
             return;
         const auto* view = panel->getParentComponent();
         const auto position = view->getLocalPoint(event.eventComponent, event.getPosition());
@@ -37,6 +45,7 @@ public:
 private:
     const juce::Component* panel = nullptr;
     bool ignoresClick = false;
+    bool isDrag = false;
 };
 
 } // namespace velotrine

@@ -20,8 +20,9 @@ inline const juce::Colour text = grey(1.0f);
 inline const juce::Colour control = grey(1.0f, 0.13f); ///< buttons, over any background
 inline const juce::Colour controlHover = grey(1.0f, 0.18f);
 inline const juce::Colour controlDown = grey(1.0f, 0.26f);
-inline const juce::Colour focus = grey(1.0f, 0.6f); ///< a line round what the keyboard works on
-inline const juce::Colour track = grey(1.0f, 0.3f); ///< of sliders and scroll bars
+inline const juce::Colour focus = grey(1.0f, 0.85f);     ///< a line round what the keyboard works on
+inline const juce::Colour focusBand = grey(1.0f, 0.25f); ///< the same where a line would be taken for a ring
+inline const juce::Colour track = grey(1.0f, 0.3f);      ///< of sliders and scroll bars
 
 } // namespace colours
 

@@ -1,6 +1,8 @@
 #include "editor/ConcentricCirclesViewMac.h"
 
+#include "editor/AccessibleValue.h"
 #include "editor/Colours.h"
+#include "editor/KeyTurn.h"
 #include "engine/FatalError.h"
 #include "engine/HostClock.h"
 
@@ -13,7 +15,7 @@ namespace velotrine {
 
 namespace {
 
-constexpr double ticksPerSecond = 60.0;
+constexpr double secondsPerTick = 1.0 / 60.0;
 constexpr double flashSeconds = 0.35;
 constexpr double minSpotRadius = 4.0;  ///< points
 constexpr double innermostRing = 0.35; ///< of the outermost ring's radius
@@ -175,19 +177,23 @@ void ConcentricCirclesViewMac::redraw()
     repaint();
 }
 
-void ConcentricCirclesViewMac::refreshTick()
+double ConcentricCirclesViewMac::livePhase() const
 {
-    const auto livePhase = clockPhase != nullptr ? clockPhase->load() : 0.0;
-    if (livePhase != 0.0)
-        showLivePhases(livePhase);
-    else
-        easeHome();
-    lastClockPhase = livePhase;
+    return clockPhase != nullptr ? clockPhase->load() : 0.0;
 }
 
-void ConcentricCirclesViewMac::showLivePhases(double livePhase)
+void ConcentricCirclesViewMac::refreshTick()
 {
-    displayedClockPhase = livePhase;
+    lastClockPhase = livePhase();
+    if (lastClockPhase != 0.0)
+        showLivePhases();
+    else
+        easeHome();
+}
+
+void ConcentricCirclesViewMac::showLivePhases()
+{
+    displayedClockPhase = lastClockPhase;
     for (std::size_t ring = 0; ring < displayedActivityPhases.size(); ++ring) {
         displayedActivityPhases[ring] = activityPhases != nullptr ? activityPhases[ring].load() : 0.0;
         displayedLfoOffsets[ring] = lfoOffsets != nullptr ? lfoOffsets[ring].load() : 0.0;
@@ -226,6 +232,8 @@ bool ConcentricCirclesViewMac::anySpotFlashes() const
 
 void ConcentricCirclesViewMac::mouseDown(const juce::MouseEvent& event)
 {
+    if (!isPrimaryButton(event))
+        return;
     if (selectedRing) {
         selectedRing.reset();
         redraw();
@@ -236,9 +244,58 @@ void ConcentricCirclesViewMac::mouseDown(const juce::MouseEvent& event)
     selectedRing = ringAt(event.position.toDouble());
     if (!selectedRing)
         return;
+    keyboardRing = *selectedRing;
     redraw();
     if (onRingSelected)
         onRingSelected(*selectedRing);
+}
+
+bool ConcentricCirclesViewMac::keyPressed(const juce::KeyPress& key)
+{
+    if (key.isKeyCode(juce::KeyPress::returnKey)) {
+        keyIsUsed();
+        if (onRingOpenedByKey)
+            onRingOpenedByKey(keyboardRing);
+        return true;
+    }
+    // A ring further out is the larger number.
+    const auto turn = valueTurnOf(key);
+    if (turn) {
+        keyboardRing = turnedIndex(keyboardRing, static_cast<int>(spotsPerRing.size()), *turn);
+        keyIsUsed();
+        if (auto* handler = getAccessibilityHandler())
+            handler->notifyAccessibilityEvent(juce::AccessibilityEvent::valueChanged);
+    }
+    return turn.has_value();
+}
+
+/// A band along the ring, wide enough for its spots.
+void ConcentricCirclesViewMac::drawMark(juce::Graphics& graphics) const
+{
+    const auto ring = static_cast<std::size_t>(keyboardRing);
+    if (ring >= geometry.radii.size())
+        return;
+    constexpr double airPoints = 6.0;
+    graphics.setColour(colours::focusBand);
+    graphics.drawEllipse(circleAbout(geometry.centre, geometry.radii[ring]),
+                         static_cast<float>(2.0 * geometry.spotRadius + airPoints));
+}
+
+juce::String ConcentricCirclesViewMac::valueText() const
+{
+    const auto spots = spotsPerRing[static_cast<std::size_t>(keyboardRing)];
+    return "Ring " + juce::String(keyboardRing + 1) + ", " + juce::String(spots) +
+           (spots == 1 ? " spot" : " spots");
+}
+
+std::unique_ptr<juce::AccessibilityHandler> ConcentricCirclesViewMac::createAccessibilityHandler()
+{
+    return makeButtonHandler(
+        *this, [this] { return valueText(); },
+        [this] {
+            if (onRingOpenedByKey)
+                onRingOpenedByKey(keyboardRing);
+        });
 }
 
 std::optional<int> ConcentricCirclesViewMac::ringAt(juce::Point<double> point) const
@@ -257,16 +314,19 @@ std::optional<int> ConcentricCirclesViewMac::ringAt(juce::Point<double> point) c
     return static_cast<int>(std::distance(radii.begin(), nearest));
 }
 
-// With the screen, so that every step is seen for equally long; on a screen of another rate at every second
-// refresh, or at whichever comes nearest.
-void ConcentricCirclesViewMac::screenRefreshed()
+void ConcentricCirclesViewMac::screenRefreshed(double nowSeconds)
 {
-    constexpr double shortestStepSeconds = 0.8 / ticksPerSecond;
-    const auto now = juce::Time::getMillisecondCounterHiRes() * 1.0e-3;
-    if (now - lastTickSeconds < shortestStepSeconds)
+    // A screen that did not show for a while has nothing to catch up on.
+    constexpr double longestAbsence = 0.25;
+    if (livePhase() != 0.0 || nowSeconds - nextTickSeconds > longestAbsence) {
+        refreshTick();
+        nextTickSeconds = nowSeconds + secondsPerTick;
         return;
-    lastTickSeconds = now;
-    refreshTick();
+    }
+    // The clock's own rounding must not make a step come one refresh late.
+    constexpr double tolerance = 0.1 * secondsPerTick;
+    for (; nextTickSeconds <= nowSeconds + tolerance; nextTickSeconds += secondsPerTick)
+        refreshTick();
 }
 
 } // namespace velotrine

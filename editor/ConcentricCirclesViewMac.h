@@ -1,11 +1,10 @@
 #pragma once
 
 #include "editor/CirclePainter.h"
+#include "editor/Control.h"
 #include "editor/PixelGrid.h"
 #include "engine/RingCount.h"
 #include "engine/Shared.h"
-
-#include <juce_gui_basics/juce_gui_basics.h>
 
 #include <array>
 #include <cstdint>
@@ -16,8 +15,9 @@
 namespace velotrine {
 
 /// The rings, their spots and the hand, as the kernel publishes them. A click on a ring selects it, the next
-/// click anywhere lets it go. Main thread; what the pointers lead to is written by the render thread.
-class ConcentricCirclesViewMac final : public juce::Component
+/// click anywhere lets it go. Arrow keys go from ring to ring, Return opens the one that is marked. Main
+/// thread; what the pointers lead to is written by the render thread.
+class ConcentricCirclesViewMac final : public Control<juce::Component>
 {
 public:
     ConcentricCirclesViewMac();
@@ -45,6 +45,9 @@ public:
 
     std::optional<int> selectedRing;
 
+    /// Where the keyboard is among the rings.
+    int keyboardRing = 0;
+
     /// What lies behind the view, if that is one opaque colour: drawing is cheaper when it is known. Without
     /// it the view is transparent.
     std::optional<juce::Colour> backdrop;
@@ -59,6 +62,9 @@ public:
     /// A click has let the selected ring go.
     std::function<void()> onRingDeselected;
 
+    /// A key asks for a ring, whichever is selected.
+    std::function<void(int ring)> onRingOpenedByKey;
+
     /// Points, in this view, of what was drawn last.
     [[nodiscard]] juce::Point<double> cachedCenter() const noexcept { return geometry.centre; }
 
@@ -67,14 +73,21 @@ public:
 
     [[nodiscard]] double cachedStrokeWidth() const noexcept { return geometry.strokeWidth; }
 
-    /// One step of the animation. The screen's refreshes make about 60 a second while the view is on one.
+    /// One step of the animation, of which a second has 60.
     void refreshTick();
+
+    /// The screen shows a new picture. While the clock runs, each shows the rings as they are then; after it
+    /// has stopped, they go home by as many steps as sixtieths of a second have passed.
+    /// @param nowSeconds  of any clock that only goes forward
+    void screenRefreshed(double nowSeconds);
 
     /// Asks for the rings to be drawn anew, and nothing but them.
     void redraw();
 
     void paint(juce::Graphics& graphics) override;
     void mouseDown(const juce::MouseEvent& event) override;
+    bool keyPressed(const juce::KeyPress& key) override;
+    std::unique_ptr<juce::AccessibilityHandler> createAccessibilityHandler() override;
 
     /// Where everything lies for a view of this size.
     struct Geometry
@@ -97,14 +110,17 @@ private:
     [[nodiscard]] float flashAlpha(std::uint64_t fireTime, std::uint64_t now) const;
     [[nodiscard]] bool anySpotFlashes() const;
     [[nodiscard]] std::optional<int> ringAt(juce::Point<double> point) const;
-    void showLivePhases(double livePhase);
+    void drawMark(juce::Graphics& graphics) const override;
+    [[nodiscard]] juce::String valueText() const;
+    [[nodiscard]] double livePhase() const;
+    void showLivePhases();
     void easeHome();
-    void screenRefreshed();
 
     Geometry geometry;
-    juce::Image ringsImage; ///< at the screen's own density
-    double lastTickSeconds = 0.0;
-    juce::VBlankAttachment screen{this, [this] { screenRefreshed(); }};
+    juce::Image ringsImage;       ///< at the screen's own density
+    double nextTickSeconds = 0.0; ///< on the way home
+    juce::VBlankAttachment screen{
+        this, [this] { screenRefreshed(juce::Time::getMillisecondCounterHiRes() * 1.0e-3); }};
 };
 
 } // namespace velotrine

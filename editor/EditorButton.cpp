@@ -1,14 +1,14 @@
 #include "editor/EditorButton.h"
 
+#include "editor/AccessibleValue.h"
 #include "editor/Colours.h"
 #include "editor/FontLoader.h"
 
 namespace velotrine {
 
-EditorButton::EditorButton(const juce::String& name, Face face) : Button(name), _face(face)
+EditorButton::EditorButton(const juce::String& name, Face face) : ControlButton(name), _face(face)
 {
     setTitle(name);
-    setMouseClickGrabsKeyboardFocus(false);
     if (face == Face::check)
         setClickingTogglesState(true);
 }
@@ -19,12 +19,6 @@ void EditorButton::setFontSize(float points)
     repaint();
 }
 
-void EditorButton::focusGained(FocusChangeType cause)
-{
-    wasReachedByKeyboard = cause == focusChangedByTabKey;
-    Button::focusGained(cause);
-}
-
 void EditorButton::paintButton(juce::Graphics& graphics, bool isHighlighted, bool isDown)
 {
     const auto bounds = getLocalBounds().toFloat();
@@ -32,10 +26,6 @@ void EditorButton::paintButton(juce::Graphics& graphics, bool isHighlighted, boo
                        : isHighlighted ? colours::controlHover
                                        : colours::control);
     graphics.fillRoundedRectangle(bounds, controlCornerRadius);
-    if (hasKeyboardFocus(false) && wasReachedByKeyboard) {
-        graphics.setColour(colours::focus);
-        graphics.drawRoundedRectangle(bounds.reduced(0.5f), controlCornerRadius, 1.0f);
-    }
     graphics.setColour(colours::text);
     if (_face == Face::text) {
         graphics.setFont(displayFont(fontSize));
@@ -64,6 +54,21 @@ juce::Path EditorButton::sign() const
         path.addTriangle(at(0.35f, 0.26f), at(0.77f, 0.5f), at(0.35f, 0.74f));
     }
     return path;
+}
+
+juce::String EditorButton::valueText() const
+{
+    if (_face == Face::text)
+        return getButtonText();
+    if (_face == Face::check)
+        return getToggleState() ? "On" : "Off";
+    return getToggleState() ? "Playing" : "Stopped";
+}
+
+std::unique_ptr<juce::AccessibilityHandler> EditorButton::createAccessibilityHandler()
+{
+    return makeButtonHandler(
+        *this, [this] { return valueText(); }, [this] { triggerClick(); });
 }
 
 } // namespace velotrine

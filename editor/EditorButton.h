@@ -1,11 +1,11 @@
 #pragma once
 
-#include <juce_gui_basics/juce_gui_basics.h>
+#include "editor/Control.h"
 
 namespace velotrine {
 
 /// The editor's button: a rounded square with a sign or a text. Main thread.
-class EditorButton final : public juce::Button
+class EditorButton : public ControlButton<juce::Button>
 {
 public:
     enum class Face
@@ -21,15 +21,15 @@ public:
     /// @param points  size of the text's em
     void setFontSize(float points);
 
-    void focusGained(FocusChangeType cause) override;
     void paintButton(juce::Graphics& graphics, bool isHighlighted, bool isDown) override;
+    std::unique_ptr<juce::AccessibilityHandler> createAccessibilityHandler() override;
 
 private:
     [[nodiscard]] juce::Path sign() const;
+    [[nodiscard]] juce::String valueText() const;
 
     Face _face;
     float fontSize = 12.0f;
-    bool wasReachedByKeyboard = false; ///< shows the focus only to those who use it
 };
 
 } // namespace velotrine

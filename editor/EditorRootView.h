@@ -7,13 +7,12 @@
 namespace velotrine {
 
 /// The editor's whole window content. Hears of every key that nothing in the window uses, whatever has the
-/// keyboard's focus there. Main thread.
-class EditorRootView final : public FlippedView, private juce::KeyListener
+/// keyboard's focus there, and lets Tab go on where it left off when the focus is nowhere. Main thread.
+class EditorRootView final : public FlippedView, private juce::KeyListener, private juce::FocusChangeListener
 {
 public:
-    EditorRootView() = default;
-
-    ~EditorRootView() override { listenTo(nullptr); }
+    EditorRootView();
+    ~EditorRootView() override;
 
     EditorRootView(const EditorRootView&) = delete;
     EditorRootView& operator=(const EditorRootView&) = delete;
@@ -26,21 +25,13 @@ public:
 private:
     using FlippedView::keyPressed;
 
-    bool keyPressed(const juce::KeyPress& key, juce::Component*) override
-    {
-        return onUnusedKey && onUnusedKey(key);
-    }
-
-    void listenTo(juce::Component* newWindow)
-    {
-        if (window != nullptr)
-            window->removeKeyListener(this);
-        window = newWindow;
-        if (window != nullptr)
-            window->addKeyListener(this);
-    }
+    bool keyPressed(const juce::KeyPress& key, juce::Component* origin) override;
+    void globalFocusChanged(juce::Component* focused) override;
+    bool goOnFromNowhere(bool forward);
+    void listenTo(juce::Component* newWindow);
 
     juce::Component::SafePointer<juce::Component> window;
+    juce::Component::SafePointer<juce::Component> lastFocused; ///< in the window
 };
 
 } // namespace velotrine

@@ -8,6 +8,9 @@ namespace velotrine {
 class FlippedView : public juce::Component
 {
 public:
+    /// A click on the bare background leaves the keyboard where it is.
+    FlippedView() { setMouseClickGrabsKeyboardFocus(false); }
+
     /// @param cornerRadiusPoints  0 for a rectangle, which then hides all that lies behind it
     void setBackground(juce::Colour colour, float cornerRadiusPoints = 0.0f);
 

@@ -30,6 +30,7 @@ Registration& registration()
     return only;
 }
 
+/// Part of the program: a plug-in has no folder of its own that could be relied on.
 std::span<const std::byte> embeddedFont()
 {
     int size = 0;

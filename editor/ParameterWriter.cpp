@@ -19,34 +19,33 @@ void ParameterWriter::write(AUParameterAddress address, float value)
     const auto isHeld = held == address;
     if (!isHeld)
         hold(address);
-    send(address, value, AUParameterAutomationEventType::value);
+    correct(address, value);
     if (!isHeld)
         letGo(address);
 }
 
 void ParameterWriter::correct(AUParameterAddress address, float value)
 {
-    send(address, value, AUParameterAutomationEventType::value);
+    if (const auto parameter = parameterAt(address))
+        parameter->setValue(value);
 }
 
 void ParameterWriter::hold(AUParameterAddress address)
 {
     held = address;
-    send(address, std::nullopt, AUParameterAutomationEventType::touch);
+    announce(address, AUParameterAutomationEventType::touch);
 }
 
 void ParameterWriter::letGo(AUParameterAddress address)
 {
     held.reset();
-    send(address, std::nullopt, AUParameterAutomationEventType::release);
+    announce(address, AUParameterAutomationEventType::release);
 }
 
-/// Without a value, the event carries the present one.
-void ParameterWriter::send(AUParameterAddress address, std::optional<float> value,
-                           AUParameterAutomationEventType type)
+void ParameterWriter::announce(AUParameterAddress address, AUParameterAutomationEventType type)
 {
     if (const auto parameter = parameterAt(address))
-        parameter->setValue(value.value_or(parameter->value()), 0, 0, type);
+        parameter->announce(type);
 }
 
 } // namespace velotrine

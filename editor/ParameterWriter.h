@@ -27,13 +27,13 @@ public:
     /// Writes a value that is no edit of the user's.
     void correct(AUParameterAddress address, float value);
 
-    /// A control has been taken hold of, and is let go again; one at a time.
+    /// A gesture begins on a control, and ends; one at a time. Neither writes anything.
     void hold(AUParameterAddress address);
     void letGo(AUParameterAddress address);
 
 private:
     [[nodiscard]] std::shared_ptr<AUParameter> parameterAt(AUParameterAddress address) const;
-    void send(AUParameterAddress address, std::optional<float> value, AUParameterAutomationEventType type);
+    void announce(AUParameterAddress address, AUParameterAutomationEventType type);
 
     TreeProvider treeNow;
     std::optional<AUParameterAddress> held;

@@ -3,6 +3,7 @@
 #include "audiounit/ParameterText.h"
 #include "editor/Colours.h"
 #include "editor/FontLoader.h"
+#include "editor/JuceText.h"
 
 #include <algorithm>
 #include <cmath>
@@ -44,7 +45,7 @@ constexpr std::array<RowInfo, RingEditorViewMac::kindCount> rowInfos{{
     {"TONE", 1, EntryRule::bounded},
 }};
 
-/// A text that is no number counts as 0.
+/// A text that is no number counts as 0; blanks around one do not matter.
 float numberFrom(const juce::String& text, const RowInfo& row)
 {
     const auto trimmed = text.trim().toStdString();
@@ -60,13 +61,14 @@ float applied(float number, const RowInfo& row)
         const auto fraction = number - std::floor(number);
         return fraction < 1.0f ? fraction : 0.0f;
     }
-    return std::clamp(number, 0.0f, static_cast<float>(row.maxValue));
+    // Adding zero makes -0 a plain 0.
+    return std::clamp(number, 0.0f, static_cast<float>(row.maxValue)) + 0.0f;
 }
 
 juce::String fieldText(float value, const RowInfo& row)
 {
     return row.isWhole() ? juce::String(static_cast<int>(value))
-                         : juce::String::formatted("%.2f", static_cast<double>(value));
+                         : juceText(fixedText(static_cast<double>(value), 2));
 }
 
 void dressLabel(juce::Label& label)
@@ -101,14 +103,18 @@ void RingEditorViewMac::makeRow(Kind kind)
 
     row.field = std::make_unique<ValueField>();
     row.field->setTitle(info.label);
+    row.field->setExplicitFocusOrder(2 * kind + 2);
     row.field->onEntryEnded = [this, kind](const juce::String& text) { textEntryEnded(kind, text); };
 
-    row.slider = std::make_unique<juce::Slider>(juce::Slider::LinearHorizontal, juce::Slider::NoTextBox);
+    row.slider = std::make_unique<RingSlider>();
     row.slider->setTitle(info.label);
+    row.slider->setExplicitFocusOrder(2 * kind + 1);
     row.slider->setRange(0.0, info.maxValue, info.isWhole() ? 1.0 : 0.0);
-    row.slider->setWantsKeyboardFocus(true);
-    row.slider->setMouseClickGrabsKeyboardFocus(false);
+    row.slider->textFromValueFunction = [&info](double value) {
+        return fieldText(static_cast<float>(value), info);
+    };
     row.slider->onValueChange = [this, kind] { sliderChanged(kind); };
+    row.slider->onEntryBegan = [&row](const juce::String& text) { row.field->beginEntry(text, *row.slider); };
     row.slider->onDragStart = [this, kind] {
         if (onEditBegan)
             onEditBegan(kind, ringIndex);
@@ -189,14 +195,14 @@ void RingEditorViewMac::resized()
     }
 }
 
-float RingEditorViewMac::titleHeight() const
+juce::Rectangle<float> RingEditorViewMac::titleArea() const
 {
-    return static_cast<float>(getHeight()) * titleAreaOfPanel;
+    return getLocalBounds().toFloat().withHeight(static_cast<float>(getHeight()) * titleAreaOfPanel);
 }
 
 void RingEditorViewMac::mouseDown(const juce::MouseEvent& event)
 {
-    if (event.position.y >= titleHeight())
+    if (!isPrimaryButton(event) || event.position.y >= titleArea().getBottom())
         return;
     isDragging = true;
     dragStartOrigin = getPosition();

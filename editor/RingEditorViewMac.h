@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editor/FlippedView.h"
+#include "editor/RingSlider.h"
 #include "editor/ValueField.h"
 
 #include <array>
@@ -53,7 +54,13 @@ public:
     /// Shows a ring and its settings without reporting anything.
     void fill(int ring, const RingSettings& settings);
 
-    [[nodiscard]] juce::Slider& slider(Kind kind) { return *rows[kind].slider; }
+    /// Gives the keyboard to the first row's field.
+    void focusFirstField() { rows[steps].field->grabKeyboardFocus(); }
+
+    /// Of the panel, what drags it.
+    [[nodiscard]] juce::Rectangle<float> titleArea() const;
+
+    [[nodiscard]] RingSlider& slider(Kind kind) { return *rows[kind].slider; }
 
     [[nodiscard]] ValueField& field(Kind kind) { return *rows[kind].field; }
 
@@ -70,7 +77,7 @@ private:
     struct Row
     {
         std::unique_ptr<juce::Label> label;
-        std::unique_ptr<juce::Slider> slider;
+        std::unique_ptr<RingSlider> slider;
         std::unique_ptr<ValueField> field;
     };
 
@@ -78,7 +85,6 @@ private:
     void show(Kind kind, float value);
     void sliderChanged(Kind kind);
     void textEntryEnded(Kind kind, const juce::String& text);
-    [[nodiscard]] float titleHeight() const;
 
     juce::Label titleLabel;
     std::array<Row, kindCount> rows;

@@ -1,6 +1,6 @@
 #include "editor/Stepper.h"
 
-#include "editor/AccessibleRange.h"
+#include "editor/AccessibleValue.h"
 #include "editor/Colours.h"
 
 #include <algorithm>
@@ -11,6 +11,7 @@ namespace {
 
 constexpr int firstRepeatMilliseconds = 400;
 constexpr int repeatMilliseconds = 60;
+constexpr double incrementsInPage = 10.0;
 
 juce::Path chevron(juce::Rectangle<float> area, float pointing)
 {
@@ -26,23 +27,22 @@ juce::Path chevron(juce::Rectangle<float> area, float pointing)
 
 } // namespace
 
-Stepper::Stepper()
-{
-    setWantsKeyboardFocus(true);
-    setMouseClickGrabsKeyboardFocus(false);
-}
-
 void Stepper::setValue(double newValue)
 {
     _value = std::max(minValue, std::min(newValue, maxValue));
 }
 
-void Stepper::step(int direction)
+void Stepper::turn(const KeyTurn& turn)
 {
     const auto before = _value;
-    setValue(_value + direction * increment);
+    _value = turned(_value, {minValue, maxValue}, {increment, incrementsInPage * increment}, turn);
     if (_value != before && onStep)
         onStep(_value);
+}
+
+void Stepper::step(int direction)
+{
+    turn({KeyTurn::Distance::step, direction});
 }
 
 void Stepper::press(int direction)
@@ -55,7 +55,7 @@ void Stepper::press(int direction)
 
 void Stepper::mouseDown(const juce::MouseEvent& event)
 {
-    if (!isEnabled())
+    if (!isEnabled() || !isPrimaryButton(event))
         return;
     press(event.position.y < static_cast<float>(getHeight()) / 2.0f ? 1 : -1);
     startTimer(firstRepeatMilliseconds);
@@ -81,23 +81,10 @@ void Stepper::mouseWheelMove(const juce::MouseEvent&, const juce::MouseWheelDeta
 
 bool Stepper::keyPressed(const juce::KeyPress& key)
 {
-    if (key == juce::KeyPress(juce::KeyPress::upKey))
-        step(1);
-    else if (key == juce::KeyPress(juce::KeyPress::downKey))
-        step(-1);
-    else
-        return false;
-    return true;
-}
-
-void Stepper::focusGained(FocusChangeType)
-{
-    repaint();
-}
-
-void Stepper::focusLost(FocusChangeType)
-{
-    repaint();
+    const auto asked = valueTurnOf(key);
+    if (asked)
+        turn(*asked);
+    return asked.has_value();
 }
 
 void Stepper::paint(juce::Graphics& graphics)
@@ -105,10 +92,6 @@ void Stepper::paint(juce::Graphics& graphics)
     const auto bounds = getLocalBounds().toFloat();
     graphics.setColour(colours::control);
     graphics.fillRoundedRectangle(bounds, controlCornerRadius);
-    if (hasKeyboardFocus(false)) {
-        graphics.setColour(colours::focus);
-        graphics.drawRoundedRectangle(bounds.reduced(0.5f), controlCornerRadius, 1.0f);
-    }
     auto lower = bounds;
     auto upper = lower.removeFromTop(bounds.getHeight() / 2.0f);
     for (const auto direction : {1, -1}) {

@@ -1,18 +1,17 @@
 #pragma once
 
-#include <juce_gui_basics/juce_gui_basics.h>
+#include "editor/Control.h"
+#include "editor/KeyTurn.h"
 
 #include <functional>
 
 namespace velotrine {
 
-/// Two small arrows that move a value up and down by an increment; held, they repeat. Up and Down do the same
-/// from the keyboard. Main thread.
-class Stepper final : public juce::Component, private juce::Timer
+/// Two small arrows that move a value up and down by an increment; held, they repeat. From the keyboard,
+/// arrow keys do the same, Page Up and Page Down go ten times as far, Home and End to the ends. Main thread.
+class Stepper final : public Control<juce::Component>, private juce::Timer
 {
 public:
-    Stepper();
-
     double minValue = 0.0;
     double maxValue = 1.0;
     double increment = 1.0;
@@ -30,11 +29,10 @@ public:
     void mouseUp(const juce::MouseEvent& event) override;
     void mouseWheelMove(const juce::MouseEvent& event, const juce::MouseWheelDetails& wheel) override;
     bool keyPressed(const juce::KeyPress& key) override;
-    void focusGained(FocusChangeType cause) override;
-    void focusLost(FocusChangeType cause) override;
     std::unique_ptr<juce::AccessibilityHandler> createAccessibilityHandler() override;
 
 private:
+    void turn(const KeyTurn& turn);
     void step(int direction);
     void press(int direction);
     void timerCallback() override;

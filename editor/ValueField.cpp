@@ -4,49 +4,42 @@
 
 namespace velotrine {
 
-/// Hears every click in the program, to end the entry at one outside the field.
+/// Hears every click in the program while the field has the keyboard, to leave it at one outside. A control
+/// takes the keyboard itself when it is pressed, before it acts; what is left is the bare background.
 class ValueField::ClickElsewhere final : public juce::MouseListener
 {
 public:
-    explicit ClickElsewhere(ValueField& fieldInUse) : field(fieldInUse)
-    {
-        juce::Desktop::getInstance().addGlobalMouseListener(this);
-    }
+    explicit ClickElsewhere(ValueField& fieldInUse) : field(fieldInUse) {}
 
-    ~ClickElsewhere() override { juce::Desktop::getInstance().removeGlobalMouseListener(this); }
+    ~ClickElsewhere() override { stop(); }
 
     ClickElsewhere(const ClickElsewhere&) = delete;
     ClickElsewhere& operator=(const ClickElsewhere&) = delete;
 
+    void start() { juce::Desktop::getInstance().addGlobalMouseListener(this); }
+
+    void stop() { juce::Desktop::getInstance().removeGlobalMouseListener(this); }
+
     void mouseDown(const juce::MouseEvent& event) override
     {
-        if (event.eventComponent == &field || field.isParentOf(event.eventComponent))
-            return;
-        // Later: giving the focus away here would delete this listener in its own callback.
-        juce::MessageManager::callAsync([safe = juce::Component::SafePointer<ValueField>(&field)] {
-            if (safe != nullptr && safe->hasKeyboardFocus(true))
-                safe->giveAwayKeyboardFocus();
-        });
+        // A menu is a window of its own, and what it does is for the field.
+        const auto& clicked = *event.eventComponent;
+        const auto isInWindow = clicked.getTopLevelComponent() == field.getTopLevelComponent();
+        const auto isInMenuBar = dynamic_cast<const juce::MenuBarComponent*>(&clicked) != nullptr;
+        if (isInWindow && !isInMenuBar && &clicked != &field && !field.isParentOf(&clicked))
+            field.leave();
     }
 
 private:
     ValueField& field;
 };
 
-ValueField::ValueField()
+ValueField::ValueField() : clickElsewhere(std::make_unique<ClickElsewhere>(*this))
 {
     setJustification(juce::Justification::centredRight);
     setSelectAllWhenFocused(true);
     setIndents(6, 0);
     setScrollToShowCursor(true);
-    onReturnKey = [this] {
-        endEntry();
-        selectAll();
-    };
-    onEscapeKey = [this] {
-        setText(shown, false);
-        giveAwayKeyboardFocus();
-    };
 }
 
 ValueField::~ValueField() = default;
@@ -64,9 +57,26 @@ void ValueField::setFontSize(float points)
     applyFontToAllText(displayFont(points));
 }
 
+bool ValueField::isFirstKeyOfNumber(const juce::KeyPress& key)
+{
+    const auto modifiers = key.getModifiers();
+    const auto character = key.getTextCharacter();
+    return !modifiers.isCtrlDown() && !modifiers.isAltDown() && !modifiers.isCommandDown() &&
+           juce::String("0123456789.-").containsChar(character) && character != 0;
+}
+
+void ValueField::beginEntry(const juce::String& text, juce::Component& control)
+{
+    grabKeyboardFocus();
+    begunOn = &control;
+    setText(text, false);
+    moveCaretToEnd();
+}
+
 void ValueField::endEntry()
 {
     const auto text = getText();
+    // What nobody has changed is no edit: a host would record it.
     if (text == shown)
         return;
     shown = text;
@@ -74,25 +84,53 @@ void ValueField::endEntry()
         onEntryEnded(text);
 }
 
+// Where there is a window that takes the keyboard, it must: with the keyboard nowhere, the toolkit would give
+// it back to this field when the window is next activated.
+void ValueField::leave()
+{
+    auto* const window = getTopLevelComponent();
+    if (begunOn != nullptr)
+        begunOn->grabKeyboardFocus();
+    else if (window != this && window->getWantsKeyboardFocus())
+        window->grabKeyboardFocus();
+    else
+        giveAwayKeyboardFocus();
+}
+
 void ValueField::focusGained(FocusChangeType cause)
 {
     TextEditor::focusGained(cause);
-    clickElsewhere = std::make_unique<ClickElsewhere>(*this);
+    clickElsewhere->start();
 }
 
 void ValueField::focusLost(FocusChangeType cause)
 {
-    clickElsewhere.reset();
+    clickElsewhere->stop();
     endEntry();
+    begunOn = nullptr;
     setHighlightedRegion({});
     TextEditor::focusLost(cause);
+    if (onLeft)
+        onLeft();
 }
 
 bool ValueField::keyPressed(const juce::KeyPress& key)
 {
     // A field of one line has no use for Tab but to go on.
-    if (key.getKeyCode() == juce::KeyPress::tabKey)
+    if (key.isKeyCode(juce::KeyPress::tabKey))
         return false;
+    if (key.isKeyCode(juce::KeyPress::returnKey)) {
+        endEntry();
+        leave();
+        return true;
+    }
+    if (key.isKeyCode(juce::KeyPress::escapeKey)) {
+        // With nothing to take back, the key may mean what the field lies in.
+        const auto isUsed = getText() != shown || begunOn != nullptr;
+        setText(shown, false);
+        leave();
+        return isUsed;
+    }
     return TextEditor::keyPressed(key);
 }
 

@@ -7,7 +7,8 @@
 namespace velotrine {
 
 /// A field for a number. Return ends an entry, and so do Tab, a click elsewhere and the field's going away;
-/// Escape takes it back. Main thread.
+/// Escape takes it back. Return and Escape leave the field, and the keyboard goes back to the window, or to
+/// the control on which the entry began. Main thread.
 class ValueField final : public juce::TextEditor
 {
 public:
@@ -17,8 +18,17 @@ public:
     /// Told the text once an entry has ended that changed it.
     std::function<void(const juce::String&)> onEntryEnded;
 
+    /// Told when the keyboard has left the field.
+    std::function<void()> onLeft;
+
     /// Shows a value without telling anybody. What somebody is typing stays; Escape then brings this value.
     void show(const juce::String& text);
+
+    /// Whether the key is one that a number may begin with, so that it begins an entry on a control.
+    [[nodiscard]] static bool isFirstKeyOfNumber(const juce::KeyPress& key);
+
+    /// Begins an entry with what was typed on another control, which gets the keyboard back when it ends.
+    void beginEntry(const juce::String& text, juce::Component& control);
 
     /// @param points  size of the font's em
     void setFontSize(float points);
@@ -31,9 +41,11 @@ private:
     class ClickElsewhere;
 
     void endEntry();
+    void leave();
 
     juce::String shown;
-    std::unique_ptr<ClickElsewhere> clickElsewhere; ///< while the field has the focus
+    SafePointer<juce::Component> begunOn;
+    std::unique_ptr<ClickElsewhere> clickElsewhere;
 };
 
 } // namespace velotrine

@@ -6,6 +6,7 @@
 #include "editor/EditorLayout.h"
 #include "editor/EditorRootView.h"
 #include "editor/FontLoader.h"
+#include "editor/JuceText.h"
 #include "editor/KnobsStyleKit.h"
 #include "engine/FatalError.h"
 
@@ -26,11 +27,6 @@ constexpr double maxTempo = 300.0;
 constexpr float missingTempo = 120.0f;
 constexpr float noticeFontScale = 0.7f;
 
-juce::String juceText(std::string_view text)
-{
-    return juce::String::fromUTF8(text.data(), static_cast<int>(text.size()));
-}
-
 /// Parameters that count something hold whole numbers; anything else got past all checks.
 std::int64_t wholeNumber(float value)
 {
@@ -46,6 +42,19 @@ int boundedIndex(float value, std::size_t count)
         std::clamp<std::int64_t>(wholeNumber(value), 0, static_cast<std::int64_t>(count) - 1));
 }
 
+/// What somebody typed on a knob. Its readout is in percent, the ring's panel is not: 70 and 0.7 are the
+/// same.
+std::optional<float> amountFrom(const juce::String& typed)
+{
+    constexpr double percent = 100.0;
+    const auto text = typed.upToFirstOccurrenceOf("%", false, false).trim().toStdString();
+    const auto number = numberFromText(text);
+    if (!number)
+        return std::nullopt;
+    const auto isPercent = *number > 1.0 || typed.containsChar('%');
+    return static_cast<float>(std::clamp(isPercent ? *number / percent : *number, 0.0, 1.0));
+}
+
 std::unique_ptr<juce::Label> makeLabel(const juce::String& text)
 {
     auto label = std::make_unique<juce::Label>(juce::String(), text);
@@ -56,6 +65,7 @@ std::unique_ptr<juce::Label> makeLabel(const juce::String& text)
     return label;
 }
 
+/// On whole points, so that lines and letters are sharp.
 void place(juce::Component& component, juce::Rectangle<double> bounds)
 {
     component.setBounds(bounds.toNearestInt());
@@ -84,6 +94,7 @@ VelotrineAUViewControllerMac::~VelotrineAUViewControllerMac()
 std::shared_ptr<VelotrineAudioUnit> VelotrineAUViewControllerMac::createAudioUnit(
     const AudioComponentDescription& description)
 {
+    disconnectFromAudioUnit();
     audioUnit = std::make_shared<VelotrineAudioUnit>(description, AudioComponentInstantiationOptions{});
     if (isViewLoaded())
         connectToAudioUnit();
@@ -96,7 +107,6 @@ void VelotrineAUViewControllerMac::loadView()
     root->onUnusedKey = [this](const juce::KeyPress& key) { return keyPressed(key); };
     root->setLookAndFeel(&lookAndFeel.get());
     root->setBackground(colours::background);
-    root->setFocusContainerType(juce::Component::FocusContainerType::keyboardFocusContainer);
     root->setSize(initialWidth, initialHeight);
     setView(std::move(root));
 }
@@ -108,14 +118,27 @@ void VelotrineAUViewControllerMac::viewDidLoad()
     circlesView->backdrop = colours::background;
     circlesView->onRingSelected = [this](int ring) { showRingEditor(ring); };
     circlesView->onRingDeselected = [this] { dismissRingEditor(); };
+    circlesView->onRingOpenedByKey = [this](int ring) { openRingByKey(ring); };
     view().addAndMakeVisible(*circlesView);
     makeScaleRow();
     makeTransport();
     makeKnobs();
     makeRingEditor();
+    setFocusOrder();
     view().addMouseListener(&dismissClick, true);
     if (audioUnit)
         connectToAudioUnit();
+}
+
+/// As one reads, whatever the arrangement.
+void VelotrineAUViewControllerMac::setFocusOrder()
+{
+    int place = 0;
+    for (auto* component : std::initializer_list<juce::Component*>{
+             rootButton.get(), scaleButton.get(), syncButton.get(), bpmField.get(), bpmStepper.get(),
+             playButton.get(), circlesView.get(), activityKnob.get(), boredomKnob.get(), caloriesKnob.get(),
+             drudgeryKnob.get(), ringEditor.get()})
+        component->setExplicitFocusOrder(++place);
 }
 
 void VelotrineAUViewControllerMac::makeKnobs()
@@ -140,6 +163,7 @@ std::unique_ptr<AURotaryControl> VelotrineAUViewControllerMac::makeKnob(
     knob->textFromValue = [address](float value) {
         return juceText(parameterText(parameterTable()[address], value));
     };
+    knob->valueFromText = amountFrom;
     knob->onValueChanged = [this, address](float value) { write(address, value); };
     knob->onDragBegan = [this, address] { parameters.hold(address); };
     knob->onDragEnded = [this, address] { parameters.letGo(address); };
@@ -150,18 +174,10 @@ std::unique_ptr<AURotaryControl> VelotrineAUViewControllerMac::makeKnob(
 void VelotrineAUViewControllerMac::makeScaleRow()
 {
     scaleLabel = makeLabel("SCALE:");
-    rootButton = std::make_unique<EditorButton>("Root", EditorButton::Face::text);
-    rootButton->onClick = [this] {
-        const auto current =
-            boundedIndex(parameters.value(addressOf(GlobalParameter::rootNote), 0.0f), rootNames.size());
-        openMenu(*rootButton, rootNames, current, [this](int root) { pickRoot(root); });
-    };
-    scaleButton = std::make_unique<EditorButton>("Scale", EditorButton::Face::text);
-    scaleButton->onClick = [this] {
-        const auto current =
-            boundedIndex(parameters.value(addressOf(GlobalParameter::scaleType), 0.0f), scaleNames.size());
-        openMenu(*scaleButton, scaleNames, current, [this](int scale) { pickScale(scale); });
-    };
+    rootButton = std::make_unique<ChoiceButton>("Root", rootNames);
+    rootButton->onPicked = [this](int root) { pickRoot(root); };
+    scaleButton = std::make_unique<ChoiceButton>("Scale", scaleNames);
+    scaleButton->onPicked = [this](int scale) { pickScale(scale); };
     for (auto* component :
          std::initializer_list<juce::Component*>{scaleLabel.get(), rootButton.get(), scaleButton.get()})
         view().addAndMakeVisible(component);
@@ -266,8 +282,8 @@ void VelotrineAUViewControllerMac::refreshControls()
         boundedIndex(parameters.value(addressOf(GlobalParameter::rootNote), 0.0f), rootNames.size());
     const auto scale =
         boundedIndex(parameters.value(addressOf(GlobalParameter::scaleType), 0.0f), scaleNames.size());
-    rootButton->setButtonText(juceText(rootNames[static_cast<std::size_t>(root)]));
-    scaleButton->setButtonText(juceText(scaleNames[static_cast<std::size_t>(scale)]));
+    rootButton->show(root);
+    scaleButton->show(scale);
 
     showTempo(parameters.value(addressOf(GlobalParameter::bpm), missingTempo));
     syncButton->setToggleState(parameters.value(addressOf(GlobalParameter::sync), 1.0f) > 0.5f,
@@ -285,6 +301,7 @@ void VelotrineAUViewControllerMac::refreshRings()
         const auto i = static_cast<std::size_t>(ring);
         const auto shown = static_cast<float>(rings.ringSpotCounts[i]);
         const auto spots = wholeNumber(parameters.value(addressOf(RingParameter::spots, ring), shown));
+        // A host may write more than can be drawn.
         rings.ringSpotCounts[i] = std::clamp<std::int64_t>(spots, 0, maxSpotsPerRing);
         rings.spotsPerRing[i] = rings.ringSpotCounts[i];
         rings.ringPhaseOffsets[i] = parameters.value(addressOf(RingParameter::phase, ring), 0.0f);
@@ -315,6 +332,7 @@ void VelotrineAUViewControllerMac::refreshSyncDependentControls()
 {
     if (!hostProvidesSync) {
         syncButton->setToggleState(false, juce::dontSendNotification);
+        // Once, or each refresh would cause the next.
         if (parameters.value(addressOf(GlobalParameter::sync), 1.0f) > 0.5f)
             parameters.correct(addressOf(GlobalParameter::sync), 0.0f);
     }
@@ -327,12 +345,13 @@ void VelotrineAUViewControllerMac::refreshSyncDependentControls()
     syncTextLabel->setAlpha(hostProvidesSync ? 1.0f : dimmedAlpha);
     bpmPrefixLabel->setEnabled(!isSynced);
     bpmPrefixLabel->setColour(juce::Label::textColourId, isSynced ? grey(0.5f) : colours::text);
+    // With Sync on, the internal clock that it starts does not count.
     setUsable(*playButton, !isSynced);
 }
 
 void VelotrineAUViewControllerMac::showTempo(float bpm) const
 {
-    bpmField->show(juce::String::formatted("%.1f", static_cast<double>(bpm)));
+    bpmField->show(juceText(fixedText(static_cast<double>(bpm), 1)));
     bpmStepper->setValue(static_cast<double>(bpm));
 }
 
@@ -375,8 +394,14 @@ void VelotrineAUViewControllerMac::viewDidLayout()
     const std::array knobs{activityKnob.get(), boredomKnob.get(), caloriesKnob.get(), drudgeryKnob.get()};
     for (std::size_t i = 0; i < knobs.size(); ++i)
         place(*knobs[i], layout.knobs[i]);
-    place(*ringEditor, layout.ringEditor);
+    ringEditorPlace = layout.ringEditor.toNearestInt();
+    placeRingEditor();
     circlesView->redraw();
+}
+
+void VelotrineAUViewControllerMac::placeRingEditor()
+{
+    ringEditor->setBounds(ringEditorPlace);
 }
 
 void VelotrineAUViewControllerMac::viewWillAppear()
@@ -393,6 +418,9 @@ void VelotrineAUViewControllerMac::setTransportNotice(const juce::String& notice
 void VelotrineAUViewControllerMac::showRingEditor(int ring)
 {
     circlesView->selectedRing = ring;
+    if (!view().getLocalBounds().toFloat().contains(ringEditor->titleArea() +
+                                                    ringEditor->getPosition().toFloat()))
+        placeRingEditor();
     ringEditor->setVisible(true);
     refreshRingEditor();
     circlesView->redraw();
@@ -401,40 +429,30 @@ void VelotrineAUViewControllerMac::showRingEditor(int ring)
 
 void VelotrineAUViewControllerMac::dismissRingEditor()
 {
-    // Hiding comes first: it ends an entry in one of the panel's fields, which belongs to this ring yet.
+    // First, an entry in one of the panel's fields ends: it still belongs to this ring.
+    if (ringEditor->hasKeyboardFocus(true))
+        circlesView->grabKeyboardFocus();
     ringEditor->setVisible(false);
     circlesView->selectedRing.reset();
     circlesView->redraw();
     dismissClick.disable();
 }
 
-void VelotrineAUViewControllerMac::openMenu(EditorButton& button, std::span<const std::string_view> names,
-                                            int current, std::function<void(int)> picked)
+void VelotrineAUViewControllerMac::openRingByKey(int ring)
 {
-    juce::PopupMenu menu;
-    menu.setLookAndFeel(&lookAndFeel.get());
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        const auto index = static_cast<int>(i);
-        menu.addItem(index + 1, juceText(names[i]), true, index == current);
-    }
-    // The menu outlives neither the editor nor the button: with the button gone, nothing is picked.
-    menu.showMenuAsync(
-        juce::PopupMenu::Options().withTargetComponent(button).withItemThatMustBeVisible(current + 1),
-        [safe = juce::Component::SafePointer<EditorButton>(&button), picked = std::move(picked)](int id) {
-            if (safe != nullptr && id > 0)
-                picked(id - 1);
-        });
+    showRingEditor(ring);
+    ringEditor->focusFirstField();
 }
 
 void VelotrineAUViewControllerMac::pickRoot(int root)
 {
-    rootButton->setButtonText(juceText(rootNames[static_cast<std::size_t>(root)]));
+    rootButton->show(root);
     write(addressOf(GlobalParameter::rootNote), static_cast<float>(root));
 }
 
 void VelotrineAUViewControllerMac::pickScale(int scale)
 {
-    scaleButton->setButtonText(juceText(scaleNames[static_cast<std::size_t>(scale)]));
+    scaleButton->show(scale);
     write(addressOf(GlobalParameter::scaleType), static_cast<float>(scale));
 }
 
@@ -442,6 +460,7 @@ bool VelotrineAUViewControllerMac::keyPressed(const juce::KeyPress& key)
 {
     if (key == juce::KeyPress(juce::KeyPress::escapeKey) && ringEditor->isVisible()) {
         dismissRingEditor();
+        circlesView->grabKeyboardFocus();
         return true;
     }
     if (key == juce::KeyPress(juce::KeyPress::spaceKey) && !hostProvidesSync) {

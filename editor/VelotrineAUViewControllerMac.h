@@ -2,6 +2,7 @@
 
 #include "audiounit/VelotrineAudioUnit.h"
 #include "editor/AURotaryControl.h"
+#include "editor/ChoiceButton.h"
 #include "editor/ClickOutside.h"
 #include "editor/ConcentricCirclesViewMac.h"
 #include "editor/EditorButton.h"
@@ -61,8 +62,8 @@ public:
     std::unique_ptr<ConcentricCirclesViewMac> circlesView;
     std::unique_ptr<RingEditorViewMac> ringEditor; ///< hidden until a ring is selected
     std::unique_ptr<juce::Label> scaleLabel;
-    std::unique_ptr<EditorButton> rootButton;
-    std::unique_ptr<EditorButton> scaleButton;
+    std::unique_ptr<ChoiceButton> rootButton;
+    std::unique_ptr<ChoiceButton> scaleButton;
     std::unique_ptr<EditorButton> playButton;
     std::unique_ptr<EditorButton> syncButton;
     std::unique_ptr<juce::Label> syncTextLabel;
@@ -94,6 +95,10 @@ private:
 
     void write(ParameterAddress address, float value);
 
+    void openRingByKey(int ring);
+    void placeRingEditor();
+    void setFocusOrder();
+
     /// Escape closes the ring's panel; space plays and stops where no host wants that key.
     bool keyPressed(const juce::KeyPress& key);
 
@@ -101,13 +106,12 @@ private:
     void refreshRingEditor();
     void refreshSyncDependentControls();
     void showTempo(float bpm) const;
-    void openMenu(EditorButton& button, std::span<const std::string_view> names, int current,
-                  std::function<void(int)> picked);
 
     juce::SharedResourcePointer<VelotrineLookAndFeel> lookAndFeel;
     ParameterWriter parameters;
     std::shared_ptr<MainThreadRequest> refreshRequest;
-    ClickOutside dismissClick; ///< enabled while the ring's panel shows
+    juce::Rectangle<int> ringEditorPlace; ///< where the layout puts the panel
+    ClickOutside dismissClick;            ///< enabled while the ring's panel shows
     std::shared_ptr<AUParameterTree> observedTree;
     AUParameterObserverToken paramObserverToken = 0;
     ObserverToken fullStateToken = 0;

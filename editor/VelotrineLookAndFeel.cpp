@@ -24,15 +24,6 @@ void fillControl(juce::Graphics& graphics, juce::Rectangle<float> bounds, bool i
     graphics.fillRoundedRectangle(bounds, controlCornerRadius);
 }
 
-void outlineIfFocused(juce::Graphics& graphics, juce::Rectangle<float> bounds,
-                      const juce::Component& component)
-{
-    if (!component.hasKeyboardFocus(true))
-        return;
-    graphics.setColour(colours::focus);
-    graphics.drawRoundedRectangle(bounds.reduced(0.5f), controlCornerRadius, 1.0f);
-}
-
 /// A small arrow down, as wide as asked, with lines of one weight.
 juce::Path arrowDown(juce::Point<float> middle, float width)
 {
@@ -96,10 +87,6 @@ void VelotrineLookAndFeel::drawLinearSlider(juce::Graphics& graphics, int x, int
 
     const auto thumb = juce::Rectangle<float>(2.0f * sliderThumbRadius, 2.0f * sliderThumbRadius)
                            .withCentre({position, middle});
-    if (slider.hasKeyboardFocus(false)) {
-        graphics.setColour(grey(1.0f, 0.3f));
-        graphics.fillEllipse(thumb.expanded(2.5f));
-    }
     graphics.setColour(colours::text);
     graphics.fillEllipse(thumb);
 }
@@ -119,7 +106,11 @@ void VelotrineLookAndFeel::fillTextEditorBackground(juce::Graphics& graphics, in
 void VelotrineLookAndFeel::drawTextEditorOutline(juce::Graphics& graphics, int width, int height,
                                                  juce::TextEditor& editor)
 {
-    outlineIfFocused(graphics, juce::Rectangle<int>(width, height).toFloat(), editor);
+    if (!editor.hasKeyboardFocus(true))
+        return;
+    graphics.setColour(colours::focus);
+    graphics.drawRoundedRectangle(juce::Rectangle<int>(width, height).toFloat().reduced(0.5f),
+                                  controlCornerRadius, 1.0f);
 }
 
 juce::Font VelotrineLookAndFeel::getPopupMenuFont()
@@ -207,7 +198,6 @@ void VelotrineLookAndFeel::drawComboBox(juce::Graphics& graphics, int width, int
 {
     const auto bounds = juce::Rectangle<int>(width, height).toFloat();
     fillControl(graphics, bounds, box.isMouseOver(true), isDown);
-    outlineIfFocused(graphics, bounds, box);
     graphics.setColour(colours::text.withMultipliedAlpha(box.isEnabled() ? 1.0f : dimmedAlpha));
     graphics.strokePath(arrowDown({bounds.getRight() - 14.0f, bounds.getCentreY()}, 8.0f),
                         roundedStroke(1.6f));
@@ -229,7 +219,6 @@ void VelotrineLookAndFeel::drawButtonBackground(juce::Graphics& graphics, juce::
 {
     const auto bounds = button.getLocalBounds().toFloat();
     fillControl(graphics, bounds, isHighlighted, isDown);
-    outlineIfFocused(graphics, bounds, button);
 }
 
 int VelotrineLookAndFeel::getDefaultScrollbarWidth()

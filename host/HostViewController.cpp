@@ -2,6 +2,7 @@
 
 #include "audiounit/VelotrineComponent.h"
 #include "editor/Colours.h"
+#include "editor/Control.h"
 #include "editor/FontLoader.h"
 #include "engine/FatalError.h"
 #include "engine/ParameterAddress.h"
@@ -76,7 +77,7 @@ void HostViewController::buildTopBar()
     presetPopup->setTextWhenNothingSelected({});
     topBar->addAndMakeVisible(*presetPopup);
 
-    helpButton = std::make_unique<juce::TextButton>("?");
+    helpButton = std::make_unique<ControlButton<juce::TextButton>>("?");
     helpButton->setTitle("Help");
     helpButton->onClick = [this] { helpTapped(); };
     topBar->addAndMakeVisible(*helpButton);
@@ -226,6 +227,7 @@ void HostViewController::showHelp(int page)
         if (onHelpWindowCreated)
             onHelpWindowCreated(*helpWindowController);
     }
+    // The page first, so that the window does not open on another.
     helpWindowController->showPage(page);
     helpWindowController->showWindow();
 }

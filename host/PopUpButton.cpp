@@ -1,5 +1,8 @@
 #include "host/PopUpButton.h"
 
+#include "editor/AccessibleValue.h"
+#include "editor/KeyTurn.h"
+
 namespace velotrine {
 
 void PopUpButton::showPopup()
@@ -21,6 +24,28 @@ void PopUpButton::showPopup()
         button->hidePopup();
         button->choose(itemId);
     });
+}
+
+bool PopUpButton::keyPressed(const juce::KeyPress& key)
+{
+    if (const auto turn = listTurnOf(key)) {
+        keyIsUsed();
+        const auto index = turnedIndex(getSelectedItemIndex(), getNumItems(), *turn);
+        if (index != getSelectedItemIndex())
+            choose(getItemId(index));
+        return true;
+    }
+    if (!key.isKeyCode(juce::KeyPress::returnKey) && !(key.isKeyCode(juce::KeyPress::spaceKey) && isMarked()))
+        return false;
+    showPopup();
+    return true;
+}
+
+/// The toolkit's own would give the choice for the name.
+std::unique_ptr<juce::AccessibilityHandler> PopUpButton::createAccessibilityHandler()
+{
+    return makeButtonHandler(
+        *this, [this] { return getText(); }, [this] { showPopup(); }, juce::AccessibilityRole::comboBox);
 }
 
 void PopUpButton::choose(int itemId)

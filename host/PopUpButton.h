@@ -1,15 +1,17 @@
 #pragma once
 
-#include <juce_gui_basics/juce_gui_basics.h>
+#include "editor/Control.h"
 
 namespace velotrine {
 
 /// A combo box that calls onChange for every choice, also when it is the one that was there before: who
-/// chooses a preset again wants its values back.
-class PopUpButton final : public juce::ComboBox
+/// chooses a preset again wants its values back. Return opens it, and the space bar while it is marked.
+class PopUpButton final : public Control<juce::ComboBox>
 {
 public:
     void showPopup() override;
+    bool keyPressed(const juce::KeyPress& key) override;
+    std::unique_ptr<juce::AccessibilityHandler> createAccessibilityHandler() override;
 
     /// What the user picked from the menu.
     /// @param itemId  0 for nothing

@@ -29,4 +29,10 @@ void AUParameter::setValue(AUValue value, AUParameterObserverToken originator, s
     tree->observers.notify(originator, {hostTime, address(), value, eventType});
 }
 
+void AUParameter::announce(AUParameterAutomationEventType eventType)
+{
+    if (const auto tree = closures.lock())
+        tree->observers.notify(0, {0, address(), value(), eventType});
+}
+
 } // namespace velotrine

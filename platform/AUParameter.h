@@ -118,6 +118,11 @@ public:
     void setValue(AUValue value, AUParameterObserverToken originator, std::uint64_t hostTime,
                   AUParameterAutomationEventType eventType);
 
+    /// Tells the automation observers that somebody begins or ends to hold the control, with the value that
+    /// it has now. Nothing is written: what automation has set meanwhile stays.
+    /// @param eventType  touch or release
+    void announce(AUParameterAutomationEventType eventType);
+
 private:
     friend class AUParameterTree;
 

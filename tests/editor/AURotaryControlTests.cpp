@@ -148,6 +148,75 @@ TEST_F(RotaryControl, KeysTurnByAHundredthATenthAndToTheEnds)
     EXPECT_FALSE(knob.keyPressed(juce::KeyPress('a')));
 }
 
+TEST_F(RotaryControl, ADragIsMeasuredToTheLastBit)
+{
+    // The factor for each axis as a whole, and a turn into degrees in single precision with a short pi.
+    for (const float along : {1.0f, 7.0f, 13.0f, 19.5f, 27.0f}) {
+        knob.setValue(0.5f);
+        knob.handleDrag(DragState::began, {});
+        drag({along, 0.0f});
+        const auto radians = static_cast<double>(along) * 0.7071067811865476 / (80.0 * 0.25);
+        const auto degrees = static_cast<float>(radians) * 180.0f / 3.1415925f;
+        EXPECT_EQ(knob.value(), 0.0f + (degrees - -160.0f) * 1.0f / (160.0f - -160.0f)) << along;
+        knob.handleDrag(DragState::ended, {});
+    }
+}
+
+TEST_F(RotaryControl, OnlyThePrimaryButtonTurnsOrResetsIt)
+{
+    const juce::Point<float> start(40.0f, 40.0f);
+    knob.resetValue = 0.5f;
+    for (const auto button :
+         {juce::ModifierKeys::rightButtonModifier, juce::ModifierKeys::middleButtonModifier}) {
+        knob.mouseDown(clickAt(knob, start, button));
+        knob.mouseDrag(mouseAt(knob, start.translated(20.0f, 0.0f), start, true, 0, button));
+        knob.mouseUp(mouseAt(knob, start.translated(20.0f, 0.0f), start, true, 0, button));
+        knob.mouseDoubleClick(clickAt(knob, start, button));
+    }
+    EXPECT_TRUE(changes.empty());
+    EXPECT_EQ(begins + ends, 0);
+}
+
+TEST_F(RotaryControl, EscapeTakesADragBackAndTheRestOfItDoesNothing)
+{
+    const juce::Point<float> start(40.0f, 40.0f);
+    const auto dragTo = [&](float x) {
+        knob.mouseDrag(mouseAt(knob, start.translated(x, 0.0f), start, true));
+    };
+    knob.setValue(0.25f);
+    EXPECT_FALSE(knob.keyPressed(juce::KeyPress(juce::KeyPress::escapeKey))) << "no drag, not its key";
+    knob.mouseDown(clickAt(knob, start));
+    dragTo(15.0f);
+    EXPECT_TRUE(knob.keyPressed(juce::KeyPress(juce::KeyPress::escapeKey)));
+    EXPECT_FLOAT_EQ(knob.value(), 0.25f);
+    dragTo(30.0f);
+    knob.mouseUp(mouseAt(knob, start.translated(30.0f, 0.0f), start, true));
+    EXPECT_FLOAT_EQ(knob.value(), 0.25f);
+    EXPECT_EQ(begins, 1);
+    EXPECT_EQ(ends, 1);
+}
+
+TEST_F(RotaryControl, ADigitBeginsAnEntryAndWhatIsNoValueChangesNothing)
+{
+    const auto five = juce::KeyPress('5', {}, '5');
+    EXPECT_FALSE(knob.keyPressed(five)) << "nobody can read what would be typed";
+    knob.valueFromText = [](const juce::String& text) -> std::optional<float> {
+        return text.containsOnly("0123456789.") ? std::optional(text.getFloatValue() / 10.0f) : std::nullopt;
+    };
+    EXPECT_TRUE(knob.keyPressed(five));
+    ASSERT_NE(knob.entryField(), nullptr);
+    EXPECT_EQ(knob.entryField()->getText(), "5");
+    knob.entryField()->keyPressed(juce::KeyPress(juce::KeyPress::returnKey));
+    EXPECT_EQ(changes, std::vector{0.5f});
+    EXPECT_TRUE(knob.keyPressed(five));
+    knob.entryField()->setText("five", false);
+    knob.entryField()->keyPressed(juce::KeyPress(juce::KeyPress::returnKey));
+    EXPECT_TRUE(knob.keyPressed(five));
+    knob.entryField()->keyPressed(juce::KeyPress(juce::KeyPress::escapeKey));
+    EXPECT_EQ(changes, std::vector{0.5f});
+    EXPECT_FALSE(knob.keyPressed(juce::KeyPress('5', juce::ModifierKeys::ctrlModifier, '5')));
+}
+
 TEST_F(RotaryControl, PicturesAreMadeOncePerSizeAndDensityAndNotPerValue)
 {
     int made = 0;

@@ -92,6 +92,14 @@ TEST_F(RingsView, OneSpotSitsAtTwelveOClockAndAnOffsetOfAQuarterTurnsItClockwise
     EXPECT_EQ(pixel(image, at(radii[2], 0.25)), juce::Colour::greyLevel(0.25f));
 }
 
+TEST_F(RingsView, ARingWithoutSpotsIsABareLineWhereItsFirstSpotWouldBe)
+{
+    onlySpotsOn(2, 0);
+    view.displayedClockPhase = 0.5; // the hand is not there
+    EXPECT_EQ(pixel(snapshot(), at(radii[2], 0.0)), juce::Colours::white);
+    EXPECT_EQ(pixel(snapshot(), at(radii[2] + 3.0, 0.0)).getAlpha(), 0);
+}
+
 TEST_F(RingsView, RotationWobbleAndOffsetAddUp)
 {
     onlySpotsOn(4, 1);
@@ -220,6 +228,130 @@ TEST_F(RingsView, BetweenTwoRingsFarApartTheNearerIsHitAndNoneBeforeTheFirstDraw
     large.selectedRing.reset();
     click(large, static_cast<float>((first + second) / 2.0 + 0.5));
     EXPECT_EQ(large.selectedRing, 1);
+}
+
+TEST_F(RingsView, AClickAsFarFromOneRingAsFromAnotherSelectsTheInnerOne)
+{
+    view.spotsPerRing = {1, 1};
+    view.spotFraction = 0.16; // radii of 35 and 100
+    std::ignore = snapshot();
+    ASSERT_EQ(view.cachedRadii(), (std::vector{35.0, 100.0}));
+    view.mouseDown(clickAt(view, {side / 2.0f + 67.5f, side / 2.0f}));
+    EXPECT_EQ(view.selectedRing, 0);
+}
+
+TEST(RingsViewTolerance, IsTwelvePointsBetweenRingsTwentyApartAndHalfTheSpacingBetweenRingsFortyApart)
+{
+    struct Case
+    {
+        int side;
+        double spacing;
+        double hit;
+        double miss;
+    };
+
+    for (const auto& [side, spacing, hit, miss] :
+         {Case{300, 20.0, 11.0, 13.0}, Case{600, 40.0, 19.0, 21.0}}) {
+        ConcentricCirclesViewMac view;
+        view.setSize(side, side);
+        const auto wantedRadius = 4.0 * spacing / 0.65;
+        view.spotFraction = (side / 2.0 - 2.0 * side / 300.0 - wantedRadius) / side;
+        std::ignore = view.createComponentSnapshot(view.getLocalBounds());
+        const auto last = view.cachedRadii().back();
+        ASSERT_NEAR(last - view.cachedRadii()[3], spacing, 1e-9);
+        const auto selectedAt = [&](double radius) {
+            view.selectedRing.reset();
+            const auto middle = static_cast<float>(side) / 2.0f;
+            view.mouseDown(clickAt(view, {middle + static_cast<float>(radius), middle}));
+            return view.selectedRing;
+        };
+        EXPECT_EQ(selectedAt(last + hit), 4) << spacing;
+        EXPECT_EQ(selectedAt(last + miss), std::nullopt) << spacing;
+    }
+}
+
+TEST_F(RingsView, OnlyThePrimaryButtonSelects)
+{
+    std::ignore = snapshot();
+    const auto onRing = at(radii[2], 0.37).toFloat();
+    for (const auto button :
+         {juce::ModifierKeys::rightButtonModifier, juce::ModifierKeys::middleButtonModifier})
+        view.mouseDown(clickAt(view, onRing, button));
+    EXPECT_EQ(view.selectedRing, std::nullopt);
+    view.selectedRing = 1;
+    view.mouseDown(clickAt(view, onRing, juce::ModifierKeys::rightButtonModifier));
+    EXPECT_EQ(view.selectedRing, 1);
+}
+
+TEST_F(RingsView, ArrowKeysGoFromRingToRingAndReturnOpensTheOneTheyAreOn)
+{
+    std::vector<int> opened;
+    view.onRingOpenedByKey = [&](int ring) { opened.push_back(ring); };
+    const auto press = [&](int key) { return view.keyPressed(juce::KeyPress(key)); };
+    for (const auto key : {juce::KeyPress::returnKey, juce::KeyPress::upKey, juce::KeyPress::rightKey,
+                           juce::KeyPress::returnKey, juce::KeyPress::endKey, juce::KeyPress::upKey,
+                           juce::KeyPress::returnKey, juce::KeyPress::downKey, juce::KeyPress::returnKey,
+                           juce::KeyPress::homeKey, juce::KeyPress::leftKey, juce::KeyPress::returnKey})
+        EXPECT_TRUE(press(key));
+    EXPECT_EQ(opened, (std::vector{0, 2, 4, 3, 0}));
+    EXPECT_FALSE(press(juce::KeyPress::spaceKey)) << "it plays";
+    EXPECT_FALSE(press('x'));
+}
+
+/// How far a stopped hand has come home on a screen, after each tenth of a second.
+std::vector<double> wayHomeAt(int refreshesPerSecond)
+{
+    ConcentricCirclesViewMac view;
+    view.displayedClockPhase = 0.5;
+    std::vector<double> way;
+    for (int refresh = 0; refresh <= refreshesPerSecond * 3 / 10; ++refresh) {
+        view.screenRefreshed(100.0 + static_cast<double>(refresh) / refreshesPerSecond);
+        if (refresh % (refreshesPerSecond / 10) == 0)
+            way.push_back(view.displayedClockPhase);
+    }
+    return way;
+}
+
+TEST(RingsViewGoingHome, TakesAStepForEverySixtiethOfASecondWhateverTheScreensRate)
+{
+    for (const auto rate : {50, 60, 80, 120, 240}) {
+        const auto way = wayHomeAt(rate);
+        ASSERT_EQ(way.size(), 4u);
+        for (std::size_t tenth = 0; tenth < way.size(); ++tenth)
+            EXPECT_NEAR(way[tenth], 0.5 - 0.02 * (1.0 + 6.0 * static_cast<double>(tenth)), 1e-9)
+                << rate << " Hz, " << tenth;
+    }
+}
+
+TEST(RingsViewGoingHome, IsNeitherFasterNorSlowerOnScreensThatSixtyDoesNotDivide)
+{
+    for (const auto rate : {48.0, 59.94, 75.0, 144.0}) {
+        ConcentricCirclesViewMac view;
+        view.displayedLfoOffsets[0] = 1.0;
+        const auto refreshes = static_cast<int>(rate / 3.0);
+        for (int refresh = 0; refresh <= refreshes; ++refresh)
+            view.screenRefreshed(7.0 + refresh / rate);
+        const auto sixtieths = std::log(view.displayedLfoOffsets[0]) / std::log(0.85);
+        EXPECT_NEAR(sixtieths, 1.0 + 60.0 * refreshes / rate, 1.0) << rate;
+    }
+}
+
+TEST(RingsViewGoingHome, GoesOnWhereItWasAfterTheScreenDidNotShowForAWhile)
+{
+    ConcentricCirclesViewMac view;
+    view.displayedClockPhase = 0.5;
+    view.screenRefreshed(5.0);
+    view.screenRefreshed(10.0);
+    EXPECT_NEAR(view.displayedClockPhase, 0.46, 1e-12);
+}
+
+TEST_F(RingsView, WhilePlayingEveryRefreshShowsThePresent)
+{
+    for (int refresh = 0; refresh < 100; ++refresh) {
+        clockPhase = 0.001 * (1 + refresh);
+        view.screenRefreshed(3.0 + refresh / 144.0);
+        EXPECT_EQ(view.displayedClockPhase, clockPhase.load());
+    }
 }
 
 /// Counts requests to draw: each marks the cached picture as out of date.

@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <span>
+#include <tuple>
 
 namespace velotrine {
 namespace {
 
-/// Each test leaves the real font behind, for the tests after it.
 class FontLoader : public testing::Test
 {
 protected:
@@ -55,6 +57,21 @@ TEST_F(FontLoader, DataThatAreNoFontAreRefusedInOneLineAndTheSystemsFontStandsIn
     EXPECT_EQ(std::ranges::count(output, '\n'), 1);
     EXPECT_TRUE(isUsable(displayFont(14.0f)));
     EXPECT_FALSE(displayFont(14.0f).getTypefaceName().contains("Everyday"));
+}
+
+TEST_F(FontLoader, AFailedRegistrationIsSaidOnceHoweverOftenTheFontIsAskedFor)
+{
+    const std::array<std::byte, 4> noise{};
+    for (const auto& data : {std::span<const std::byte>(), std::span<const std::byte>(noise)}) {
+        const auto output = outputOf([&] {
+            registerDisplayFontFrom(data);
+            for (int i = 0; i < 3; ++i) {
+                registerDisplayFont();
+                std::ignore = displayFont(12.0f);
+            }
+        });
+        EXPECT_EQ(std::ranges::count(output, '\n'), 1) << output;
+    }
 }
 
 } // namespace

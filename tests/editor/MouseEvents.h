@@ -6,13 +6,15 @@ namespace velotrine {
 
 /// A mouse event on a component, in its own coordinates.
 /// @param pressedAt  where the button went down
+/// @param modifiers  keys held
 inline juce::MouseEvent mouseAt(juce::Component& component, juce::Point<float> position,
-                                juce::Point<float> pressedAt, bool wasDragged = false, int modifiers = 0)
+                                juce::Point<float> pressedAt, bool wasDragged = false, int modifiers = 0,
+                                int button = juce::ModifierKeys::leftButtonModifier)
 {
     const auto now = juce::Time::getCurrentTime();
     return {juce::Desktop::getInstance().getMainMouseSource(),
             position,
-            juce::ModifierKeys(modifiers | juce::ModifierKeys::leftButtonModifier),
+            juce::ModifierKeys(modifiers | button),
             juce::MouseInputSource::defaultPressure,
             juce::MouseInputSource::defaultOrientation,
             juce::MouseInputSource::defaultRotation,
@@ -27,9 +29,10 @@ inline juce::MouseEvent mouseAt(juce::Component& component, juce::Point<float> p
             wasDragged};
 }
 
-inline juce::MouseEvent clickAt(juce::Component& component, juce::Point<float> position)
+inline juce::MouseEvent clickAt(juce::Component& component, juce::Point<float> position,
+                                int button = juce::ModifierKeys::leftButtonModifier)
 {
-    return mouseAt(component, position, position);
+    return mouseAt(component, position, position, false, 0, button);
 }
 
 } // namespace velotrine

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <tuple>
 #include <vector>
 
@@ -32,7 +33,7 @@ protected:
     void type(RingEditorViewMac::Kind kind, const juce::String& text)
     {
         panel.field(kind).setText(text, false);
-        panel.field(kind).onReturnKey();
+        panel.field(kind).keyPressed(juce::KeyPress(juce::KeyPress::returnKey));
     }
 
     juce::String shown(RingEditorViewMac::Kind kind) { return panel.field(kind).getText(); }
@@ -98,6 +99,80 @@ TEST_F(RingEditor, LuckVolumeAndToneAreBoundedToOne)
     type(RingEditorViewMac::timbre, "0.5x");
     type(RingEditorViewMac::octave, "8");
     EXPECT_EQ(edits, (std::vector<Edit>{{2, 2, 1.0f}, {4, 2, 0.0f}, {5, 2, 0.0f}, {3, 2, 7.0f}}));
+}
+
+TEST_F(RingEditor, MinusNothingIsNothing)
+{
+    for (const auto kind : {RingEditorViewMac::luck, RingEditorViewMac::ringVol, RingEditorViewMac::timbre}) {
+        panel.field(kind).show("0.50");
+        type(kind, "-0");
+        EXPECT_EQ(shown(kind), "0.00");
+        EXPECT_FALSE(std::signbit(std::get<float>(edits.back())));
+    }
+}
+
+TEST_F(RingEditor, ASlidersKeysGoByItsStepsByHundredthsAndToTheEnds)
+{
+    const auto press = [&](RingEditorViewMac::Kind kind, int key, int modifiers = 0) {
+        EXPECT_TRUE(panel.slider(kind).keyPressed(juce::KeyPress(key, modifiers, 0)));
+        return panel.slider(kind).getValue();
+    };
+    panel.fill(0, {.spots = 5, .probability = 0.5f, .octave = 3});
+    EXPECT_EQ(press(RingEditorViewMac::steps, juce::KeyPress::upKey), 6.0);
+    EXPECT_EQ(press(RingEditorViewMac::steps, juce::KeyPress::pageDownKey), 4.0);
+    EXPECT_EQ(press(RingEditorViewMac::octave, juce::KeyPress::pageUpKey), 4.0);
+    EXPECT_EQ(press(RingEditorViewMac::octave, juce::KeyPress::endKey), 7.0);
+    EXPECT_NEAR(press(RingEditorViewMac::luck, juce::KeyPress::leftKey), 0.49, 1e-9);
+    EXPECT_NEAR(press(RingEditorViewMac::luck, juce::KeyPress::rightKey, juce::ModifierKeys::shiftModifier),
+                0.491, 1e-9);
+    EXPECT_EQ(press(RingEditorViewMac::luck, juce::KeyPress::homeKey), 0.0);
+    EXPECT_EQ(edits.size(), 7u) << "each is reported";
+}
+
+TEST_F(RingEditor, ADigitOnASliderBeginsAnEntryInItsField)
+{
+    panel.fill(2, {.octave = 3});
+    EXPECT_TRUE(panel.slider(RingEditorViewMac::octave).keyPressed(juce::KeyPress('6', {}, '6')));
+    EXPECT_EQ(shown(RingEditorViewMac::octave), "6");
+    EXPECT_TRUE(edits.empty());
+    panel.field(RingEditorViewMac::octave).keyPressed(juce::KeyPress(juce::KeyPress::returnKey));
+    EXPECT_EQ(edits, (std::vector<Edit>{{3, 2, 6.0f}}));
+}
+
+TEST_F(RingEditor, OnlyThePrimaryButtonDragsItOrItsSliders)
+{
+    panel.setTopLeftPosition(50, 60);
+    panel.fill(0, {.probability = 0.5f});
+    auto& slider = panel.slider(RingEditorViewMac::luck);
+    for (const auto button :
+         {juce::ModifierKeys::rightButtonModifier, juce::ModifierKeys::middleButtonModifier}) {
+        const juce::Point<float> from(5.0f, 5.0f);
+        for (auto* target : std::initializer_list<juce::Component*>{&panel, &slider}) {
+            target->mouseDown(clickAt(*target, from, button));
+            target->mouseDrag(mouseAt(*target, {30.0f, 30.0f}, from, true, 0, button));
+            target->mouseUp(mouseAt(*target, {30.0f, 30.0f}, from, true, 0, button));
+        }
+    }
+    EXPECT_EQ(panel.getPosition(), juce::Point(50, 60));
+    EXPECT_TRUE(edits.empty());
+}
+
+TEST_F(RingEditor, EscapeTakesASlidersDragBack)
+{
+    panel.fill(0, {.probability = 0.5f});
+    auto& slider = panel.slider(RingEditorViewMac::luck);
+    const auto at = [&](float part) {
+        return slider.getLocalBounds().toFloat().getRelativePoint(part, 0.5f);
+    };
+    EXPECT_FALSE(slider.keyPressed(juce::KeyPress(juce::KeyPress::escapeKey))) << "no drag, not its key";
+    slider.mouseDown(clickAt(slider, at(0.5f)));
+    slider.mouseDrag(mouseAt(slider, at(0.8f), at(0.5f), true));
+    EXPECT_GT(slider.getValue(), 0.6);
+    EXPECT_TRUE(slider.keyPressed(juce::KeyPress(juce::KeyPress::escapeKey)));
+    EXPECT_EQ(std::get<float>(edits.back()), 0.5f);
+    slider.mouseDrag(mouseAt(slider, at(0.9f), at(0.5f), true));
+    slider.mouseUp(mouseAt(slider, at(0.9f), at(0.5f), true));
+    EXPECT_EQ(std::get<float>(edits.back()), 0.5f);
 }
 
 TEST_F(RingEditor, NumbersThatAreNotFiniteCountAsNone)

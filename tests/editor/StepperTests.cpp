@@ -68,6 +68,21 @@ TEST_F(TempoStepper, UpAndDownAndTheWheelStepToo)
     EXPECT_EQ(steps, (std::vector{121.0, 120.0, 119.0}));
 }
 
+TEST_F(TempoStepper, PageKeysGoTenStepsAndHomeAndEndToTheEnds)
+{
+    for (const auto key : {juce::KeyPress::pageUpKey, juce::KeyPress::pageDownKey, juce::KeyPress::rightKey,
+                           juce::KeyPress::endKey, juce::KeyPress::upKey, juce::KeyPress::homeKey})
+        EXPECT_TRUE(stepper.keyPressed(juce::KeyPress(key)));
+    EXPECT_EQ(steps, (std::vector{130.0, 120.0, 121.0, 300.0, 40.0}));
+}
+
+TEST_F(TempoStepper, OnlyThePrimaryButtonSteps)
+{
+    stepper.mouseDown(clickAt(stepper, {9.0f, 4.0f}, juce::ModifierKeys::rightButtonModifier));
+    stepper.mouseUp(clickAt(stepper, {9.0f, 4.0f}, juce::ModifierKeys::rightButtonModifier));
+    EXPECT_TRUE(steps.empty());
+}
+
 TEST_F(TempoStepper, HeldItRepeatsUntilLetGo)
 {
     stepper.mouseDown(clickAt(stepper, {9.0f, 4.0f}));

@@ -1,7 +1,5 @@
 #include "editor/ValueField.h"
 
-#include "tests/host/MessageLoop.h"
-
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -19,12 +17,7 @@ protected:
         field.show("0.50");
     }
 
-    /// A text field tells what a key means in a message of its own.
-    void press(int key)
-    {
-        field.keyPressed(juce::KeyPress(key));
-        runMessagesFor(0.005);
-    }
+    bool press(int key) { return field.keyPressed(juce::KeyPress(key)); }
 
     ValueField field;
     std::vector<juce::String> entries;
@@ -52,6 +45,25 @@ TEST_F(NumberField, EscapeTakesAnEntryBack)
     field.focusLost(juce::Component::focusChangedDirectly);
     EXPECT_EQ(field.getText(), "0.50");
     EXPECT_TRUE(entries.empty());
+}
+
+TEST_F(NumberField, EscapeWithNothingToTakeBackIsLeftToWhatTheFieldLiesIn)
+{
+    EXPECT_FALSE(press(juce::KeyPress::escapeKey));
+    field.setText("0.9", false);
+    EXPECT_TRUE(press(juce::KeyPress::escapeKey));
+}
+
+TEST_F(NumberField, ANumberBeginsWithADigitAPointOrASignAndNotWithACommand)
+{
+    for (const auto character : {'0', '9', '.', '-'})
+        EXPECT_TRUE(ValueField::isFirstKeyOfNumber(
+            juce::KeyPress(character, {}, static_cast<juce::juce_wchar>(character))));
+    EXPECT_FALSE(ValueField::isFirstKeyOfNumber(juce::KeyPress('a', {}, 'a')));
+    EXPECT_FALSE(ValueField::isFirstKeyOfNumber(juce::KeyPress(juce::KeyPress::spaceKey, {}, ' ')));
+    EXPECT_FALSE(ValueField::isFirstKeyOfNumber(juce::KeyPress(juce::KeyPress::upKey)));
+    EXPECT_FALSE(
+        ValueField::isFirstKeyOfNumber(juce::KeyPress('1', juce::ModifierKeys::commandModifier, '1')));
 }
 
 TEST_F(NumberField, LosingTheFocusEndsAnEntryThatChangedTheTextAndNoOther)

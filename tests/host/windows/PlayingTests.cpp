@@ -178,6 +178,62 @@ TEST_F(PlayingApplication, ARingsPanelOpensTakesTypingMovesAndCloses)
     EXPECT_LT(coverage(shut, colours::panel, panel + move), 0.01);
 }
 
+class NewUser : public PlayingApplication
+{
+protected:
+    /// With the help in front, as at the very first start.
+    void SetUp() override
+    {
+        launch();
+        ASSERT_TRUE(windowAppears("Velotrine Help"));
+        ASSERT_TRUE(windowHasKeyboard("Velotrine Help"));
+    }
+
+    static void keys(const std::vector<std::string>& names)
+    {
+        for (const auto& name : names) {
+            pressKey(name);
+            runMessagesFor(0.1);
+        }
+    }
+};
+
+TEST_F(NewUser, PlaysAndSetsItUpByKeysAlone)
+{
+    keys({"Escape"});
+    ASSERT_TRUE(windowGoes("Velotrine Help"));
+    ASSERT_TRUE(windowHasKeyboard("Velotrine"));
+    const auto fresh = picture();
+
+    keys({"Tab", "Down"}); // to the second preset
+    EXPECT_GT(differingPixels(fresh, picture(), rings), 100) << "another preset, other spots";
+    EXPECT_EQ(peakOnJack(0.3), 0.0f);
+    keys({"Tab", "Tab", "Tab", "Tab", "Tab", "Tab"}); // help, root, scale, tempo, its stepper, play
+    const auto marked = picture();
+    EXPECT_GT(differingPixels(fresh, marked, inWindow(layout.playButton)), 20) << "the keyboard's mark";
+    keys({"space"});
+    EXPECT_GT(peakOnJack(2.0), 0.01f);
+
+    keys({"Tab", "Tab", "End", "Tab", "Home"}); // the rings, two knobs
+    const auto turned = picture();
+    for (const auto knob : {0u, 1u, 2u, 3u})
+        EXPECT_EQ(differingPixels(marked, turned, inWindow(layout.knobs[knob])) > 0, knob < 2) << knob;
+    EXPECT_GT(peakOnJack(1.0), 0.01f) << "it plays on";
+
+    keys({"shift+Tab", "shift+Tab", "Up", "Up", "Return"}); // ring 3
+    const auto open = picture();
+    EXPECT_GT(coverage(open, colours::panel, panel), 0.5);
+    xdotool({"type", "16"});
+    keys({"Return", "Escape"});
+    const auto shut = picture();
+    EXPECT_LT(coverage(shut, colours::panel, panel), 0.01);
+
+    keys({"space"});
+    EXPECT_TRUE(fallsSilent());
+    keys({"ctrl+q"});
+    EXPECT_EQ(end().exitCode, 0);
+}
+
 TEST_F(PlayingApplication, HelpOpensWhileItPlaysAndThePlayingGoesOnUntilTheApplicationEnds)
 {
     pressKey("space");

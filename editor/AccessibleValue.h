@@ -39,6 +39,22 @@ private:
     Functions functions;
 };
 
+/// A value that a screen reader can read, and no more.
+class AccessibleText final : public juce::AccessibilityTextValueInterface
+{
+public:
+    explicit AccessibleText(std::function<juce::String()> textOfControl) : text(std::move(textOfControl)) {}
+
+    bool isReadOnly() const override { return true; }
+
+    juce::String getCurrentValueAsString() const override { return text(); }
+
+    void setValueAsString(const juce::String&) override {}
+
+private:
+    std::function<juce::String()> text;
+};
+
 /// The handler of a control that reads like a slider.
 [[nodiscard]] inline std::unique_ptr<juce::AccessibilityHandler> makeSliderHandler(
     juce::Component& control, AccessibleRange::AccessibleValueRange range,
@@ -48,6 +64,17 @@ private:
         control, juce::AccessibilityRole::slider, juce::AccessibilityActions{},
         juce::AccessibilityHandler::Interfaces{
             std::make_unique<AccessibleRange>(range, std::move(functions))});
+}
+
+/// The handler of something that can be pressed and has something to read.
+[[nodiscard]] inline std::unique_ptr<juce::AccessibilityHandler> makeButtonHandler(
+    juce::Component& control, std::function<juce::String()> text, std::function<void()> press,
+    juce::AccessibilityRole role = juce::AccessibilityRole::button)
+{
+    return std::make_unique<juce::AccessibilityHandler>(
+        control, role,
+        juce::AccessibilityActions().addAction(juce::AccessibilityActionType::press, std::move(press)),
+        juce::AccessibilityHandler::Interfaces{std::make_unique<AccessibleText>(std::move(text))});
 }
 
 } // namespace velotrine
