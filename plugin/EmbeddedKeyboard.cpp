@@ -46,12 +46,11 @@ bool hasProperty(Display* display, ::Window window, const char* name)
     return window;
 }
 
-juce::TextEditor* fieldAt(juce::Component* component)
+juce::TextEditor* fieldAt(juce::Component& component)
 {
-    auto* const field = dynamic_cast<juce::TextEditor*>(component);
-    return field != nullptr || component == nullptr
-               ? field
-               : component->findParentComponentOfClass<juce::TextEditor>();
+    if (auto* const field = dynamic_cast<juce::TextEditor*>(&component))
+        return field;
+    return component.findParentComponentOfClass<juce::TextEditor>();
 }
 
 } // namespace
@@ -67,7 +66,6 @@ EmbeddedKeyboard::EmbeddedKeyboard(juce::Component& editor) : embeddedEditor(edi
 EmbeddedKeyboard::~EmbeddedKeyboard()
 {
     cancelPendingUpdate();
-    hear(nullptr);
     embeddedEditor.removeKeyListener(this);
     embeddedEditor.removeMouseListener(this);
     juce::Desktop::getInstance().removeFocusChangeListener(this);
@@ -78,7 +76,7 @@ EmbeddedKeyboard::~EmbeddedKeyboard()
 void EmbeddedKeyboard::mouseDown(const juce::MouseEvent& event)
 {
     const X11ErrorShield shield;
-    auto* const field = fieldAt(event.eventComponent);
+    auto* const field = fieldAt(*event.eventComponent);
     if (field != nullptr && field->hasKeyboardFocus(true))
         take(*field);
     else
@@ -99,21 +97,11 @@ void EmbeddedKeyboard::globalFocusChanged(juce::Component*)
 /// A key that nothing in the editor uses.
 bool EmbeddedKeyboard::keyPressed(const juce::KeyPress& key, juce::Component*)
 {
-    if (key == juce::KeyPress(juce::KeyPress::escapeKey) || key == juce::KeyPress(juce::KeyPress::returnKey))
-        endAfterKey();
+    if (key.isKeyCode(juce::KeyPress::escapeKey) || key.isKeyCode(juce::KeyPress::returnKey)) {
+        isEndedByKey = true;
+        triggerAsyncUpdate();
+    }
     return false;
-}
-
-/// A field uses Return, and Escape too, at which it gives the keyboard away by itself.
-void EmbeddedKeyboard::textEditorReturnKeyPressed(juce::TextEditor&)
-{
-    endAfterKey();
-}
-
-void EmbeddedKeyboard::endAfterKey()
-{
-    isEndedByKey = true;
-    triggerAsyncUpdate();
 }
 
 void EmbeddedKeyboard::handleAsyncUpdate()
@@ -125,8 +113,8 @@ void EmbeddedKeyboard::handleAsyncUpdate()
     auto* const focused = juce::Component::getCurrentlyFocusedComponent();
     auto* const menu = juce::Component::getCurrentlyModalComponent();
     if (isOurs && !isEnded && embeddedEditor.isParentOf(focused))
-        hear(fieldAt(focused));
-    else if (menu == nullptr)
+        return;
+    if (menu == nullptr)
         giveBack(isAfterMenu);
     else if (isAfterClick)
         takeForMenu(*menu);
@@ -142,7 +130,6 @@ void EmbeddedKeyboard::take(juce::TextEditor& field)
         peer->handleFocusLoss();
         peer->handleFocusGain();
     }
-    hear(&field);
     listenToKeys(true);
 }
 
@@ -166,7 +153,6 @@ void EmbeddedKeyboard::takeForMenu(juce::Component& menu)
 void EmbeddedKeyboard::giveBack(bool isAfterMenu)
 {
     isOurs = false;
-    hear(nullptr);
     if (auto* const focused = juce::Component::getCurrentlyFocusedComponent())
         if (embeddedEditor.isParentOf(focused))
             focused->giveAwayKeyboardFocus();
@@ -183,17 +169,6 @@ void EmbeddedKeyboard::giveBack(bool isAfterMenu)
         return;
     if (const auto topLevel = topLevelOf(display, ownWindow()))
         XSetInputFocus(display, topLevel, RevertToParent, CurrentTime);
-}
-
-void EmbeddedKeyboard::hear(juce::TextEditor* field)
-{
-    if (field == heardField)
-        return;
-    if (heardField != nullptr)
-        heardField->removeListener(this);
-    if (field != nullptr)
-        field->addListener(this);
-    heardField = field;
 }
 
 unsigned long EmbeddedKeyboard::ownWindow() const

@@ -10,7 +10,6 @@ namespace velotrine {
 class EmbeddedKeyboard final : private juce::FocusChangeListener,
                                private juce::MouseListener,
                                private juce::KeyListener,
-                               private juce::TextEditor::Listener,
                                private juce::AsyncUpdater
 {
 public:
@@ -23,20 +22,16 @@ private:
     void mouseDown(const juce::MouseEvent& event) override;
     void mouseUp(const juce::MouseEvent& event) override;
     bool keyPressed(const juce::KeyPress& key, juce::Component* target) override;
-    void textEditorReturnKeyPressed(juce::TextEditor& field) override;
     void handleAsyncUpdate() override;
 
     void take(juce::TextEditor& field);
     void takeForMenu(juce::Component& menu);
     void giveBack(bool isAfterMenu);
-    void endAfterKey();
-    void hear(juce::TextEditor* field);
 
     [[nodiscard]] unsigned long ownWindow() const;
     void listenToKeys(bool shouldListen) const;
 
     juce::Component& embeddedEditor;
-    juce::Component::SafePointer<juce::TextEditor> heardField;
     bool isOurs = false;            ///< from a click into a field on
     bool isEndedByKey = false;      ///< as soon as the key has done what it does
     bool mayHaveOpenedMenu = false; ///< the click that has just ended
