@@ -206,13 +206,15 @@ void RingEditorViewMac::mouseDown(const juce::MouseEvent& event)
         return;
     isDragging = true;
     dragStartOrigin = getPosition();
-    dragStartWindow = event.getScreenPosition();
+    dragStartWindow = event.position + getPosition().toFloat();
 }
 
 void RingEditorViewMac::mouseDrag(const juce::MouseEvent& event)
 {
-    if (isDragging)
-        setTopLeftPosition(dragStartOrigin + event.getScreenPosition() - dragStartWindow);
+    if (!isDragging)
+        return;
+    const auto movement = event.position + getPosition().toFloat() - dragStartWindow;
+    setTopLeftPosition(dragStartOrigin + movement.roundToInt());
 }
 
 void RingEditorViewMac::mouseUp(const juce::MouseEvent&)

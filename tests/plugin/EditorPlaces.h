@@ -26,6 +26,7 @@ inline constexpr auto innermostRing = "292 192";
 
 // Of the panel that a click on a ring brings up.
 inline constexpr auto panelGround = "30 70";
+inline constexpr auto panelTitle = "60 60";
 inline constexpr auto stepsField = "215 87";
 
 } // namespace velotrine
