@@ -25,7 +25,7 @@ LV2_Handle instantiate(const LV2_Descriptor*, double sampleRate, const char*,
         return nullptr;
     }
     if (!(sampleRate >= HostedInstrument::minSampleRate && sampleRate <= HostedInstrument::maxSampleRate)) {
-        log.error("There is no sound at a sample rate of " + std::to_string(sampleRate) + " Hz.");
+        log.sampleRateError(sampleRate);
         return nullptr;
     }
     try {

@@ -52,7 +52,7 @@ void Lv2Plugin::activate()
 {
     isActive = true;
     if (!instrument.prepare(hostSampleRate))
-        hostLog.error("There is no sound at a sample rate of " + std::to_string(hostSampleRate) + " Hz.");
+        hostLog.sampleRateError(hostSampleRate);
 }
 
 void Lv2Plugin::deactivate()

@@ -35,6 +35,8 @@ public:
 
     [[nodiscard]] std::string save() const { return host.save(); }
 
+    bool load(const std::string& state) { return host.load(state); }
+
 private:
     ClapLibrary library;
     ClapHost host{library};
@@ -53,6 +55,8 @@ public:
 
     [[nodiscard]] std::string save() const { return host.save(); }
 
+    bool load(const std::string& state) { return host.restore(state) == LV2_STATE_SUCCESS; }
+
 private:
     Lv2Library library;
     Lv2Host host{library};
@@ -70,6 +74,8 @@ public:
     void work(std::chrono::milliseconds duration) { host.runLoop(duration); }
 
     [[nodiscard]] std::string save() const { return host.save(); }
+
+    bool load(const std::string& state) { return host.load(state); }
 
 private:
     Vst3Host host;
@@ -141,6 +147,8 @@ public:
     [[nodiscard]] bool saves(std::string_view text) const { return save().find(text) != std::string::npos; }
 
     [[nodiscard]] std::string save() const { return editor.save(); }
+
+    bool load(const std::string& state) { return editor.load(state); }
 
 private:
     const VirtualDisplay& display = VirtualDisplay::shared();

@@ -28,5 +28,6 @@ inline constexpr auto innermostRing = "292 192";
 inline constexpr auto panelGround = "30 70";
 inline constexpr auto panelTitle = "60 60";
 inline constexpr auto stepsField = "215 87";
+inline constexpr auto luckField = "215 142";
 
 } // namespace velotrine
