@@ -45,9 +45,10 @@ void CycleRenderer::skip(int frames) noexcept
     if (framesLeftOver() != 0 || frames < 0)
         fatalError("CycleRenderer: sound is left over that would be skipped");
     const int begun = frames % cycleLength;
-    timestamp.mSampleTime += begun == 0 ? frames : frames - begun + cycleLength;
+    timestamp.mSampleTime += frames;
     if (begun == 0)
         return;
+    timestamp.mSampleTime += cycleLength - begun;
     std::ranges::fill(leftCycle, 0.0f);
     std::ranges::fill(rightCycle, 0.0f);
     available = cycleLength;

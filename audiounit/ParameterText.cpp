@@ -134,6 +134,15 @@ std::optional<float> parameterFromText(const ParameterInfo& parameter, std::stri
     return std::nullopt;
 }
 
+std::optional<float> amountFromEntry(std::string_view text)
+{
+    const auto inPercent = withoutSuffix(trimmed(text), "%");
+    const auto number = numberFromText(inPercent.value_or(trimmed(text)));
+    if (!number)
+        return std::nullopt;
+    return floatFrom(inPercent || *number > 1.0 ? *number / percent : *number);
+}
+
 std::optional<double> numberFromText(std::string_view text)
 {
     if (text.starts_with('+') && !text.starts_with("+-"))

@@ -15,6 +15,10 @@ namespace velotrine {
 /// text that is neither. A number outside the parameter's range is given as it stands.
 [[nodiscard]] std::optional<float> parameterFromText(const ParameterInfo& parameter, std::string_view text);
 
+/// Reads an amount that somebody typed where a percentage stood: 70, "70 %" and 0.7 are the same. None for a
+/// text that is no number. A number outside 0 to 1 is given as it stands.
+[[nodiscard]] std::optional<float> amountFromEntry(std::string_view text);
+
 /// Reads a whole text as a decimal number, in the C locale whatever the user's. None if it is anything else.
 [[nodiscard]] std::optional<double> numberFromText(std::string_view text);
 

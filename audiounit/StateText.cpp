@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <limits>
 #include <stdexcept>
+#include <utility>
 
 namespace velotrine {
 
@@ -155,22 +156,46 @@ AUFullState readState(const Input& document)
     return state;
 }
 
+/// A number or a text as JSON.
+std::string written(const OrderedJson& scalar)
+{
+    return scalar.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
+}
+
 } // namespace
 
-std::string textFromState(const AUFullState& state)
+// The library's documents take memory even while they are destroyed, and end the program where there is none.
+// So only numbers and texts go through it: whoever saves in a shortage gets an exception.
+std::string jsonObject(const std::vector<JsonMember>& members, int depth)
 {
-    OrderedJson parameters = OrderedJson::object();
+    constexpr std::size_t spacesPerLevel = 2;
+    const std::string outerIndent(spacesPerLevel * static_cast<std::size_t>(depth), ' ');
+    std::string text = "{";
+    for (const auto& [key, value] : members) {
+        text += text.size() == 1 ? "\n" : ",\n";
+        text += outerIndent + "  " + written(key) + ": " + value;
+    }
+    return members.empty() ? "{}" : text + "\n" + outerIndent + "}";
+}
+
+std::string textFromState(const AUFullState& state, const std::vector<JsonMember>& furtherMembers)
+{
+    std::vector<JsonMember> parameters;
     for (const auto& [identifier, value] : state.parameters)
         if (std::isfinite(value))
-            parameters[identifier] = value;
+            parameters.emplace_back(identifier, written(value));
 
-    OrderedJson preset;
+    std::string preset = "null";
     if (state.currentPreset)
-        preset = {{"number", state.currentPreset->number}, {"name", state.currentPreset->name}};
+        preset = jsonObject(
+            {{"number", written(state.currentPreset->number)}, {"name", written(state.currentPreset->name)}},
+            1);
 
-    const OrderedJson document{{"version", version}, {"preset", preset}, {"parameters", parameters}};
-    constexpr int indent = 2;
-    return document.dump(indent, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
+    std::vector<JsonMember> members{{"version", written(version)},
+                                    {"preset", std::move(preset)},
+                                    {"parameters", jsonObject(parameters, 1)}};
+    members.insert(members.end(), furtherMembers.begin(), furtherMembers.end());
+    return jsonObject(members, 0) + "\n";
 }
 
 StateFromText stateFromText(std::string_view text)

@@ -35,6 +35,34 @@ float* samplesOf(const AudioBuffer& buffer) noexcept
     return static_cast<float*>(buffer.mData);
 }
 
+void readMusicalContext(VelotrineDSPKernel& kernel, const AUHostMusicalContextBlock& musicalContext) noexcept
+{
+    double tempo = 0.0;
+    double beatsPerBar = 0.0;
+    std::int64_t beatUnit = 0;
+    double beatPosition = 0.0;
+    std::int64_t framesToNextBeat = 0;
+    double barStart = 0.0;
+    if (!musicalContext(&tempo, &beatsPerBar, &beatUnit, &beatPosition, &framesToNextBeat, &barStart))
+        return;
+    if (tempo > 0.0)
+        kernel.hostTempo = tempo;
+    if (beatsPerBar > 0.0)
+        kernel.hostBeatsPerBar = beatsPerBar;
+    if (beatUnit >= 1)
+        kernel.hostBeatUnit = static_cast<double>(beatUnit);
+}
+
+void readTransportState(VelotrineDSPKernel& kernel, const AUHostTransportStateBlock& transportState) noexcept
+{
+    AUHostTransportStateFlags flags = 0;
+    double samplePosition = 0.0;
+    double loopStart = 0.0;
+    double loopEnd = 0.0;
+    if (transportState(&flags, &samplePosition, &loopStart, &loopEnd))
+        kernel.hostPlaying = (flags & AUHostTransportStateMoving) != 0;
+}
+
 } // namespace
 
 VelotrineAudioUnit::VelotrineAudioUnit(const AudioComponentDescription& description,
@@ -75,23 +103,28 @@ std::shared_ptr<AUAudioUnitBusArray> VelotrineAudioUnit::inputBusses()
 std::shared_ptr<AUAudioUnitBusArray> VelotrineAudioUnit::outputBusses()
 {
     if (!_outputBusses)
-        _outputBusses =
-            std::make_shared<AUAudioUnitBusArray>(*this, AUAudioUnitBusType::output, std::vector{outputBus});
+        _outputBusses = std::make_shared<AUAudioUnitBusArray>(*this, AUAudioUnitBusType::output,
+                                                              std::vector{existingOutputBus()});
     return _outputBusses;
 }
 
-void VelotrineAudioUnit::allocateRenderResources()
+const std::shared_ptr<AUAudioUnitBus>& VelotrineAudioUnit::existingOutputBus() const noexcept
 {
-    AUAudioUnit::allocateRenderResources();
-    dspKernel->setup(maxFrames, outputBus->format().sampleRate);
-    contextHolder->musicalContext = musicalContextBlock();
-    contextHolder->transportState = transportStateBlock();
+    if (!outputBus)
+        fatalError("VelotrineAudioUnit: there is no output bus");
+    return outputBus;
 }
 
-void VelotrineAudioUnit::deallocateRenderResources()
+void VelotrineAudioUnit::makeRenderResources()
+{
+    ContextHolder newContext{musicalContextBlock(), transportStateBlock()};
+    dspKernel->setup(maxFrames, existingOutputBus()->format().sampleRate);
+    *contextHolder = std::move(newContext);
+}
+
+void VelotrineAudioUnit::dropRenderResources()
 {
     *contextHolder = {};
-    AUAudioUnit::deallocateRenderResources();
 }
 
 AUInternalRenderBlock VelotrineAudioUnit::internalRenderBlock()
@@ -110,32 +143,13 @@ AUInternalRenderBlock VelotrineAudioUnit::internalRenderBlock()
 
 void VelotrineAudioUnit::readHostContext(VelotrineDSPKernel& kernel, const ContextHolder& context) noexcept
 {
-    if (kernel.sync && context.musicalContext) {
-        double tempo = 0.0;
-        double beatsPerBar = 0.0;
-        std::int64_t beatUnit = 0;
-        double beatPosition = 0.0;
-        std::int64_t framesToNextBeat = 0;
-        double barStart = 0.0;
-        if (context.musicalContext(&tempo, &beatsPerBar, &beatUnit, &beatPosition, &framesToNextBeat,
-                                   &barStart)) {
-            if (tempo > 0.0)
-                kernel.hostTempo = tempo;
-            if (beatsPerBar > 0.0)
-                kernel.hostBeatsPerBar = beatsPerBar;
-            if (beatUnit >= 1)
-                kernel.hostBeatUnit = static_cast<double>(beatUnit);
-        }
-    }
-    // The user may have switched sync off in the meantime.
-    if (kernel.sync && context.transportState) {
-        AUHostTransportStateFlags flags = 0;
-        double samplePosition = 0.0;
-        double loopStart = 0.0;
-        double loopEnd = 0.0;
-        if (context.transportState(&flags, &samplePosition, &loopStart, &loopEnd))
-            kernel.hostPlaying = (flags & AUHostTransportStateMoving) != 0;
-    }
+    if (!kernel.sync)
+        return;
+    if (context.musicalContext)
+        readMusicalContext(kernel, context.musicalContext);
+    // Somebody may have switched sync off in the meantime.
+    if (kernel.sync && context.transportState)
+        readTransportState(kernel, context.transportState);
 }
 
 void VelotrineAudioUnit::applyEvents(VelotrineDSPKernel& kernel, const AURenderEvent* events) noexcept

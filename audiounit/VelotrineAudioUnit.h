@@ -11,6 +11,16 @@ namespace velotrine {
 
 /// The instrument as a host sees it: 39 parameters, ten presets, one stereo output, no input, no MIDI.
 /// Threads: see AUAudioUnit. The kernel may be read and written as VelotrineDSPKernel says.
+///
+/// Values are taken as they are, from the tree as from events, and bounded where they are read. What no bound
+/// can mend is a mistake of the caller and stops the program through fatalError:
+/// - a number of spots or an octave that is not finite or beyond 64 bits, when it is written;
+/// - such a root or scale, an octave whose notes are beyond 64 bits, or a timbre that is NaN, when a note is
+///   drawn;
+/// - while the clock runs, an Activity, Calories or phase, or a tempo of the host, that leaves the hand on a
+///   ring with spots at no finite position;
+/// - a stereo output that lacks the memory of a channel, when it is rendered into;
+/// - no standard stereo format, when the unit is made, or no output bus, when it is asked for.
 class VelotrineAudioUnit final : public AUAudioUnit
 {
 public:
@@ -32,9 +42,6 @@ public:
 
     void setMaximumFramesToRender(AUAudioFrameCount frames) override { maxFrames = frames; }
 
-    void allocateRenderResources() override;
-    void deallocateRenderResources() override;
-
     [[nodiscard]] const std::vector<AUAudioUnitPreset>& factoryPresets() override;
 
     [[nodiscard]] std::optional<AUAudioUnitPreset> currentPreset() const override { return _currentPreset; }
@@ -43,6 +50,8 @@ public:
     const std::shared_ptr<VelotrineDSPKernel> dspKernel = std::make_shared<VelotrineDSPKernel>();
 
 protected:
+    void makeRenderResources() override;
+    void dropRenderResources() override;
     [[nodiscard]] AUInternalRenderBlock internalRenderBlock() override;
     void applyCurrentPreset(const std::optional<AUAudioUnitPreset>& preset) override;
     void restoreCurrentPreset(const std::optional<AUAudioUnitPreset>& preset) override;
@@ -67,6 +76,7 @@ private:
     static void renderInto(VelotrineDSPKernel& kernel, const AudioBufferList& output,
                            int frameCount) noexcept;
     [[nodiscard]] std::shared_ptr<AUParameterTree> makeParameterTree() const;
+    [[nodiscard]] const std::shared_ptr<AUAudioUnitBus>& existingOutputBus() const noexcept;
 
     std::shared_ptr<KernelHandle> kernelHandle = std::make_shared<KernelHandle>(KernelHandle{dspKernel});
     std::shared_ptr<ContextHolder> contextHolder = std::make_shared<ContextHolder>();

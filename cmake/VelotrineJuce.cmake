@@ -3,6 +3,10 @@
 include_guard(GLOBAL)
 
 find_package(JUCE 7.0.5 CONFIG REQUIRED)
+include(JuceCorrections)
+if(UNIX AND NOT APPLE)
+  velotrine_correct_x11()
+endif()
 
 # VST3's C++ side and the modules below need these in every file that includes a JUCE header.
 set(VELOTRINE_JUCE_DEFINITIONS
@@ -35,3 +39,17 @@ set_target_properties(velotrine_juce PROPERTIES POSITION_INDEPENDENT_CODE ON CXX
 # The name under which JACK's patch bays show the application.
 set_source_files_properties("${JUCE_MODULES_DIR}/juce_audio_devices/juce_audio_devices.cpp"
                             PROPERTIES COMPILE_DEFINITIONS JUCE_JACK_CLIENT_NAME="Velotrine")
+
+# Reading JUCE's headers takes a compiler ten seconds a file. velotrine_editor compiles them once for all targets.
+function(velotrine_compile_juce_headers owner)
+  target_precompile_headers(${owner} PRIVATE <juce_audio_devices/juce_audio_devices.h>
+                            <juce_audio_processors/juce_audio_processors.h> <juce_gui_basics/juce_gui_basics.h>)
+endfunction()
+
+# velotrine_use_juce_headers(TARGET): takes what velotrine_editor has compiled.
+function(velotrine_use_juce_headers target)
+  target_precompile_headers(${target} REUSE_FROM velotrine_editor)
+  # A compiler takes them only with the options that they were compiled with, and programs would have -fPIE.
+  set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+  target_compile_options(${target} PRIVATE -fPIC)
+endfunction()

@@ -41,7 +41,7 @@ public:
     ImageProvider underlayImageProvider;
     ImageProvider overlayImageProvider;
 
-    /// What lies behind the knob, if that is one opaque colour: drawing is cheaper when it is known.
+    /// What lies behind the knob, if it is one opaque colour: drawing is cheaper when it is known.
     std::optional<juce::Colour> backdrop;
 
     /// Where the overlay stands at the ends of the range: degrees, clockwise from upright. The two differ.
@@ -55,7 +55,7 @@ public:
     std::function<void()> onDragBegan;
     std::function<void()> onDragEnded;
 
-    /// How a value reads, for the readout and the screen reader; "%.2f" where there is none.
+    /// How a value reads, for the readout and the screen reader; without it, two digits behind the point.
     std::function<juce::String(float)> textFromValue;
 
     /// Reads what somebody typed; none for what is no value, which then changes nothing. Without it, nothing
@@ -67,7 +67,7 @@ public:
     /// Bounds the value to the range and tells onValueChanged if that makes a difference.
     void setValue(float newValue);
 
-    /// A drag by so many points since it began, x to the right and y downward.
+    /// @param translation  points since the drag began, x to the right and y downward
     void handleDrag(DragState state, juce::Point<float> translation);
 
     void handleDoubleClick();
@@ -124,12 +124,12 @@ private:
     PixelGrid faceGrid;                ///< of no size while the face has changed
     float dragHome = 0.0f;             ///< degrees, at the start of the drag
 
-    /// What part of the knob's width turns it by one radian.
+    /// A drag over this fraction of the knob's width turns it by one radian.
     double speedFraction = 0.25;
 
     MouseState mouseState = MouseState::up;
-    juce::Point<float> dragBefore;       ///< what the drag has done before Shift last went up or down
-    juce::Point<float> dragSegmentStart; ///< and the mouse's way until then
+    juce::Point<float> dragBefore;       ///< what the drag had done when Shift last went up or down
+    juce::Point<float> dragSegmentStart; ///< and how far the mouse had moved by then
     float dragScale = 1.0f;
     bool readoutVisible = false;
     std::unique_ptr<ValueField> entry;

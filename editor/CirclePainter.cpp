@@ -15,7 +15,7 @@ float middleOf(int pixel)
     return static_cast<float>(pixel) + 0.5f;
 }
 
-/// Half the length of a circle's chord; 0 outside, and for a circle that is none.
+/// Half the length of a circle's chord; 0 outside the circle, and if its radius is not above 0.
 float halfChord(float radius, float distanceFromCentre)
 {
     if (radius <= std::abs(distanceFromCentre))

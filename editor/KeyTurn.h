@@ -93,7 +93,7 @@ inline std::optional<TurnKey> turnKeyOf(const juce::KeyPress& key)
     return value;
 }
 
-/// The index in a list of so many after a turn.
+/// The index in a list of `count` entries after a turn.
 [[nodiscard]] inline int turnedIndex(int index, int count, const KeyTurn& turn)
 {
     constexpr TurnDistances entries{.step = 1.0, .page = 4.0};

@@ -1,5 +1,7 @@
 #include "editor/ParameterWriter.h"
 
+#include "audiounit/Parameters.h"
+
 namespace velotrine {
 
 std::shared_ptr<AUParameter> ParameterWriter::parameterAt(AUParameterAddress address) const
@@ -14,14 +16,19 @@ float ParameterWriter::value(AUParameterAddress address, float missing) const
     return parameter ? parameter->value() : missing;
 }
 
+float ParameterWriter::value(ParameterAddress address) const
+{
+    return value(address, parameterTable().at(address).initialValue);
+}
+
 void ParameterWriter::write(AUParameterAddress address, float value)
 {
-    const auto isHeld = held == address;
+    const auto isHeld = gesture == address;
     if (!isHeld)
-        hold(address);
+        beginGesture(address);
     correct(address, value);
     if (!isHeld)
-        letGo(address);
+        endGesture(address);
 }
 
 void ParameterWriter::correct(AUParameterAddress address, float value)
@@ -30,15 +37,15 @@ void ParameterWriter::correct(AUParameterAddress address, float value)
         parameter->setValue(value);
 }
 
-void ParameterWriter::hold(AUParameterAddress address)
+void ParameterWriter::beginGesture(AUParameterAddress address)
 {
-    held = address;
+    gesture = address;
     announce(address, AUParameterAutomationEventType::touch);
 }
 
-void ParameterWriter::letGo(AUParameterAddress address)
+void ParameterWriter::endGesture(AUParameterAddress address)
 {
-    held.reset();
+    gesture.reset();
     announce(address, AUParameterAutomationEventType::release);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/ParameterAddress.h"
 #include "platform/AUParameterTree.h"
 
 #include <functional>
@@ -8,35 +9,39 @@
 
 namespace velotrine {
 
-/// Reads and writes the parameters of a tree for the controls of an editor. Every edit takes hold of its
-/// parameter before, and lets it go after, as music hosts that record automation want it. Main thread.
+/// Reads and writes the parameters of a tree for an editor's controls. Every edit is a gesture: its beginning
+/// and its end are announced, as hosts that record automation expect. Main thread.
 class ParameterWriter
 {
 public:
     using TreeProvider = std::function<std::shared_ptr<AUParameterTree>()>;
 
-    /// @param provider  the tree of the moment, or none
+    /// @param provider  the current tree, or none
     explicit ParameterWriter(TreeProvider provider) : treeNow(std::move(provider)) {}
 
-    /// @param missing  the answer where there is no such parameter
+    /// @param missing  returned if the tree has no such parameter
     [[nodiscard]] float value(AUParameterAddress address, float missing) const;
 
-    /// Writes a value; one that nobody holds is held for just this moment.
+    /// A parameter's value, or its initial one if the tree does not have it.
+    /// @param address  one that the table of parameters has
+    [[nodiscard]] float value(ParameterAddress address) const;
+
+    /// Writes a value. Outside a gesture, the write is a gesture of its own.
     void write(AUParameterAddress address, float value);
 
     /// Writes a value that is no edit of the user's.
     void correct(AUParameterAddress address, float value);
 
-    /// A gesture begins on a control, and ends; one at a time. Neither writes anything.
-    void hold(AUParameterAddress address);
-    void letGo(AUParameterAddress address);
+    /// Announce a gesture on a control; one at a time. Neither writes anything.
+    void beginGesture(AUParameterAddress address);
+    void endGesture(AUParameterAddress address);
 
 private:
     [[nodiscard]] std::shared_ptr<AUParameter> parameterAt(AUParameterAddress address) const;
     void announce(AUParameterAddress address, AUParameterAutomationEventType type);
 
     TreeProvider treeNow;
-    std::optional<AUParameterAddress> held;
+    std::optional<AUParameterAddress> gesture;
 };
 
 } // namespace velotrine

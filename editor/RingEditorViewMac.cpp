@@ -30,19 +30,22 @@ enum class EntryRule
 struct RowInfo
 {
     const char* label;
-    int maxValue; ///< from 0
+    RingParameter parameter;
     EntryRule entry;
 
     [[nodiscard]] bool isWhole() const { return entry == EntryRule::whole; }
+
+    /// From 0, for every ring.
+    [[nodiscard]] float maxValue() const { return parameterTable()[addressOf(parameter, 0)].maxValue; }
 };
 
 constexpr std::array<RowInfo, RingEditorViewMac::kindCount> rowInfos{{
-    {"STEPS", 16, EntryRule::whole},
-    {"SHIFT", 1, EntryRule::wrapped},
-    {"LUCK", 1, EntryRule::bounded},
-    {"OCTAVE", 7, EntryRule::whole},
-    {"VOLUME", 1, EntryRule::bounded},
-    {"TONE", 1, EntryRule::bounded},
+    {"STEPS", RingParameter::spots, EntryRule::whole},
+    {"SHIFT", RingParameter::phase, EntryRule::wrapped},
+    {"LUCK", RingParameter::probability, EntryRule::bounded},
+    {"OCTAVE", RingParameter::octave, EntryRule::whole},
+    {"VOLUME", RingParameter::volume, EntryRule::bounded},
+    {"TONE", RingParameter::timbre, EntryRule::bounded},
 }};
 
 /// A text that is no number counts as 0; blanks around one do not matter.
@@ -62,7 +65,7 @@ float applied(float number, const RowInfo& row)
         return fraction < 1.0f ? fraction : 0.0f;
     }
     // Adding zero makes -0 a plain 0.
-    return std::clamp(number, 0.0f, static_cast<float>(row.maxValue)) + 0.0f;
+    return std::clamp(number, 0.0f, row.maxValue()) + 0.0f;
 }
 
 juce::String fieldText(float value, const RowInfo& row)
@@ -109,7 +112,7 @@ void RingEditorViewMac::makeRow(Kind kind)
     row.slider = std::make_unique<RingSlider>();
     row.slider->setTitle(info.label);
     row.slider->setExplicitFocusOrder(2 * kind + 1);
-    row.slider->setRange(0.0, info.maxValue, info.isWhole() ? 1.0 : 0.0);
+    row.slider->setRange(0.0, static_cast<double>(info.maxValue()), info.isWhole() ? 1.0 : 0.0);
     row.slider->textFromValueFunction = [&info](double value) {
         return fieldText(static_cast<float>(value), info);
     };

@@ -47,7 +47,7 @@ public:
     /// Told of the user's edits; whole numbers come as floats.
     std::function<void(int kind, int ring, float value)> onParamChanged;
 
-    /// Told when a slider is taken hold of and let go.
+    /// Told when a drag of a slider begins, and when it ends.
     std::function<void(int kind, int ring)> onEditBegan;
     std::function<void(int kind, int ring)> onEditEnded;
 

@@ -4,6 +4,18 @@
 
 namespace velotrine {
 
+namespace {
+
+/// A menu acts on the field that has the keyboard, so a click in it is none elsewhere.
+bool isInMenu(const juce::Component& component)
+{
+    const auto* const open = juce::Component::getCurrentlyModalComponent();
+    return dynamic_cast<const juce::MenuBarComponent*>(&component) != nullptr ||
+           (open != nullptr && (open == &component || open->isParentOf(&component)));
+}
+
+} // namespace
+
 /// Hears every click in the program while the field has the keyboard, to leave it at one outside. A control
 /// takes the keyboard itself when it is pressed, before it acts; what is left is the bare background.
 class ValueField::ClickElsewhere final : public juce::MouseListener
@@ -22,11 +34,10 @@ public:
 
     void mouseDown(const juce::MouseEvent& event) override
     {
-        // A menu is a window of its own, and what it does is for the field.
+        // A menu may be a window of its own.
         const auto& clicked = *event.eventComponent;
         const auto isInWindow = clicked.getTopLevelComponent() == field.getTopLevelComponent();
-        const auto isInMenuBar = dynamic_cast<const juce::MenuBarComponent*>(&clicked) != nullptr;
-        if (isInWindow && !isInMenuBar && &clicked != &field && !field.isParentOf(&clicked))
+        if (isInWindow && !isInMenu(clicked) && &clicked != &field && !field.isParentOf(&clicked))
             field.leave();
     }
 

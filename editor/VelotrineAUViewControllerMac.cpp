@@ -22,10 +22,12 @@ namespace {
 constexpr int initialWidth = 480;
 constexpr int initialHeight = 360;
 constexpr float knobReset = 0.5f;
-constexpr double minTempo = 40.0;
-constexpr double maxTempo = 300.0;
-constexpr float missingTempo = 120.0f;
 constexpr float noticeFontScale = 0.7f;
+
+const ParameterInfo& tempoInfo()
+{
+    return parameterTable()[addressOf(GlobalParameter::bpm)];
+}
 
 /// Parameters that count something hold whole numbers; anything else got past all checks.
 std::int64_t wholeNumber(float value)
@@ -40,19 +42,6 @@ int boundedIndex(float value, std::size_t count)
 {
     return static_cast<int>(
         std::clamp<std::int64_t>(wholeNumber(value), 0, static_cast<std::int64_t>(count) - 1));
-}
-
-/// What somebody typed on a knob. Its readout is in percent, the ring's panel is not: 70 and 0.7 are the
-/// same.
-std::optional<float> amountFrom(const juce::String& typed)
-{
-    constexpr double percent = 100.0;
-    const auto text = typed.upToFirstOccurrenceOf("%", false, false).trim().toStdString();
-    const auto number = numberFromText(text);
-    if (!number)
-        return std::nullopt;
-    const auto isPercent = *number > 1.0 || typed.containsChar('%');
-    return static_cast<float>(std::clamp(isPercent ? *number / percent : *number, 0.0, 1.0));
 }
 
 std::unique_ptr<juce::Label> makeLabel(const juce::String& text)
@@ -163,10 +152,10 @@ std::unique_ptr<AURotaryControl> VelotrineAUViewControllerMac::makeKnob(
     knob->textFromValue = [address](float value) {
         return juceText(parameterText(parameterTable()[address], value));
     };
-    knob->valueFromText = amountFrom;
+    knob->valueFromText = [](const juce::String& text) { return amountFromEntry(text.toStdString()); };
     knob->onValueChanged = [this, address](float value) { write(address, value); };
-    knob->onDragBegan = [this, address] { parameters.hold(address); };
-    knob->onDragEnded = [this, address] { parameters.letGo(address); };
+    knob->onDragBegan = [this, address] { parameters.beginGesture(address); };
+    knob->onDragEnded = [this, address] { parameters.endGesture(address); };
     view().addAndMakeVisible(*knob);
     return knob;
 }
@@ -194,10 +183,10 @@ void VelotrineAUViewControllerMac::makeTransport()
     bpmField->onEntryEnded = [this](const juce::String& text) { bpmEntryEnded(text); };
     bpmStepper = std::make_unique<Stepper>();
     bpmStepper->setTitle("BPM");
-    bpmStepper->minValue = minTempo;
-    bpmStepper->maxValue = maxTempo;
+    bpmStepper->minValue = static_cast<double>(tempoInfo().minValue);
+    bpmStepper->maxValue = static_cast<double>(tempoInfo().maxValue);
     bpmStepper->onStep = [this](double) { bpmStepperChanged(); };
-    showTempo(missingTempo);
+    showTempo(tempoInfo().initialValue);
     playButton = std::make_unique<EditorButton>("Play", EditorButton::Face::playStop);
     playButton->onClick = [this] { playTapped(); };
     noticeLabel = makeLabel({});
@@ -218,10 +207,10 @@ void VelotrineAUViewControllerMac::makeRingEditor()
         write(addressOfKind(kind, ring), value);
     };
     ringEditor->onEditBegan = [this, addressOfKind](int kind, int ring) {
-        parameters.hold(addressOfKind(kind, ring));
+        parameters.beginGesture(addressOfKind(kind, ring));
     };
     ringEditor->onEditEnded = [this, addressOfKind](int kind, int ring) {
-        parameters.letGo(addressOfKind(kind, ring));
+        parameters.endGesture(addressOfKind(kind, ring));
     };
     view().addChildComponent(*ringEditor);
 }
@@ -273,20 +262,19 @@ void VelotrineAUViewControllerMac::refreshControls()
     if (!isViewLoaded() || !audioUnit || !audioUnit->parameterTree())
         return;
     const juce::ScopedValueSetter refreshing(isRefreshing, true);
-    activityKnob->setValue(parameters.value(addressOf(GlobalParameter::activity), knobReset));
-    boredomKnob->setValue(parameters.value(addressOf(GlobalParameter::boredom), knobReset));
-    caloriesKnob->setValue(parameters.value(addressOf(GlobalParameter::calories), knobReset));
-    drudgeryKnob->setValue(parameters.value(addressOf(GlobalParameter::drudgery), knobReset));
+    activityKnob->setValue(parameters.value(addressOf(GlobalParameter::activity)));
+    boredomKnob->setValue(parameters.value(addressOf(GlobalParameter::boredom)));
+    caloriesKnob->setValue(parameters.value(addressOf(GlobalParameter::calories)));
+    drudgeryKnob->setValue(parameters.value(addressOf(GlobalParameter::drudgery)));
 
-    const auto root =
-        boundedIndex(parameters.value(addressOf(GlobalParameter::rootNote), 0.0f), rootNames.size());
+    const auto root = boundedIndex(parameters.value(addressOf(GlobalParameter::rootNote)), rootNames.size());
     const auto scale =
-        boundedIndex(parameters.value(addressOf(GlobalParameter::scaleType), 0.0f), scaleNames.size());
+        boundedIndex(parameters.value(addressOf(GlobalParameter::scaleType)), scaleNames.size());
     rootButton->show(root);
     scaleButton->show(scale);
 
-    showTempo(parameters.value(addressOf(GlobalParameter::bpm), missingTempo));
-    syncButton->setToggleState(parameters.value(addressOf(GlobalParameter::sync), 1.0f) > 0.5f,
+    showTempo(parameters.value(addressOf(GlobalParameter::bpm)));
+    syncButton->setToggleState(parameters.value(addressOf(GlobalParameter::sync)) > 0.5f,
                                juce::dontSendNotification);
     playButton->setToggleState(isPlaying, juce::dontSendNotification);
     refreshRings();
@@ -304,8 +292,8 @@ void VelotrineAUViewControllerMac::refreshRings()
         // A host may write more than can be drawn.
         rings.ringSpotCounts[i] = std::clamp<std::int64_t>(spots, 0, maxSpotsPerRing);
         rings.spotsPerRing[i] = rings.ringSpotCounts[i];
-        rings.ringPhaseOffsets[i] = parameters.value(addressOf(RingParameter::phase, ring), 0.0f);
-        rings.ringProbabilities[i] = parameters.value(addressOf(RingParameter::probability, ring), 0.75f);
+        rings.ringPhaseOffsets[i] = parameters.value(addressOf(RingParameter::phase, ring));
+        rings.ringProbabilities[i] = parameters.value(addressOf(RingParameter::probability, ring));
     }
     rings.redraw();
 }
@@ -316,15 +304,13 @@ void VelotrineAUViewControllerMac::refreshRingEditor()
         return;
     const auto ring = *circlesView->selectedRing;
     const auto i = static_cast<std::size_t>(ring);
-    const auto missingOctave = static_cast<float>(ring + 1);
     RingSettings settings;
     settings.spots = static_cast<int>(circlesView->ringSpotCounts[i]);
     settings.phaseTurns = circlesView->ringPhaseOffsets[i];
     settings.probability = circlesView->ringProbabilities[i];
-    settings.octave = static_cast<int>(
-        wholeNumber(parameters.value(addressOf(RingParameter::octave, ring), missingOctave)));
-    settings.volume = parameters.value(addressOf(RingParameter::volume, ring), 0.7f);
-    settings.timbre = parameters.value(addressOf(RingParameter::timbre, ring), 0.5f);
+    settings.octave = static_cast<int>(wholeNumber(parameters.value(addressOf(RingParameter::octave, ring))));
+    settings.volume = parameters.value(addressOf(RingParameter::volume, ring));
+    settings.timbre = parameters.value(addressOf(RingParameter::timbre, ring));
     ringEditor->fill(ring, settings);
 }
 
@@ -333,7 +319,7 @@ void VelotrineAUViewControllerMac::refreshSyncDependentControls()
     if (!hostProvidesSync) {
         syncButton->setToggleState(false, juce::dontSendNotification);
         // Once, or each refresh would cause the next.
-        if (parameters.value(addressOf(GlobalParameter::sync), 1.0f) > 0.5f)
+        if (parameters.value(addressOf(GlobalParameter::sync)) > 0.5f)
             parameters.correct(addressOf(GlobalParameter::sync), 0.0f);
     }
     const auto isSynced = syncButton->getToggleState();
@@ -494,7 +480,9 @@ void VelotrineAUViewControllerMac::bpmStepperChanged()
 void VelotrineAUViewControllerMac::bpmEntryEnded(const juce::String& text)
 {
     const auto typed = text.getDoubleValue();
-    const auto bpm = static_cast<float>(std::clamp(std::isfinite(typed) ? typed : 0.0, minTempo, maxTempo));
+    const auto bpm = static_cast<float>(std::clamp(std::isfinite(typed) ? typed : 0.0,
+                                                   static_cast<double>(tempoInfo().minValue),
+                                                   static_cast<double>(tempoInfo().maxValue)));
     showTempo(bpm);
     write(addressOf(GlobalParameter::bpm), bpm);
 }

@@ -13,6 +13,7 @@ constexpr float menuFontPoints = 13.0f;
 constexpr float sliderThumbRadius = 5.5f;
 constexpr float sliderTrackHeight = 2.0f;
 constexpr float tickHeight = 4.0f;
+constexpr int menuBarLineHeight = 2; ///< under the menu that is open
 
 const auto menuBackground = grey(0.2f);
 
@@ -135,6 +136,25 @@ int VelotrineLookAndFeel::getMenuWindowFlags()
     return 0;
 }
 
+juce::Component* VelotrineLookAndFeel::getParentComponentForMenuOptions(
+    const juce::PopupMenu::Options& options)
+{
+    const auto* opener = options.getTargetComponent();
+    if (opener == nullptr)
+        opener = juce::Component::getCurrentlyFocusedComponent();
+    else if (dynamic_cast<const juce::MenuBarComponent*>(opener) == nullptr)
+        opener = nullptr;
+    return opener != nullptr ? opener->getTopLevelComponent()
+                             : LookAndFeel_V4::getParentComponentForMenuOptions(options);
+}
+
+void VelotrineLookAndFeel::preparePopupMenuWindow(juce::Component& menu)
+{
+    // The toolkit leaves this undone for the entries, which hand the keyboard to the window that they lie in.
+    for (auto* const entry : menu.getChildren())
+        entry->setMouseClickGrabsKeyboardFocus(false);
+}
+
 void VelotrineLookAndFeel::getIdealPopupMenuItemSize(const juce::String& text, bool isSeparator,
                                                      int standardHeight, int& width, int& height)
 {
@@ -183,6 +203,10 @@ void VelotrineLookAndFeel::drawMenuBarItem(juce::Graphics& graphics, int width, 
 {
     if (isMouseOverItem || isMenuOpen)
         graphics.fillAll(colours::control);
+    if (isMenuOpen) {
+        graphics.setColour(colours::focus);
+        graphics.fillRect(0, height - menuBarLineHeight, width, menuBarLineHeight);
+    }
     graphics.setColour(colours::text.withMultipliedAlpha(bar.isEnabled() ? 1.0f : dimmedAlpha));
     graphics.setFont(getMenuBarFont(bar, index, text));
     graphics.drawText(text, 0, 0, width, height, juce::Justification::centred, false);
@@ -209,6 +233,8 @@ void VelotrineLookAndFeel::positionComboBoxText(juce::ComboBox& box, juce::Label
     label.setFont(getComboBoxFont(box));
 }
 
+// Of the typefaces that the toolkit takes for the system's, none has a weight between regular and bold: those
+// are the nearest to a medium pop-up and a semibold button.
 juce::Font VelotrineLookAndFeel::getTextButtonFont(juce::TextButton&, int)
 {
     return systemFont(15.0f, true);

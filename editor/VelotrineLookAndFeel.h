@@ -24,6 +24,16 @@ public:
     void drawPopupMenuBackground(juce::Graphics& graphics, int width, int height) override;
     int getPopupMenuBorderSize() override;
     int getMenuWindowFlags() override;
+
+    /// The menu bar's menus, and those of the fields, which the toolkit opens on behalf of nobody, lie in the
+    /// window that has the keyboard. In a window of its own, as other menus have it, a menu takes the
+    /// keyboard when it is clicked, and the field that it is to act on has lost it.
+    juce::Component* getParentComponentForMenuOptions(const juce::PopupMenu::Options& options) override;
+
+    void preparePopupMenuWindow(juce::Component& menu) override;
+
+    void drawResizableFrame(juce::Graphics&, int, int, const juce::BorderSize<int>&) override {}
+
     void getIdealPopupMenuItemSize(const juce::String& text, bool isSeparator, int standardHeight, int& width,
                                    int& height) override;
     void drawTickBox(juce::Graphics& graphics, juce::Component& component, float x, float y, float width,

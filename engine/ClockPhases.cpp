@@ -67,7 +67,7 @@ struct PhaseVectors
         }
     }
 
-    /// No phase leaves [0, 1) within so many steps.
+    /// All phases are in [0, 1), and none leaves it within so many steps.
     HWY_INLINE bool StayWithinTurn(int frames) const
     {
         // Far more than the rounding of a run of additions.
@@ -78,10 +78,12 @@ struct PhaseVectors
         for (std::size_t i = 0; i < count; ++i) {
             const auto risen = hn::MulAdd(risingSteps[i], frameCount, rising[i]);
             const auto turned = hn::MulAdd(turningSteps[i], frameCount, turning[i]);
-            const auto belowOne = hn::Lt(hn::Max(risen, turned), hn::Set(d, 1.0 - margin));
-            const auto aboveZero =
+            const auto highest = hn::Max(hn::Max(rising[i], risen), hn::Max(turning[i], turned));
+            const auto belowOne = hn::Lt(highest, hn::Set(d, 1.0 - margin));
+            const auto startsAboveZero = hn::Ge(turning[i], hn::Zero(d));
+            const auto endsAboveZero =
                 hn::Or(hn::Ge(turned, hn::Set(d, margin)), hn::Ge(turningSteps[i], hn::Zero(d)));
-            stay = stay && hn::AllTrue(d, hn::And(belowOne, aboveZero));
+            stay = stay && hn::AllTrue(d, hn::And(belowOne, hn::And(startsAboveZero, endsAboveZero)));
         }
         return stay;
     }

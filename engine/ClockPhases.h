@@ -24,9 +24,10 @@ struct ClockPhases
 
     static constexpr std::size_t barClock = 5; ///< its place among the rising ones
 
-    /// Adds the steps so many times, and takes a turn off, or adds one, wherever a phase leaves [0, 1). The
-    /// sums are those of one addition after the other, to the last bit: where a crossing falls exactly on a
-    /// frame, that bit decides which frame it is.
+    /// Adds the steps so many times. After each, one turn is taken off a phase that has reached 1, and one is
+    /// added to a rotation below 0: phases far outside the turn come back by one turn a frame. The sums are
+    /// those of one addition after the other, to the last bit: where a crossing falls exactly on a frame, that
+    /// bit decides which frame it is.
     void advance(int frames) noexcept VELOTRINE_NONBLOCKING;
 
     /// Whether all phases are in [0, 1]; restored ones need not be.

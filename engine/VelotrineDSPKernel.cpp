@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 namespace velotrine {
 
@@ -149,10 +150,14 @@ void VelotrineDSPKernel::setup(std::int64_t newMaxFrames, double newSampleRate)
 {
     if (newMaxFrames < 0)
         fatalError("setup: a negative number of frames");
+    auto newPool = std::make_unique<VoicePool>(newSampleRate);
+    std::vector<float> newScratchBuf(static_cast<std::size_t>(newMaxFrames), 0.0f);
+
+    // From here on nothing can fail.
     maxFrames = newMaxFrames;
     sampleRate = newSampleRate;
-    voicePool = std::make_unique<VoicePool>(sampleRate);
-    scratchBuf.assign(static_cast<std::size_t>(maxFrames), 0.0f);
+    voicePool = std::move(newPool);
+    scratchBuf = std::move(newScratchBuf);
     reset();
 }
 
@@ -181,7 +186,7 @@ void VelotrineDSPKernel::process(float* left, float* right, int frameCount) noex
         return;
     if (!voicePool)
         fatalError("process: there are no voices before setup");
-    if (frameCount > maxFrames)
+    if (std::cmp_greater(frameCount, scratchBuf.size()))
         fatalError("process: more frames than setup was told of");
 
     const Transport transport{.followsHost = sync, .internalPlaying = internalPlaying};
@@ -189,11 +194,11 @@ void VelotrineDSPKernel::process(float* left, float* right, int frameCount) noex
     if (const auto tempo = currentTempo(transport))
         runClock(*tempo, frameCount);
 
+    std::fill_n(scratchBuf.begin(), frameCount, 0.0f);
     if (voicePool->isSilent()) {
         std::fill_n(left, frameCount, 0.0f);
         std::fill_n(right, frameCount, 0.0f);
     } else {
-        std::fill_n(scratchBuf.begin(), frameCount, 0.0f);
         voicePool->render(scratchBuf.data(), frameCount);
         softClip(scratchBuf.data(), volume, left, right, frameCount);
     }
@@ -323,7 +328,8 @@ void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept V
             hands.find(phases);
         for (const auto& ring : motion.rings)
             if (nextLook[ring.ring] <= frame || frame == lastFrame)
-                nextLook[ring.ring] = frame + 1 + lookAtRing(motion, ring, frame);
+                nextLook[ring.ring] =
+                    frame + 1 + std::min(lookAtRing(motion, ring, frame), lastFrame - frame);
     }
     storePhases();
 }
@@ -369,7 +375,7 @@ void VelotrineDSPKernel::loadHands(const Motion& motion) noexcept VELOTRINE_NONB
 int VelotrineDSPKernel::lookAtRing(const Motion& motion, const RingMotion& ring,
                                    int frame) noexcept VELOTRINE_NONBLOCKING
 {
-    constexpr int whileSilent = std::numeric_limits<int>::max() / 2;
+    constexpr int whileSilent = std::numeric_limits<int>::max();
     constexpr double forLong = 1.0e6;
     const auto r = ring.ring;
     const bool hasSpots = ring.spotCount >= 1;

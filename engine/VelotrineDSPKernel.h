@@ -85,7 +85,7 @@ public:
 
     double sampleRate = 44100.0;          ///< Hz
     std::unique_ptr<VoicePool> voicePool; ///< none before the first setup
-    std::vector<float> scratchBuf;        ///< mono mix, maxFrames long
+    std::vector<float> scratchBuf;        ///< mono mix of the last call, maxFrames long
     std::int64_t maxFrames = 512;         ///< longest render cycle
 
     // Clock, rings and note chain
@@ -111,7 +111,8 @@ public:
     /// The value stored under an address; 0 for an address beyond 38. Any thread.
     [[nodiscard]] float parameter(ParameterAddress address) const noexcept VELOTRINE_NONBLOCKING;
 
-    /// Prepares for rendering: a new pool of silent voices, the clock at 0. Allocates.
+    /// Prepares for rendering: a new pool of silent voices, the clock at 0. Allocates; where that throws, all
+    /// stays as it was.
     /// @param newMaxFrames   longest render cycle to come; negative is a fatal error
     /// @param newSampleRate  Hz
     void setup(std::int64_t newMaxFrames, double newSampleRate);

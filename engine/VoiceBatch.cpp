@@ -134,7 +134,8 @@ struct VoiceVectors
             const std::size_t lane = firstLane + v * hn::Lanes(d);
             carrierPhase[v] = hn::Load(d, lanes.carrierPhase + lane);
             modPhase[v] = hn::Load(d, lanes.modPhase + lane);
-            // Of a step beyond a turn only the fraction is heard.
+            // A fast modulator at a low rate makes more than a turn a sample, of which only the fraction is
+            // heard. Whole turns would pile up, since MovedOn takes off one, and cost digits of the sine.
             const auto sampleRate = hn::Load(d, lanes.sampleRate + lane);
             carrierStep[v] = FractionOf(hn::Div(hn::Load(d, lanes.carrierFreq + lane), sampleRate));
             modStep[v] = FractionOf(hn::Div(hn::Load(d, lanes.modFreq + lane), sampleRate));

@@ -2,6 +2,7 @@
 
 #include "editor/Colours.h"
 #include "host/BundleInformation.h"
+#include "host/DesktopScale.h"
 
 #include <iostream>
 #include <utility>
@@ -16,7 +17,9 @@ constexpr int noDisplay = 1;       ///< exit code
 
 } // namespace
 
-AppDelegate::AppDelegate(AudioDeviceOptions options) : deviceOptions(std::move(options)) {}
+AppDelegate::AppDelegate(AudioDeviceOptions options, std::optional<double> scale)
+    : deviceOptions(std::move(options)), scaleOption(scale)
+{}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -38,7 +41,21 @@ void AppDelegate::initialise(const juce::String&)
         quit();
         return;
     }
+    applyScale();
     applicationDidFinishLaunching();
+}
+
+void AppDelegate::applyScale() const
+{
+    const auto wanted = scaleOption ? scaleOption : desktopScale(readDesktopSettings());
+    auto& desktop = juce::Desktop::getInstance();
+    const auto* const screen = desktop.getDisplays().getPrimaryDisplay();
+    if (!wanted || screen == nullptr)
+        return;
+    // The toolkit scales each screen by itself, by some of the same settings or by its density: only what is
+    // left to do is done here.
+    const auto done = screen->scale / static_cast<double>(desktop.getGlobalScaleFactor());
+    desktop.setGlobalScaleFactor(static_cast<float>(*wanted / done));
 }
 
 void AppDelegate::applicationDidFinishLaunching()
@@ -63,7 +80,8 @@ void AppDelegate::buildWindow()
     hostVC->engine.setDeviceOptions(deviceOptions);
     hostVC->onHelpWindowCreated = [this](HelpWindowController& help) { adopt(help.window()); };
 
-    window = std::make_unique<HostWindow>("Velotrine", colours::background, hostVC->view());
+    window = std::make_unique<MainWindow>("Velotrine", colours::background, hostVC->view());
+    window->onHelpAsked = [this] { showAbout(); };
 #if JUCE_MAC
     juce::MenuBarModel::setMacMainMenu(menu.get());
 #else

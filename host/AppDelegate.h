@@ -3,12 +3,13 @@
 #include "editor/VelotrineLookAndFeel.h"
 #include "host/AudioDeviceOptions.h"
 #include "host/HostViewController.h"
-#include "host/HostWindow.h"
 #include "host/MainMenu.h"
+#include "host/MainWindow.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
 #include <memory>
+#include <optional>
 
 namespace velotrine {
 
@@ -17,15 +18,18 @@ namespace velotrine {
 class AppDelegate final : public juce::JUCEApplication
 {
 public:
-    explicit AppDelegate(AudioDeviceOptions deviceOptions);
+    /// @param scale  pixels a point; without one, the desktop's
+    explicit AppDelegate(AudioDeviceOptions deviceOptions, std::optional<double> scale = {});
     ~AppDelegate() override;
 
-    std::unique_ptr<HostWindow> window;
+    std::unique_ptr<MainWindow> window;
     std::shared_ptr<HostViewController> hostVC;
 
     void applicationDidFinishLaunching();
 
     [[nodiscard]] bool applicationShouldTerminateAfterLastWindowClosed() const noexcept { return true; }
+
+    [[nodiscard]] bool applicationSupportsSecureRestorableState() const noexcept { return true; }
 
     /// Help, at its title card.
     void showAbout();
@@ -36,6 +40,7 @@ public:
     void shutdown() override;
 
 private:
+    void applyScale() const;
     void buildMenu();
     void buildWindow();
     void adopt(HostWindow& newWindow);
@@ -44,7 +49,8 @@ private:
     void showAll();
     void forEachOpenWindow(const std::function<void(HostWindow&)>& action);
 
-    AudioDeviceOptions deviceOptions;
+    const AudioDeviceOptions deviceOptions;
+    const std::optional<double> scaleOption;
     VelotrineLookAndFeel lookAndFeel;
     std::unique_ptr<MainMenu> menu;
 };

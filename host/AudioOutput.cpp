@@ -1,5 +1,8 @@
 #include "host/AudioOutput.h"
 
+#include "audiounit/ParameterText.h"
+#include "audiounit/SampleRateRange.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -99,8 +102,11 @@ juce::String AudioOutput::openDevice(juce::AudioIODeviceType& type, const juce::
     auto problem = opened->open({}, outputs, rate, frames);
     if (problem.isNotEmpty())
         return problem;
-    if (opened->getCurrentSampleRate() <= 0.0 || opened->getCurrentBufferSizeSamples() <= 0)
-        return "it has no sample rate";
+    if (const auto given = opened->getCurrentSampleRate(); !isPlayable(given))
+        return "it runs at " + juce::String(shortestText(static_cast<float>(given))) +
+               " Hz; 8000 to 768000 Hz will do";
+    if (opened->getCurrentBufferSizeSamples() <= 0)
+        return "it has no buffer";
     device = std::move(opened);
     return {};
 }

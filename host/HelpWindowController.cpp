@@ -115,9 +115,9 @@ void HelpWindowController::showPage(int index)
         pages[page]->setVisible(page == static_cast<std::size_t>(index));
 }
 
-void HelpWindowController::showWindow()
+void HelpWindowController::showWindow(const juce::Component* neighbour)
 {
-    helpWindow->show();
+    helpWindow->show(neighbour);
 }
 
 HostWindow& HelpWindowController::window() noexcept

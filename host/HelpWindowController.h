@@ -25,7 +25,8 @@ public:
     void showPage(int index);
 
     /// Brings the window to the front and gives it the keyboard.
-    void showWindow();
+    /// @param neighbour  in the window beside which it opens the first time
+    void showWindow(const juce::Component* neighbour = nullptr);
 
     [[nodiscard]] HostWindow& window() noexcept;
 

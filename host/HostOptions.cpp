@@ -1,10 +1,10 @@
 #include "host/HostOptions.h"
 
+#include "host/DesktopScale.h"
+#include "render/ArgumentParser.h"
 #include "render/Arguments.h"
 #include "render/Errors.h"
 #include "render/NearestName.h"
-
-#include <CLI/CLI.hpp>
 
 #include <algorithm>
 
@@ -18,7 +18,8 @@ constexpr int usageWrong = 2;
 constexpr const char* examples = R"(Examples:
   VelotrineHostMac
   VelotrineHostMac --list-devices
-  VelotrineHostMac --device system --buffer 128)";
+  VelotrineHostMac --device system --buffer 128
+  VelotrineHostMac --scale 1.5)";
 
 /// What was typed, option by option; empty where nothing was.
 struct HostArguments
@@ -27,6 +28,7 @@ struct HostArguments
     std::string device;
     std::string sampleRate;
     std::string buffer;
+    std::string scale;
 };
 
 ProgramEnd complaint(const UsageError& error)
@@ -44,6 +46,9 @@ HostOptions understood(const HostArguments& arguments)
         options.device.sampleRate = sampleRateArgument("--sample-rate", arguments.sampleRate);
     if (!arguments.buffer.empty())
         options.device.bufferFrames = framesArgument("--buffer", arguments.buffer);
+    if (!arguments.scale.empty())
+        options.scale = numberArgument(
+            {"--scale", smallestScale, largestScale, false, "a number from 0.5 to 8"}, arguments.scale);
     return options;
 }
 
@@ -52,24 +57,24 @@ HostOptions understood(const HostArguments& arguments)
 std::variant<HostOptions, ProgramEnd> parseHostOptions(std::span<const char* const> arguments)
 {
     HostArguments typed;
-    CLI::App app("Velotrine: a musical instrument that plays itself", programName);
-    app.set_version_flag("--version", "Velotrine " VELOTRINE_VERSION);
-    app.add_flag("--list-devices", typed.listDevices, "List the audio devices, the default first");
-    app.add_option("--device", typed.device, "Audio device to play on [JACK if it runs, else ALSA's default]")
-        ->type_name("NAME");
-    app.add_option("--sample-rate", typed.sampleRate, "Sample rate; the device's nearest is taken [its own]")
-        ->type_name("HZ");
-    app.add_option("--buffer", typed.buffer, "Buffer size; the device's nearest is taken [its own]")
-        ->type_name("FRAMES");
-    app.footer(examples);
+    ArgumentParser parser(programName, "Velotrine " VELOTRINE_VERSION);
+    auto program = parser.program();
+    program.addFlag("--list-devices", typed.listDevices, "List the audio devices, the default first");
+    program.addOption("--device", typed.device,
+                      "Audio device to play on [JACK if it runs, else ALSA's default]", "NAME");
+    program.addOption("--sample-rate", typed.sampleRate,
+                      "Sample rate; the device's nearest is taken [its own]", "HZ");
+    program.addOption("--buffer", typed.buffer, "Buffer size; the device's nearest is taken [its own]",
+                      "FRAMES");
+    program.addOption("--scale", typed.scale,
+                      "How many times its plain size everything is [the desktop's scale]", "NUMBER");
+    program.addExamples(examples);
 
     try {
-        parseArguments(app, arguments);
+        const auto request = parser.parse(arguments);
+        if (request.answer)
+            return ProgramEnd{.exitCode = 0, .out = *request.answer, .err = {}};
         return understood(typed);
-    } catch (const CLI::CallForHelp&) {
-        return ProgramEnd{.exitCode = 0, .out = app.help(), .err = {}};
-    } catch (const CLI::CallForVersion& version) {
-        return ProgramEnd{.exitCode = 0, .out = version.what() + std::string("\n"), .err = {}};
     } catch (const UsageError& error) {
         return complaint(error);
     }

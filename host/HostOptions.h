@@ -15,7 +15,8 @@ namespace velotrine {
 struct HostOptions
 {
     AudioDeviceOptions device;
-    bool listDevices = false; ///< print deviceListing() instead of opening a window
+    std::optional<double> scale; ///< pixels a point, smallestScale to largestScale; none follows the desktop
+    bool listDevices = false;    ///< print deviceListing() instead of opening a window
 };
 
 /// What the application prints before it ends without opening a window.

@@ -229,7 +229,7 @@ void HostViewController::showHelp(int page)
     }
     // The page first, so that the window does not open on another.
     helpWindowController->showPage(page);
-    helpWindowController->showWindow();
+    helpWindowController->showWindow(&view());
 }
 
 } // namespace velotrine

@@ -24,16 +24,22 @@ public:
     /// The user cannot make the content smaller.
     void setMinimumContentSize(int width, int height);
 
-    /// Shows the window, in the middle of the screen if for the first time, and gives it the keyboard.
-    void show();
+    /// Shows the window and gives it the keyboard. The first time it opens beside another one that is on the
+    /// screen, else in the middle.
+    void show(const juce::Component* neighbour = nullptr);
 
     void closeButtonPressed() override;
     bool keyPressed(const juce::KeyPress& key) override;
     void resized() override;
     void moved() override;
 
+protected:
+    /// Without the frame, but with the menu bar; in points.
+    [[nodiscard]] juce::Rectangle<int> smallestSize();
+
 private:
     void boundSize();
+    void place(const juce::Component* neighbour);
 
     juce::ComponentBoundsConstrainer bounds;
     int minimumContentWidth = 1;

@@ -16,9 +16,9 @@ int finish(const ProgramEnd& end)
     return end.exitCode;
 }
 
-AudioDeviceOptions& deviceOptions()
+HostOptions& applicationOptions()
 {
-    static AudioDeviceOptions options;
+    static HostOptions options;
     return options;
 }
 
@@ -40,9 +40,9 @@ int main(int argc, char** argv)
             return finish(*end);
     }
 
-    deviceOptions() = options.device;
+    applicationOptions() = options;
     juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* {
-        return new AppDelegate(deviceOptions());
+        return new AppDelegate(applicationOptions().device, applicationOptions().scale);
     };
     return juce::JUCEApplicationBase::main(argc, const_cast<const char**>(argv));
 }

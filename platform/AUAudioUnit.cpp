@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <new>
+#include <string>
 #include <utility>
 
 namespace velotrine {
@@ -14,6 +16,9 @@ struct AUAudioUnit::RenderLimits
 {
     std::atomic<bool> allocated{false};
     std::atomic<AUAudioFrameCount> maximumFrames{0};
+
+    /// Made beforehand, since it takes memory itself.
+    const AUError noMemory{kAudioUnitErr_FailedInitialization, "There is not enough memory to render."};
 };
 
 AUAudioUnit::AUAudioUnit(const AudioComponentDescription& description,
@@ -48,13 +53,30 @@ void AUAudioUnit::instantiate(const AudioComponentDescription& description,
 
 void AUAudioUnit::allocateRenderResources()
 {
-    renderLimits->maximumFrames = maximumFramesToRender();
+    const auto frames = maximumFramesToRender();
+    if (frames > mostFramesToRender)
+        throw AUError(kAudioUnitErr_TooManyFramesToProcess,
+                      std::to_string(frames) + " frames are too many for one render cycle; it takes up to " +
+                          std::to_string(mostFramesToRender) + ".");
+
+    const bool wasAllocated = renderLimits->allocated.exchange(false);
+    try {
+        makeRenderResources();
+    } catch (const std::bad_alloc&) {
+        renderLimits->allocated = wasAllocated;
+        throw AUError(renderLimits->noMemory);
+    } catch (...) {
+        renderLimits->allocated = wasAllocated;
+        throw;
+    }
+    renderLimits->maximumFrames = frames;
     renderLimits->allocated = true;
 }
 
 void AUAudioUnit::deallocateRenderResources()
 {
     renderLimits->allocated = false;
+    dropRenderResources();
 }
 
 bool AUAudioUnit::renderResourcesAllocated() const noexcept

@@ -98,9 +98,13 @@ public:
     [[nodiscard]] virtual AUAudioFrameCount maximumFramesToRender() const = 0;
     virtual void setMaximumFramesToRender(AUAudioFrameCount frames) = 0;
 
-    /// Prepares for rendering at the current bus formats. Throws AUError when that cannot be done.
-    virtual void allocateRenderResources();
-    virtual void deallocateRenderResources();
+    /// Nearly six minutes at 48 kHz: no host renders more in one cycle.
+    static constexpr AUAudioFrameCount mostFramesToRender = AUAudioFrameCount{1} << 24;
+
+    /// Prepares for rendering at the current bus formats. Throws AUError when that cannot be done: more than
+    /// mostFramesToRender are to be rendered, or there is no memory. Then all is as it was before.
+    void allocateRenderResources();
+    void deallocateRenderResources();
     [[nodiscard]] bool renderResourcesAllocated() const noexcept;
 
     /// What the host calls on its render thread. It answers kAudioUnitErr_Uninitialized while no render
@@ -142,6 +146,13 @@ public:
     void removePropertyObserver(AUProperty property, ObserverToken token);
 
 protected:
+    /// Makes what rendering needs for maximumFramesToRender(). Nothing renders meanwhile. What it throws
+    /// leaves everything as it was.
+    virtual void makeRenderResources() {}
+
+    /// Lets go of what the host gave for rendering. Nothing renders any more.
+    virtual void dropRenderResources() {}
+
     /// Renders without a check. A new block each time; it must not need the unit itself.
     [[nodiscard]] virtual AUInternalRenderBlock internalRenderBlock() = 0;
 

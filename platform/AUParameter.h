@@ -27,7 +27,7 @@ inline constexpr AudioUnitParameterOptions kAudioUnitParameterFlag_CanRamp = 0x0
 inline constexpr AudioUnitParameterOptions kAudioUnitParameterFlag_IsReadable = 0x40000000;
 inline constexpr AudioUnitParameterOptions kAudioUnitParameterFlag_IsWritable = 0x80000000;
 
-/// Why a value is written: just so, or because somebody begins or ends to hold the control.
+/// What an automation event says: a value, or that a gesture on the control begins (touch) or ends (release).
 enum class AUParameterAutomationEventType : std::uint32_t
 {
     value = 0,
@@ -113,13 +113,13 @@ public:
     /// the one whose token the writer passes. Does nothing once the tree is gone.
     void setValue(AUValue value, AUParameterObserverToken originator = 0);
 
-    /// The same, saying since when and why. A control that is held sends touch, then values, then release;
-    /// automation observers learn of all, the others of the values.
+    /// The same, saying since when and why. A gesture is touch, then values, then release; automation
+    /// observers are told of all three, the others of the values.
     void setValue(AUValue value, AUParameterObserverToken originator, std::uint64_t hostTime,
                   AUParameterAutomationEventType eventType);
 
-    /// Tells the automation observers that somebody begins or ends to hold the control, with the value that
-    /// it has now. Nothing is written: what automation has set meanwhile stays.
+    /// Tells the automation observers that a gesture begins or ends, with the parameter's current value.
+    /// Nothing is written, so what automation has set in the meantime stays.
     /// @param eventType  touch or release
     void announce(AUParameterAutomationEventType eventType);
 

@@ -39,7 +39,7 @@ public:
     /// The observer is told of every write but its own, on the writer's thread.
     [[nodiscard]] AUParameterObserverToken tokenByAddingParameterObserver(AUParameterObserver observer);
 
-    /// The same, told also when a control is taken hold of and let go.
+    /// The same, told also when a gesture begins and ends.
     [[nodiscard]] AUParameterObserverToken tokenByAddingParameterAutomationObserver(
         AUParameterAutomationObserver observer);
 

@@ -6,6 +6,7 @@
 #include "plugin/HostValue.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace velotrine {
@@ -65,7 +66,11 @@ HostedInstrument::HostedInstrument(InstrumentHost& host)
 
 HostedInstrument::~HostedInstrument()
 {
-    unit->parameterTree()->removeParameterObserver(editsToken);
+    try {
+        unit->parameterTree()->removeParameterObserver(editsToken);
+    } catch (const std::exception&) {
+        // It takes memory. The unit ends with this, and nobody sets its values any more.
+    }
     release();
     unit->setMusicalContextBlock({});
     unit->setTransportStateBlock({});
@@ -74,14 +79,18 @@ HostedInstrument::~HostedInstrument()
 bool HostedInstrument::prepare(double sampleRate)
 {
     release();
-    if (!(sampleRate >= minSampleRate && sampleRate <= maxSampleRate))
+    if (!takesSampleRate(sampleRate))
         return false;
     auto& bus = (*unit->outputBusses())[0];
     bus.setFormat({sampleRate, bus.format().channelCount});
     unit->setMaximumFramesToRender(CycleRenderer::defaultCycleFrames);
-    unit->allocateRenderResources();
-    cycles.setup(unit->renderBlock());
-    isAtRest = false;
+    try {
+        unit->allocateRenderResources();
+        cycles.setup(unit->renderBlock());
+    } catch (const std::exception&) {
+        release();
+        throw;
+    }
     return true;
 }
 
@@ -173,7 +182,7 @@ void HostedInstrument::render(float* left, float* right, int frames) noexcept
 
 void HostedInstrument::renderCycles(float* left, float* right, int frames) noexcept
 {
-    std::array<float, CycleRenderer::defaultCycleFrames> unheard;
+    std::array<float, CycleRenderer::defaultCycleFrames> unheard{};
     const auto longest = left != nullptr && right != nullptr ? frames : static_cast<int>(unheard.size());
     for (int done = 0; done < frames;) {
         const auto count = std::min(frames - done, longest);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audiounit/CycleRenderer.h"
+#include "audiounit/SampleRateRange.h"
 #include "audiounit/VelotrineAudioUnit.h"
 #include "engine/Shared.h"
 #include "plugin/HostTransport.h"
@@ -28,8 +29,11 @@ namespace velotrine {
 class HostedInstrument
 {
 public:
-    static constexpr double minSampleRate = 8000.0;   ///< Hz
-    static constexpr double maxSampleRate = 768000.0; ///< Hz
+    /// Whether there is sound at a rate.
+    [[nodiscard]] static constexpr bool takesSampleRate(double sampleRate) noexcept
+    {
+        return isPlayable(sampleRate);
+    }
 
     /// A program that a host sends sooner after a state than this belongs to the song that it is loading, not
     /// to a musician's hand.
@@ -47,7 +51,8 @@ public:
     // Rendering
 
     /// Makes ready to render; all sound ends and the clock goes back to its start. False, and nothing is
-    /// ready, for a sample rate that is not one. Main thread, while nothing renders.
+    /// ready, for a sample rate that is not one. Throws, and nothing is ready, if there is no memory. Main
+    /// thread, while nothing renders.
     [[nodiscard]] bool prepare(double sampleRate);
 
     /// The opposite. Main thread, while nothing renders.

@@ -1,11 +1,13 @@
 #include "plugin/HostedState.h"
 
-#include "audiounit/OrderedJson.h"
 #include "audiounit/StateText.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <string>
 #include <utility>
+
+#include <nlohmann/json.hpp>
 
 namespace velotrine {
 
@@ -35,10 +37,9 @@ EditorSize EditorSize::bounded() const noexcept
 
 std::string hostedStateText(const AUFullState& state, EditorSize editorSize)
 {
-    auto document = OrderedJson::parse(textFromState(state));
-    document[editorKey] = {{widthKey, editorSize.width}, {heightKey, editorSize.height}};
-    constexpr int indent = 2;
-    return document.dump(indent) + "\n";
+    const auto editor = jsonObject(
+        {{widthKey, std::to_string(editorSize.width)}, {heightKey, std::to_string(editorSize.height)}}, 1);
+    return textFromState(state, {{editorKey, editor}});
 }
 
 HostedState hostedStateFromText(std::string_view text)

@@ -1,25 +1,9 @@
 #pragma once
 
-#include <span>
 #include <string>
 #include <string_view>
 
-namespace CLI {
-class App;
-}
-
 namespace velotrine {
-
-/// Has the parser read a program's arguments, program name first, and says in the project's own words what is
-/// wrong with them: throws UsageError for the first that will not do. Refuses also what the parser would
-/// accept in silence or blame on another argument: a missing value, for which it takes the next option; an
-/// empty one, which means nothing; and a flag with a value. The parser's own CallForHelp and CallForVersion
-/// pass through.
-/// @param app  named like the program
-void parseArguments(CLI::App& app, std::span<const char* const> arguments);
-
-/// Where to read what a command knows, in parentheses and with a space before it; for the end of a message.
-[[nodiscard]] std::string helpHint(const CLI::App& app);
 
 [[nodiscard]] std::string inQuotes(std::string_view text);
 

@@ -1,13 +1,12 @@
 #include "render/CommandLine.h"
 
+#include "render/ArgumentParser.h"
 #include "render/Arguments.h"
 #include "render/Errors.h"
 #include "render/Interruption.h"
 #include "render/Listing.h"
 #include "render/RenderJob.h"
 #include "render/RenderOptions.h"
-
-#include <CLI/CLI.hpp>
 
 #include <cstdio>
 #include <exception>
@@ -48,38 +47,35 @@ constexpr const char* mainExamples = R"(Examples:
   velotrine list presets
   velotrine render --preset "Drum Circle" --bars 16 --out drums.wav)";
 
-void addRender(CLI::App& app, RenderArguments& arguments)
+void addRender(ArgumentParser& parser, RenderArguments& arguments)
 {
-    auto& render = *app.add_subcommand("render", "Render a piece to an audio file");
-    render.add_option("--preset", arguments.preset, "Factory preset to start from")->type_name("NAME|NUMBER");
-    render.add_option("--state", arguments.state, "State to load, as --save-state writes it")
-        ->type_name("FILE.json");
-    render.add_option("--set", arguments.settings, "Parameter to change; may be repeated")
-        ->type_name("IDENTIFIER=VALUE")
-        ->allow_extra_args(false);
-    render.add_option("--bars", arguments.bars, "Length in bars of 4/4 [16]")->type_name("N");
-    render.add_option("--seconds", arguments.seconds, "Length in seconds, instead of bars")->type_name("S");
-    render.add_option("--tempo", arguments.tempo, "Tempo, 40 to 300 [the preset's]")->type_name("BPM");
-    render.add_option("--sample-rate", arguments.sampleRate, "Sample rate [48000]")->type_name("HZ");
-    render.add_option("--block", arguments.block, "Render cycle; notes start at the first frame of one [32]")
-        ->type_name("FRAMES");
-    render.add_option("--tail", arguments.tail, "What follows the asked length [auto: until all is silent]")
-        ->type_name("auto|none|SECONDS");
-    render.add_option("--format", arguments.format, "Sample format [s24]")->type_name("s16|s24|f32");
-    render.add_option("--midi", arguments.midi, "Also write the notes as a MIDI file")->type_name("FILE.mid");
-    render.add_option("--save-state", arguments.saveState, "Also write the settings")->type_name("FILE.json");
-    render.add_flag("--quiet", arguments.quiet, "No progress bar");
-    render.add_option("--out", arguments.out, "Where the sound goes; - is standard output")
-        ->type_name("FILE.wav|FILE.flac|-");
-    render.footer(renderExamples);
+    auto render = parser.addCommand("render", "Render a piece to an audio file");
+    render.addOption("--preset", arguments.preset, "Factory preset to start from", "NAME|NUMBER");
+    render.addOption("--state", arguments.state, "State to load, as --save-state writes it", "FILE.json");
+    render.addOption("--set", arguments.settings, "Parameter to change; may be repeated", "IDENTIFIER=VALUE");
+    render.addOption("--bars", arguments.bars, "Length in bars of 4/4 [16]", "N");
+    render.addOption("--seconds", arguments.seconds, "Length in seconds, instead of bars", "S");
+    render.addOption("--tempo", arguments.tempo, "Tempo, 40 to 300 [the preset's]", "BPM");
+    render.addOption("--sample-rate", arguments.sampleRate, "Sample rate [48000]", "HZ");
+    render.addOption("--block", arguments.block, "Render cycle; notes start at the first frame of one [32]",
+                     "FRAMES");
+    render.addOption("--tail", arguments.tail, "What follows the asked length [auto: until all is silent]",
+                     "auto|none|SECONDS");
+    render.addOption("--format", arguments.format, "Sample format [s24]", "s16|s24|f32");
+    render.addOption("--midi", arguments.midi, "Also write the notes as a MIDI file", "FILE.mid");
+    render.addOption("--save-state", arguments.saveState, "Also write the settings", "FILE.json");
+    render.addFlag("--quiet", arguments.quiet, "No progress bar");
+    render.addOption("--out", arguments.out, "Where the sound goes; - is standard output",
+                     "FILE.wav|FILE.flac|-");
+    render.addExamples(renderExamples);
 }
 
-void addList(CLI::App& app, ListArguments& arguments)
+void addList(ArgumentParser& parser, ListArguments& arguments)
 {
-    auto& list = *app.add_subcommand("list", "List the presets or the parameters");
-    list.add_option("what", arguments.what, "What to list")->type_name("presets|parameters");
-    list.add_flag("--json", arguments.asJson, "As JSON, with all there is to know");
-    list.footer("Examples:\n  velotrine list presets\n  velotrine list parameters --json");
+    auto list = parser.addCommand("list", "List the presets or the parameters");
+    list.addOption("what", arguments.what, "What to list", "presets|parameters");
+    list.addFlag("--json", arguments.asJson, "As JSON, with all there is to know");
+    list.addExamples("Examples:\n  velotrine list presets\n  velotrine list parameters --json");
 }
 
 void print(const std::string& text)
@@ -112,26 +108,19 @@ void run(std::span<const char* const> arguments)
 {
     RenderArguments renderArguments;
     ListArguments listArguments;
-    CLI::App app("Velotrine: a musical instrument that plays itself", "velotrine");
-    app.set_version_flag("--version", "Velotrine " VELOTRINE_VERSION);
-    app.footer(mainExamples);
-    addRender(app, renderArguments);
-    addList(app, listArguments);
-    app.require_subcommand(0, 1);
+    ArgumentParser parser("velotrine", "Velotrine " VELOTRINE_VERSION);
+    parser.program().addExamples(mainExamples);
+    addRender(parser, renderArguments);
+    addList(parser, listArguments);
 
-    try {
-        parseArguments(app, arguments);
-    } catch (const CLI::CallForHelp&) {
-        return print(app.help());
-    } catch (const CLI::CallForVersion& version) {
-        return print(std::string(version.what()) + "\n");
-    }
-
-    if (app.got_subcommand("render"))
+    const auto request = parser.parse(arguments);
+    if (request.answer)
+        return print(*request.answer);
+    if (request.command == "render")
         return runRender(renderArguments);
-    if (app.got_subcommand("list"))
+    if (request.command == "list")
         return runList(listArguments);
-    throw UsageError("command", "is missing; say render or list" + helpHint(app));
+    throw UsageError("command", "is missing; say render or list" + parser.helpHint());
 }
 
 int complain(const std::string& message, int exitCode)

@@ -43,6 +43,7 @@ void appendVariableLength(Bytes& bytes, std::uint32_t number)
 
 enum class MetaEvent : std::uint8_t
 {
+    text = 0x01,
     trackName = 0x03,
     endOfTrack = 0x2F,
     tempo = 0x51,
@@ -56,6 +57,16 @@ void appendMeta(Bytes& track, std::uint32_t delta, MetaEvent type, const Bytes& 
     track.push_back(static_cast<std::uint8_t>(type));
     appendVariableLength(track, static_cast<std::uint32_t>(data.size()));
     std::ranges::copy(data, std::back_inserter(track));
+}
+
+/// What comes before an event. A number has four bytes at most; texts without a letter, which no player
+/// minds, split what is longer.
+void appendPause(Bytes& track, std::int64_t ticks)
+{
+    constexpr std::uint32_t longest = (1U << 28) - 1;
+    for (; ticks > longest; ticks -= longest)
+        appendMeta(track, longest, MetaEvent::text, {});
+    appendVariableLength(track, static_cast<std::uint32_t>(ticks));
 }
 
 void appendName(Bytes& track, std::string_view name)
@@ -107,7 +118,7 @@ Bytes ringTrack(int ring, std::vector<KeyEvent> events)
     appendName(track, std::string("Ring ") + static_cast<char>('1' + ring));
     std::int64_t tick = 0;
     for (const auto& event : events) {
-        appendVariableLength(track, static_cast<std::uint32_t>(event.tick - tick));
+        appendPause(track, event.tick - tick);
         track.push_back(static_cast<std::uint8_t>((event.isOn ? noteOn : noteOff) + ring));
         track.push_back(event.key);
         track.push_back(event.velocity);

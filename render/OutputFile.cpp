@@ -3,10 +3,12 @@
 #include "render/Errors.h"
 #include "render/Interruption.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <system_error>
 #include <utility>
 
@@ -141,15 +143,83 @@ void OutputFile::write(std::span<const std::uint8_t> bytes)
 
 void OutputFile::commit()
 {
-    if (isStream_) {
-        copyToStream();
-        return;
+    commitTogether({this});
+}
+
+void OutputFile::commitTogether(const std::vector<OutputFile*>& outputs)
+{
+    const auto isStream = std::mem_fn(&OutputFile::isStream_);
+    auto files = outputs;
+    const auto firstFile = std::ranges::stable_partition(files, isStream).begin();
+    const std::vector<OutputFile*> streams(files.begin(), firstFile);
+    files.erase(files.begin(), firstFile);
+
+    std::ranges::for_each(files, &OutputFile::finishWriting);
+    std::ranges::for_each(streams, &OutputFile::copyToStream);
+    std::size_t appeared = 0;
+    try {
+        for (; appeared < files.size(); ++appeared)
+            files[appeared]->appear();
+    } catch (...) {
+        for (; appeared > 0; --appeared)
+            files[appeared - 1]->disappear();
+        throw;
     }
+    std::ranges::for_each(files, &OutputFile::forgetOlderFile);
+}
+
+void OutputFile::finishWriting()
+{
     if (::close(std::exchange(descriptor_, -1)) != 0)
         fail(name_, errno);
-    if (::rename(temporary.c_str(), target.c_str()) != 0)
-        fail(name_, errno);
+}
+
+void OutputFile::appear()
+{
+    keepOlderFile();
+    if (::rename(temporary.c_str(), target.c_str()) != 0) {
+        const int error = errno;
+        // Between two names of one file a renaming does nothing, and leaves both. Where it fails, the second
+        // may be the only one.
+        if (!olderFile.empty() && ::rename(olderFile.c_str(), target.c_str()) == 0)
+            forgetOlderFile();
+        fail(name_, error);
+    }
     temporary.clear();
+}
+
+/// Gives what is to be replaced a second name, so that at every moment something is under the first.
+void OutputFile::keepOlderFile()
+{
+    std::error_code error;
+    const auto existing = fs::status(target, error);
+    // Somebody may have made it in the meantime.
+    if (fs::is_directory(existing))
+        fail(name_, EISDIR);
+    if (!fs::exists(existing))
+        return;
+    auto keptAs = temporary;
+    keptAs += ".old";
+    // Where files cannot have two names, the older one steps aside.
+    if (::link(target.c_str(), keptAs.c_str()) != 0 && ::rename(target.c_str(), keptAs.c_str()) != 0)
+        fail(name_, errno);
+    olderFile = std::move(keptAs);
+}
+
+void OutputFile::disappear() noexcept
+{
+    if (olderFile.empty())
+        ::unlink(target.c_str());
+    else
+        ::rename(olderFile.c_str(), target.c_str());
+    olderFile.clear();
+}
+
+void OutputFile::forgetOlderFile() noexcept
+{
+    if (!olderFile.empty())
+        ::unlink(olderFile.c_str());
+    olderFile.clear();
 }
 
 void OutputFile::copyToStream()

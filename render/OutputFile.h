@@ -4,15 +4,16 @@
 #include <filesystem>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace velotrine {
 
 /// The file that a name leads to: links are followed, even one to a file that is yet to be made.
 [[nodiscard]] std::filesystem::path destinationOf(const std::string& name);
 
-/// A file that appears under its name only when it is whole. Until commit() it is a temporary one in the same
-/// folder, and goes away with this object. Standard output ("-"), pipes and devices get all bytes at
-/// commit(). All failures are WorkErrors that name the file.
+/// A file that appears under its name only when it is whole. Until it is committed it is a temporary one in
+/// the same folder, and goes away with this object. Standard output ("-"), pipes and devices get all bytes at
+/// the commit. All failures are WorkErrors that name the file.
 class OutputFile
 {
 public:
@@ -24,17 +25,24 @@ public:
     /// What a person calls the file.
     [[nodiscard]] const std::string& name() const noexcept { return name_; }
 
-    /// Open for reading and writing, at the start, until commit().
+    /// Open for reading and writing, at the start, until the commit.
     [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
-
-    /// It is a pipe or a device, or standard output: commit() writes to it, and that can fail.
-    [[nodiscard]] bool isStream() const noexcept { return isStream_; }
 
     void write(std::span<const std::uint8_t> bytes);
 
     void commit();
 
+    /// Commits all of them or, as far as the system lets it, none: where one cannot appear, those that have
+    /// appeared go away again, and what they replaced is back. Only what went into a stream cannot come back;
+    /// so that is written first, when everything else is.
+    static void commitTogether(const std::vector<OutputFile*>& outputs);
+
 private:
+    void finishWriting();
+    void appear();
+    void keepOlderFile();
+    void disappear() noexcept;
+    void forgetOlderFile() noexcept;
     [[nodiscard]] std::filesystem::path folderForTemporary() const;
     void openTemporary(const std::filesystem::path& folder);
     void inheritPermissions() const;
@@ -45,6 +53,7 @@ private:
     std::filesystem::path target; ///< empty for standard output
     bool isStream_ = false;       ///< cannot be replaced by renaming
     std::filesystem::path temporary;
+    std::filesystem::path olderFile; ///< what is replaced, until all have appeared; empty for none
     int descriptor_ = -1;
 };
 

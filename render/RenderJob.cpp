@@ -16,8 +16,8 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
-#include <functional>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -81,8 +81,9 @@ class Rendering
 public:
     Rendering(VelotrineAudioUnit& unit, const RenderOptions& options, double bpm, std::int64_t playedFrames)
         : kernel(*unit.dspKernel), sampleRate(options.sampleRate), cycleFrames(options.blockFrames),
-          framesToPlay(playedFrames), midi(bpm), audio(options.outPath, audioFormat(options, playedFrames)),
-          progress(!options.quiet)
+          framesToPlay(playedFrames),
+          midi(options.midiPath.empty() ? std::nullopt : std::optional(MidiFile(bpm))),
+          audio(options.outPath, audioFormat(options, playedFrames)), progress(!options.quiet)
     {
         renderer.setup(unit.renderBlock(), cycleFrames);
         left.resize(static_cast<std::size_t>(cycleFrames));
@@ -116,7 +117,8 @@ public:
 
     void sayWhatCameOfIt() { progress.finish(audio.file().name().c_str(), secondsRendered()); }
 
-    [[nodiscard]] std::vector<std::uint8_t> midiBytes() const { return midi.bytes(); }
+    /// The notes; none unless they were asked for.
+    [[nodiscard]] const std::optional<MidiFile>& notes() const noexcept { return midi; }
 
 private:
     /// Samples of both channels that are collected before they are converted and written.
@@ -139,9 +141,8 @@ private:
             renderer.render(left.data(), right.data(), frames, CycleRenderer::LastCycle::cutShort);
         if (status != noErr)
             throw WorkError("the instrument refused to render (error " + std::to_string(status) + ")");
-        for (const auto& event : kernel.noteEvents())
-            midi.addNote(event.ring, event.note, secondsAt(framesRendered + event.frame),
-                         static_cast<double>(event.decaySeconds), event.gain);
+        if (midi)
+            collectNotes(*midi);
         auto* sample = interleaved.data() + samplesCollected;
         for (std::size_t i = 0; i < static_cast<std::size_t>(frames); ++i) {
             *sample++ = left[i];
@@ -151,6 +152,13 @@ private:
         framesRendered += frames;
         if (samplesCollected >= samplesPerWrite)
             flush();
+    }
+
+    void collectNotes(MidiFile& file) const
+    {
+        for (const auto& event : kernel.noteEvents())
+            file.addNote(event.ring, event.note, secondsAt(framesRendered + event.frame),
+                         static_cast<double>(event.decaySeconds), event.gain);
     }
 
     void flush()
@@ -175,7 +183,7 @@ private:
     std::int64_t framesToPlay;
     std::int64_t framesRendered = 0;
     CycleRenderer renderer;
-    MidiFile midi;
+    std::optional<MidiFile> midi;
     AudioFileWriter audio;
     ProgressBar progress;
     std::vector<float> left;
@@ -213,15 +221,6 @@ std::unique_ptr<OutputFile> openOptional(const std::string& path)
     return path.empty() ? nullptr : std::make_unique<OutputFile>(path);
 }
 
-/// Hands over all outputs; a null pointer is none. First those where that can still fail.
-void commit(std::vector<OutputFile*> outputs)
-{
-    std::erase(outputs, nullptr);
-    std::stable_partition(outputs.begin(), outputs.end(), std::mem_fn(&OutputFile::isStream));
-    for (auto* const output : outputs)
-        output->commit();
-}
-
 } // namespace
 
 void runRenderJob(const RenderOptions& options)
@@ -251,11 +250,13 @@ void runRenderJob(const RenderOptions& options)
 
     // All is written before anything appears.
     rendering.finish();
-    if (midiFile)
-        midiFile->write(rendering.midiBytes());
+    if (const auto& notes = rendering.notes(); midiFile && notes)
+        midiFile->write(notes->bytes());
     if (stateFile)
         stateFile->write(bytesOf(stateText));
-    commit({&rendering.output(), midiFile.get(), stateFile.get()});
+    std::vector<OutputFile*> outputs{&rendering.output(), midiFile.get(), stateFile.get()};
+    std::erase(outputs, nullptr);
+    OutputFile::commitTogether(outputs);
     rendering.sayWhatCameOfIt();
 }
 

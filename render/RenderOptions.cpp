@@ -35,6 +35,7 @@ std::int64_t presetNumber(const std::string& text)
 {
     const auto& presets = presetTable();
     std::vector<std::string> names;
+    names.reserve(presets.size());
     for (const auto& preset : presets)
         names.emplace_back(preset.name);
 

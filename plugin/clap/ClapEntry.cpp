@@ -1,10 +1,10 @@
+#include "plugin/HostCall.h"
 #include "plugin/clap/ClapPlugin.h"
 
 #include <clap/entry.h>
 #include <clap/plugin-factory.h>
 
 #include <array>
-#include <exception>
 #include <string_view>
 
 namespace velotrine {
@@ -43,11 +43,8 @@ const clap_plugin_t* CLAP_ABI createPlugin(const clap_plugin_factory_t*, const c
     if (host == nullptr || id == nullptr || std::string_view(id) != descriptor.id ||
         !clap_version_is_compatible(host->clap_version))
         return nullptr;
-    try {
-        return (new ClapPlugin(descriptor, *host))->clapStructure(); // the host destroys it
-    } catch (const std::exception&) {
-        return nullptr;
-    }
+    return answerOrNothing(
+        [host] { return (new ClapPlugin(descriptor, *host))->clapStructure(); }); // the host destroys it
 }
 
 const clap_plugin_factory_t factory{.get_plugin_count = pluginCount,

@@ -58,7 +58,9 @@ void ClapGui::watch()
     stopWatching();
     if (descriptors == nullptr)
         return;
-    for (const auto descriptor : embedded.descriptors())
+    const auto open = embedded.descriptors();
+    watched.reserve(open.size());
+    for (const auto descriptor : open)
         if (descriptors->registerFd(&clapHost, descriptor, clapPosixFdRead))
             watched.push_back(descriptor);
 }

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <exception>
 #include <limits>
 #include <span>
 #include <string_view>
@@ -378,7 +379,12 @@ bool ClapPlugin::createGui(const char* api, bool isFloating)
         return false;
     if (!gui)
         gui = std::make_unique<ClapGui>(clapHost, instrument);
-    return gui->create();
+    try {
+        return gui->create();
+    } catch (const std::exception&) {
+        gui->destroy(); // what is there of it
+        throw;
+    }
 }
 
 void ClapPlugin::destroyGui()

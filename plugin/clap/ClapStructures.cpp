@@ -1,5 +1,6 @@
 #include "plugin/clap/ClapStructures.h"
 
+#include "plugin/HostCall.h"
 #include "plugin/clap/ClapPlugin.h"
 
 #include <array>
@@ -10,7 +11,9 @@ namespace velotrine {
 
 namespace {
 
-/// A function of the format's that calls one of the plug-in's.
+static_assert(CLAP_PROCESS_ERROR == 0);
+
+/// A function of the format's that calls one of the plug-in's. False, 0 or null say that it has thrown.
 template <auto method>
 struct Call;
 
@@ -19,7 +22,8 @@ struct Call<method>
 {
     static Result CLAP_ABI function(const clap_plugin_t* plugin, Arguments... arguments)
     {
-        return (static_cast<ClapPlugin*>(plugin->plugin_data)->*method)(arguments...);
+        return answerOrNothing(
+            [&] { return (static_cast<ClapPlugin*>(plugin->plugin_data)->*method)(arguments...); });
     }
 };
 

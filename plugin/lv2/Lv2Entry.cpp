@@ -1,8 +1,8 @@
+#include "plugin/HostCall.h"
 #include "plugin/lv2/Lv2Features.h"
 #include "plugin/lv2/Lv2Plugin.h"
 #include "plugin/lv2/Lv2Ui.h"
 
-#include <exception>
 #include <string>
 #include <string_view>
 
@@ -15,8 +15,7 @@ Lv2Plugin& plugin(LV2_Handle handle)
     return *static_cast<Lv2Plugin*>(handle);
 }
 
-LV2_Handle instantiate(const LV2_Descriptor*, double sampleRate, const char*,
-                       const LV2_Feature* const* features)
+LV2_Handle make(double sampleRate, const LV2_Feature* const* features)
 {
     const Lv2Log log(features);
     const auto* const map = lv2Feature<LV2_URID_Map>(features, LV2_URID__map);
@@ -24,24 +23,32 @@ LV2_Handle instantiate(const LV2_Descriptor*, double sampleRate, const char*,
         log.error("A host must offer " LV2_URID__map ".");
         return nullptr;
     }
-    if (!(sampleRate >= HostedInstrument::minSampleRate && sampleRate <= HostedInstrument::maxSampleRate)) {
+    if (!HostedInstrument::takesSampleRate(sampleRate)) {
         log.sampleRateError(sampleRate);
         return nullptr;
     }
-    try {
-        return new Lv2Plugin(sampleRate, *map, log); // the host cleans it up
-    } catch (const std::exception& error) {
-        log.error(error.what());
-        return nullptr;
-    }
+    return new Lv2Plugin(sampleRate, *map, log); // the host cleans it up
 }
 
-constexpr LV2_State_Interface stateInterface{
-    .save = [](LV2_Handle handle, LV2_State_Store_Function store, LV2_State_Handle state, std::uint32_t,
-               const LV2_Feature* const*) { return plugin(handle).save(store, state); },
-    .restore = [](LV2_Handle handle, LV2_State_Retrieve_Function retrieve, LV2_State_Handle state,
-                  std::uint32_t,
-                  const LV2_Feature* const*) { return plugin(handle).restore(retrieve, state); }};
+LV2_Handle instantiate(const LV2_Descriptor*, double sampleRate, const char*,
+                       const LV2_Feature* const* features)
+{
+    return answerOrNothing([&] { return make(sampleRate, features); });
+}
+
+LV2_State_Status save(LV2_Handle handle, LV2_State_Store_Function store, LV2_State_Handle state,
+                      std::uint32_t, const LV2_Feature* const*)
+{
+    return answerOr(LV2_STATE_ERR_UNKNOWN, [&] { return plugin(handle).save(store, state); });
+}
+
+LV2_State_Status restore(LV2_Handle handle, LV2_State_Retrieve_Function retrieve, LV2_State_Handle state,
+                         std::uint32_t, const LV2_Feature* const*)
+{
+    return answerOr(LV2_STATE_ERR_UNKNOWN, [&] { return plugin(handle).restore(retrieve, state); });
+}
+
+constexpr LV2_State_Interface stateInterface{.save = save, .restore = restore};
 
 const void* extensionData(const char* uri)
 {
@@ -53,7 +60,7 @@ constexpr LV2_Descriptor descriptor{
     .instantiate = instantiate,
     .connect_port = [](LV2_Handle handle, std::uint32_t port,
                        void* data) { plugin(handle).connectPort(port, data); },
-    .activate = [](LV2_Handle handle) { plugin(handle).activate(); },
+    .activate = [](LV2_Handle handle) { answerOrNothing([handle] { plugin(handle).activate(); }); },
     .run = [](LV2_Handle handle, std::uint32_t frames) { plugin(handle).run(frames); },
     .deactivate = [](LV2_Handle handle) { plugin(handle).deactivate(); },
     .cleanup = [](LV2_Handle handle) { delete static_cast<Lv2Plugin*>(handle); },

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <limits>
 #include <string_view>
 
@@ -51,8 +52,12 @@ void Lv2Plugin::connectPort(std::uint32_t port, void* data) noexcept
 void Lv2Plugin::activate()
 {
     isActive = true;
-    if (!instrument.prepare(hostSampleRate))
-        hostLog.sampleRateError(hostSampleRate);
+    try {
+        if (!instrument.prepare(hostSampleRate))
+            hostLog.sampleRateError(hostSampleRate);
+    } catch (const std::exception& error) {
+        hostLog.error(std::string("There is no sound: ") + error.what());
+    }
 }
 
 void Lv2Plugin::deactivate()

@@ -1,5 +1,6 @@
 #include "plugin/lv2/Lv2Ui.h"
 
+#include "plugin/HostCall.h"
 #include "plugin/HostValue.h"
 #include "plugin/lv2/Lv2Features.h"
 
@@ -9,7 +10,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <exception>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -123,9 +123,8 @@ LV2UI_Handle openUi(Lv2Plugin& plugin, const Lv2Ui::Port& port, unsigned long pa
     return opened.release(); // the host cleans it up
 }
 
-LV2UI_Handle instantiate(const LV2UI_Descriptor*, const char* pluginUri, const char*,
-                         LV2UI_Write_Function write, LV2UI_Controller controller, LV2UI_Widget* widget,
-                         const LV2_Feature* const* features)
+LV2UI_Handle make(const char* pluginUri, LV2UI_Write_Function write, LV2UI_Controller controller,
+                  LV2UI_Widget* widget, const LV2_Feature* const* features)
 {
     const Lv2Log log(features);
     const auto refuse = [&log](const char* reason) {
@@ -146,13 +145,16 @@ LV2UI_Handle instantiate(const LV2UI_Descriptor*, const char* pluginUri, const c
         return refuse("it is already open");
     if (!EmbeddedEditor::hasDisplay())
         return refuse("there is no X server");
-    try {
-        const Lv2Ui::Port port{write, controller, lv2Feature<LV2UI_Touch>(features, LV2_UI__touch)};
-        auto* const opened = openUi(*plugin, port, parent, widget, features);
-        return opened != nullptr ? opened : refuse("the host's window does not take it");
-    } catch (const std::exception& error) {
-        return refuse(error.what());
-    }
+    const Lv2Ui::Port port{write, controller, lv2Feature<LV2UI_Touch>(features, LV2_UI__touch)};
+    auto* const opened = openUi(*plugin, port, parent, widget, features);
+    return opened != nullptr ? opened : refuse("the host's window does not take it");
+}
+
+LV2UI_Handle instantiate(const LV2UI_Descriptor*, const char* pluginUri, const char*,
+                         LV2UI_Write_Function write, LV2UI_Controller controller, LV2UI_Widget* widget,
+                         const LV2_Feature* const* features)
+{
+    return answerOrNothing([&] { return make(pluginUri, write, controller, widget, features); });
 }
 
 void showPort(LV2UI_Handle handle, std::uint32_t port, std::uint32_t size, std::uint32_t format,
@@ -166,14 +168,16 @@ void showPort(LV2UI_Handle handle, std::uint32_t port, std::uint32_t size, std::
 }
 
 constexpr LV2UI_Idle_Interface idleInterface{.idle = [](LV2UI_Handle handle) {
-    ui(handle).idle();
-    return 0;
+    answerOrNothing([handle] { ui(handle).idle(); });
+    return 0; // whatever it was, the window stays
 }};
 
 constexpr LV2UI_Resize resizeInterface{.handle = nullptr,
                                        .ui_resize = [](LV2UI_Feature_Handle handle, int width, int height) {
-                                           ui(handle).editor().setSize({width, height});
-                                           return 0;
+                                           return answerOr(1, [&] {
+                                               ui(handle).editor().setSize({width, height});
+                                               return 0;
+                                           });
                                        }};
 
 const void* extensionData(const char* uri)

@@ -1,6 +1,7 @@
 #include "plugin/vst3/VelotrineProcessor.h"
 
 #include "audiounit/Presets.h"
+#include "plugin/HostCall.h"
 #include "plugin/vst3/VelotrineEditor.h"
 #if JUCE_LINUX
 #include "plugin/X11Connection.h"
@@ -110,10 +111,11 @@ void VelotrineProcessor::getStateInformation(juce::MemoryBlock& state)
 void VelotrineProcessor::setStateInformation(const void* state, int size)
 {
     const auto bytes = state != nullptr && size > 0 ? static_cast<std::size_t>(size) : 0;
-    // VST3 has no log to say it in.
+    // The formats have no log to say it in.
     if (instrument.restoreState({static_cast<const char*>(state), bytes}))
         return;
-    updateHostDisplay(ChangeDetails{}.withProgramChanged(true));
+    // The state is taken, whether or not there is memory to say so.
+    answerOrNothing([this] { updateHostDisplay(ChangeDetails{}.withProgramChanged(true)); });
 }
 
 juce::AudioProcessorEditor* VelotrineProcessor::createEditor()

@@ -32,6 +32,14 @@ public:
     using AudioProcessor::processBlock;
     void processBlock(juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midi) override;
 
+    using AudioProcessor::processBlockBypassed;
+
+    /// JUCE's own expects two channels, which a host may not have.
+    void processBlockBypassed(juce::AudioBuffer<float>& buffer, juce::MidiBuffer&) override
+    {
+        buffer.clear();
+    }
+
     int getNumPrograms() override;
     int getCurrentProgram() override;
     void setCurrentProgram(int index) override;

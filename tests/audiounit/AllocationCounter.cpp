@@ -1,5 +1,7 @@
 #include "tests/audiounit/AllocationCounter.h"
 
+#include "tests/audiounit/AllocationFailure.h"
+
 #include <cstddef>
 #include <cstdlib>
 #include <new>
@@ -9,10 +11,24 @@ namespace {
 thread_local bool counting = false;
 thread_local int counted = 0;
 
+thread_local bool failing = false;
+thread_local int succeeding = 0;
+thread_local velotrine::AllocationFailure::Then then = velotrine::AllocationFailure::Then::succeed;
+thread_local bool failed = false;
+
 void note() noexcept
 {
     if (counting)
         ++counted;
+}
+
+bool mustFail() noexcept
+{
+    if (!failing || succeeding-- > 0)
+        return false;
+    failing = then == velotrine::AllocationFailure::Then::fail;
+    failed = true;
+    return true;
 }
 
 void* taken(void* memory)
@@ -20,6 +36,10 @@ void* taken(void* memory)
     note();
     if (memory == nullptr)
         throw std::bad_alloc();
+    if (mustFail()) {
+        std::free(memory);
+        throw std::bad_alloc();
+    }
     return memory;
 }
 
@@ -55,6 +75,24 @@ int AllocationCounter::count() const noexcept
     return counted;
 }
 
+AllocationFailure::AllocationFailure(int allocationsBefore, Then thenDo) noexcept
+{
+    succeeding = allocationsBefore;
+    then = thenDo;
+    failed = false;
+    failing = true;
+}
+
+AllocationFailure::~AllocationFailure()
+{
+    failing = false;
+}
+
+bool AllocationFailure::hasHappened() const noexcept
+{
+    return failed;
+}
+
 } // namespace velotrine
 
 // The library's other forms come down to these; but an address sanitizer's own do not, so the one nothrow
@@ -68,7 +106,7 @@ void* operator new(std::size_t size)
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
     note();
-    return std::malloc(roundedUp(size, 1));
+    return mustFail() ? nullptr : std::malloc(roundedUp(size, 1));
 }
 
 void* operator new(std::size_t size, std::align_val_t alignment)

@@ -243,7 +243,7 @@ TEST(CycleRenderer, AnswersWithTheUnitsErrorForACycleThatIsTooLongForIt)
     EXPECT_EQ(left, std::vector<float>(10, 0.0f));
 }
 
-constexpr std::size_t soundFrames = 3 * 44100;
+constexpr auto soundFrames = std::size_t{3} * 44100;
 
 /// Straight from the render block, one cycle after the other.
 std::vector<float> soundOfCycles(AUAudioFrameCount cycleFrames)
@@ -306,7 +306,7 @@ TEST(CycleRendererDeathTest, ACycleWithoutFramesIsFatal)
 
 TEST_F(CycleRendererOfACountingUnit, SkippingKeepsToTheGridAndLeavesSilenceOver)
 {
-    for (const int frames : {0, 1, 31, 32, 33, 1000, 64000}) {
+    for (const int frames : {0, 1, 31, 32, 33, 1000, 64000, 1000000001, INT32_MAX - 32, INT32_MAX}) {
         unit = {};
         renderer.setup(unit.block());
         renderer.skip(frames);
@@ -319,8 +319,16 @@ TEST_F(CycleRendererOfACountingUnit, SkippingKeepsToTheGridAndLeavesSilenceOver)
         EXPECT_EQ(left[static_cast<std::size_t>(silent)], 0.0f);
         EXPECT_EQ(left[static_cast<std::size_t>(silent) + 31], 31.0f);
         EXPECT_EQ(unit.cycles, std::vector{32});
-        EXPECT_EQ(unit.times, std::vector{static_cast<double>(frames + silent)});
+        EXPECT_EQ(unit.times, std::vector{static_cast<double>(frames) + silent});
     }
+}
+
+TEST_F(CycleRendererOfACountingUnit, CountsFramesBeyondWhatIntegersOf32BitsHold)
+{
+    for (int i = 0; i < 1000; ++i)
+        renderer.skip(INT32_MAX - 31);
+    pull(32);
+    EXPECT_EQ(unit.times, std::vector{1000.0 * (INT32_MAX - 31)});
 }
 
 TEST_F(CycleRendererOfACountingUnit, SkippingWhatIsLeftOverIsFatal)

@@ -267,5 +267,17 @@ TEST(ShortestText, WritesNoMoreDigitsThanItTakes)
     EXPECT_EQ(shortestText(0.1f + 0.2f), "0.3");
 }
 
+TEST(ParameterText, AnAmountIsTypedInPercentOrFromZeroToOne)
+{
+    EXPECT_EQ(amountFromEntry("70"), 0.7f);
+    EXPECT_EQ(amountFromEntry("70%"), 0.7f);
+    EXPECT_EQ(amountFromEntry(" 0.5 % "), 0.005f);
+    EXPECT_EQ(amountFromEntry("0.7"), 0.7f);
+    EXPECT_EQ(amountFromEntry("1"), 1.0f);
+    EXPECT_EQ(amountFromEntry("-2"), -2.0f);
+    for (const auto* text : {"", "%", "loud", "7 spots", "nan", "1e999"})
+        EXPECT_EQ(amountFromEntry(text), std::nullopt) << text;
+}
+
 } // namespace
 } // namespace velotrine

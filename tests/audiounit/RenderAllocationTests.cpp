@@ -1,11 +1,15 @@
 #include "audiounit/CycleRenderer.h"
+#include "audiounit/StateText.h"
 #include "tests/audiounit/AllocationCounter.h"
+#include "tests/audiounit/AllocationFailure.h"
 #include "tests/audiounit/TestInstrument.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -104,6 +108,99 @@ TEST(RenderAllocation, ARenderBlockWithEventsAndAHostNeitherTakesNorGivesBackMem
     EXPECT_EQ(counter.count(), 0);
     EXPECT_EQ(worst, noErr);
     EXPECT_GT(notes, 100U);
+}
+
+TEST(AllocationFailure, ComesAfterTheAllocationsThatGoWell)
+{
+    const AllocationFailure shortage(1, AllocationFailure::Then::fail);
+    void* const memory = ::operator new(16);
+    EXPECT_THROW(static_cast<void>(::operator new(16)), std::bad_alloc);
+    EXPECT_EQ(::operator new(16, std::nothrow), nullptr);
+    ::operator delete(memory);
+}
+
+/// Tries to allocate a unit's render resources with ever more memory, until it works. Calls the check after
+/// each failure. Returns how often it failed.
+template <typename Check>
+int allocateInShortages(VelotrineAudioUnit& unit, Check&& check)
+{
+    for (int failures = 0;; ++failures) {
+        auto status = noErr;
+        try {
+            const AllocationFailure shortage(failures, AllocationFailure::Then::fail);
+            unit.allocateRenderResources();
+        } catch (const AUError& error) {
+            status = error.status();
+        }
+        if (status == noErr)
+            return failures;
+        EXPECT_EQ(status, kAudioUnitErr_FailedInitialization);
+        check();
+    }
+}
+
+TEST(AllocationWithoutMemory, LeavesAUnitThatWasNotAllocatedWithoutRenderResources)
+{
+    const auto unit = makeInstrument();
+    const auto block = unit->renderBlock();
+    OutputBuffers output(2, 64);
+    const int failures = allocateInShortages(*unit, [&] {
+        EXPECT_FALSE(unit->renderResourcesAllocated());
+        EXPECT_EQ(unit->dspKernel->voicePool, nullptr);
+        EXPECT_EQ(renderInto(output, block, 64), kAudioUnitErr_Uninitialized);
+    });
+    EXPECT_GE(failures, 2) << "voices and mix take memory";
+    EXPECT_EQ(renderInto(output, block, 64), noErr);
+}
+
+TEST(AllocationWithoutMemory, LeavesAUnitThatPlaysPlayingOn)
+{
+    const auto unit = makePlayingInstrument();
+    const auto undisturbed = makePlayingInstrument();
+    for (const auto& each : {unit, undisturbed}) {
+        each->setMusicalContextBlock([memory = std::array<double, 16>{}](auto...) { return memory[0] > 0; });
+        each->allocateRenderResources();
+    }
+    const auto block = unit->renderBlock();
+    const auto expectedBlock = undisturbed->renderBlock();
+    unit->setMaximumFramesToRender(8192);
+    (*unit->outputBusses())[0].setFormat({96000.0, 2});
+    OutputBuffers output(2, 8192);
+    const int failures = allocateInShortages(*unit, [&] {
+        EXPECT_TRUE(unit->renderResourcesAllocated());
+        EXPECT_EQ(unit->dspKernel->sampleRate, 44100.0);
+        EXPECT_EQ(renderInto(output, block, 513), kAudioUnitErr_TooManyFramesToProcess);
+        for (int cycle = 0; cycle < 40; ++cycle) {
+            OutputBuffers expected(2, 512);
+            ASSERT_EQ(renderInto(output, block, 512), noErr);
+            ASSERT_EQ(renderInto(expected, expectedBlock, 512), noErr);
+            ASSERT_TRUE(std::equal(expected[0].begin(), expected[0].end(), output[0].begin()));
+        }
+        EXPECT_FALSE(unit->dspKernel->voicePool->triggerOrder.empty());
+    });
+    EXPECT_GE(failures, 3) << "voices, mix and the host's block take memory";
+    EXPECT_EQ(renderInto(output, block, 8192), noErr);
+    EXPECT_EQ(unit->dspKernel->sampleRate, 96000.0);
+}
+
+TEST(SavingWithoutMemory, ThrowsAndDoesNotEndTheProgram)
+{
+    const auto unit = makeInstrument();
+    selectPreset(*unit, 3);
+    const auto expected = textFromState(unit->fullState());
+    std::string text;
+    int failures = 0;
+    for (bool done = false; !done; ++failures) {
+        try {
+            const AllocationFailure shortage(failures, AllocationFailure::Then::fail);
+            text = textFromState(unit->fullState());
+            done = true;
+        } catch (const std::bad_alloc&) {
+            ASSERT_TRUE(text.empty());
+        }
+    }
+    EXPECT_EQ(text, expected);
+    EXPECT_GT(failures, 39) << "each parameter takes memory";
 }
 
 } // namespace

@@ -16,7 +16,6 @@
 namespace velotrine {
 namespace {
 
-using testing::AllOf;
 using testing::HasSubstr;
 
 /// As every face does it: what cannot be read changes nothing.

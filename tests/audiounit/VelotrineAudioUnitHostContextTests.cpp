@@ -2,10 +2,12 @@
 
 #include "tests/audiounit/TestInstrument.h"
 
+#include <atomic>
 #include <functional>
 #include <limits>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -147,6 +149,39 @@ TEST_F(VelotrineAudioUnitHostContext, IsNotAskedForTheTransportWhenSyncGoesOffWh
     EXPECT_EQ(host.calls, std::vector<std::string>{"context"});
     EXPECT_EQ(kernel.hostTempo, 90.0);
     EXPECT_FALSE(kernel.hostPlaying);
+}
+
+/// Somebody else switches sync while cycles are rendered. Switched on between the two questions, it must not
+/// let the second through alone.
+TEST_F(VelotrineAudioUnitHostContext, IsNeverAskedForTheTransportAlone)
+{
+    int contexts = 0;
+    int transports = 0;
+    unit->setMusicalContextBlock([&contexts](auto...) {
+        ++contexts;
+        return false;
+    });
+    unit->setTransportStateBlock([&transports](auto...) {
+        ++transports;
+        return false;
+    });
+    unit->allocateRenderResources();
+    const auto block = unit->renderBlock();
+
+    std::atomic<bool> isDone{false};
+    std::thread switching([this, &isDone] {
+        while (!isDone)
+            kernel.sync = !kernel.sync;
+    });
+    int alone = 0;
+    for (int cycle = 0; cycle < 1000000; ++cycle) {
+        contexts = transports = 0;
+        block(nullptr, nullptr, 0, 0, &output.list, nullptr, nullptr);
+        alone += transports > contexts ? 1 : 0;
+    }
+    isDone = true;
+    switching.join();
+    EXPECT_EQ(alone, 0);
 }
 
 TEST_F(VelotrineAudioUnitHostContext, IsReadBeforeTheEventsOfTheCycle)

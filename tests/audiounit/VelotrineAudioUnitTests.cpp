@@ -94,6 +94,22 @@ TEST_F(VelotrineAudioUnitLifecycle, RefusesMoreFramesThanTheMaximum)
     EXPECT_EQ(renderInto(output, unit->renderBlock(), 512), noErr);
 }
 
+TEST_F(VelotrineAudioUnitLifecycle, RendersAsManyFramesAsItTakesAndRefusesMoreThanIntegersHold)
+{
+    constexpr auto most = AUAudioUnit::mostFramesToRender;
+    unit->setMaximumFramesToRender(most);
+    unit->allocateRenderResources();
+    unit->dspKernel->sync = false;
+    unit->dspKernel->internalPlaying = true;
+    OutputBuffers output(1, most);
+    const auto block = unit->renderBlock();
+    EXPECT_EQ(renderInto(output, block, most), noErr);
+    EXPECT_GT(unit->dspKernel->droppedNoteEvents, 0) << "six minutes of notes";
+    EXPECT_EQ(renderInto(output, block, INT32_MAX), kAudioUnitErr_TooManyFramesToProcess);
+    EXPECT_EQ(renderInto(output, block, AUAudioFrameCount{INT32_MAX} + 1),
+              kAudioUnitErr_TooManyFramesToProcess);
+}
+
 TEST_F(VelotrineAudioUnitLifecycle, AFormatChangeTakesEffectAtTheNextAllocation)
 {
     unit->allocateRenderResources();

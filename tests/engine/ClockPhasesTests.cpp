@@ -144,6 +144,51 @@ TEST(ClockPhases, RisingPhasesThatFallAreNotWrapped)
     });
 }
 
+TEST(ClockPhases, PhasesOutsideTheTurnComeBackByOneTurnAFrameWhicheverWayTheyMove)
+{
+    test::onEachSimdTarget([] {
+        std::mt19937_64 random{7};
+        const auto between = [&random](double low, double high) {
+            return std::uniform_real_distribution<double>(low, high)(random);
+        };
+        for (const double longestStep : {0.0, 1.0e-6, 1.0e-3, 0.5, 40.0})
+            for (int i = 0; i < 200; ++i) {
+                ClockPhases phases;
+                for (std::size_t place = 0; place < places; ++place) {
+                    phases.rising[place] = between(-60.0, 60.0);
+                    phases.turning[place] = between(-60.0, 60.0);
+                    phases.risingSteps[place] = between(-longestStep, longestStep);
+                    phases.turningSteps[place] = between(-longestStep, longestStep);
+                }
+                expectSameAsOneByOne(phases, std::uniform_int_distribution<int>(0, 300)(random));
+            }
+    });
+}
+
+TEST(ClockPhases, OnePhaseOutsideTheTurnComesBackThoughAllOthersAreWithin)
+{
+    test::onEachSimdTarget([] {
+        for (std::size_t place = 0; place < places; ++place)
+            for (const double step : {-1.0e-3, -1.0e-9, 0.0, 1.0e-9, 1.0e-3})
+                for (const double phase : {-42.7, -0.3, 1.0, 1.02, 3.5}) {
+                    SCOPED_TRACE(testing::Message() << place << ": " << phase << " by " << step);
+                    ClockPhases phases;
+                    phases.rising.fill(0.5);
+                    phases.turning.fill(0.5);
+                    auto rising = phases;
+                    rising.rising[place] = phase;
+                    rising.risingSteps[place] = step;
+                    expectSameAsOneByOne(rising, 100);
+                    auto turning = phases;
+                    turning.turning[place] = phase;
+                    turning.turningSteps[place] = step;
+                    expectSameAsOneByOne(turning, 100);
+                    turning.advance(100);
+                    EXPECT_TRUE(turning.areWithinTurn());
+                }
+    });
+}
+
 TEST(ClockPhases, UnusedPlacesStayZero)
 {
     ClockPhases phases;

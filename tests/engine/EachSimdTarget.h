@@ -11,7 +11,7 @@ namespace velotrine::test {
 template <typename Check>
 void onEachSimdTarget(Check&& check)
 {
-    const auto targets = availableSimdTargets();
+    const auto& targets = availableSimdTargets();
     ASSERT_FALSE(targets.empty());
     for (const auto& target : targets) {
         SCOPED_TRACE(target.name);

@@ -220,6 +220,7 @@ TEST(FMVoice, OneVoiceSoundsAloneAsInCompany)
                     note.feedback = 0.04f * static_cast<float>(i);
                     voices.push_back(started(note));
                 }
+                batch.reserve(voices.size());
                 for (auto& voice : voices)
                     batch.push_back(&voice);
                 auto alone = voices[static_cast<std::size_t>(heard)];

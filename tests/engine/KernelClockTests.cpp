@@ -90,6 +90,18 @@ TEST(KernelClock, TheInternalTempoIsBoundedToFortyAndThreeHundred)
     }
 }
 
+TEST(KernelClock, AnInternalTempoOutOfBoundsIsKeptAsItWasWritten)
+{
+    for (const float bpm : {-1.0f, 20.0f, 500.0f}) {
+        PlayingKernel playing;
+        playing.kernel.setParameter(addressOf(GlobalParameter::bpm), bpm);
+        playing.run(1000, 500);
+        ASSERT_NE(playing.kernel.clockPhase, 0.0);
+        EXPECT_EQ(playing.kernel.bpm, bpm);
+        EXPECT_EQ(playing.kernel.parameter(addressOf(GlobalParameter::bpm)), bpm);
+    }
+}
+
 TEST(KernelClock, FollowsTheHostsTempoAndMetre)
 {
     struct Case
@@ -136,6 +148,9 @@ TEST(KernelClock, WithoutAHostTempoOrTransportNothingMovesButVoicesStillDecay)
         for (const auto& rotation : kernel.activityPhases)
             EXPECT_EQ(rotation, 0.0);
         EXPECT_TRUE(following.notes.empty());
+        // A clock that ran at tempo 0 would move nothing either, but it would look at the rings.
+        for (const bool armed : kernel.ringInitialised)
+            EXPECT_FALSE(armed);
         EXPECT_TRUE(voice.active);
         // Half of the tenth of a second in which it falls by 60 dB.
         EXPECT_NEAR(voice.amplitude, std::sqrt(0.001f), 1.0e-4f);
@@ -340,6 +355,12 @@ TEST(KernelClockDeathTest, AMotionThatIsNotFiniteStopsTheProgram)
     }
 }
 
+TEST(KernelClockDeathTest, AHostTempoThatIsNotFiniteStopsTheProgram)
+{
+    FollowingKernel following({std::numeric_limits<double>::infinity(), 4.0, 4.0});
+    EXPECT_DEATH(following.run(1, 1), "velotrine: fatal");
+}
+
 TEST(KernelClock, RestsBeforeTheStartAndAgainWhenTheLastNoteHasEnded)
 {
     PlayingKernel playing;
@@ -355,7 +376,7 @@ TEST(KernelClock, RestsBeforeTheStartAndAgainWhenTheLastNoteHasEnded)
     EXPECT_FALSE(kernel.isAtRest()) << "the stop is still to be noticed";
     playing.run(512, 512);
     EXPECT_FALSE(kernel.isAtRest()) << "notes still ring";
-    playing.run(2 * 48000, 512);
+    playing.run(std::int64_t{2} * 48000, 512);
     EXPECT_TRUE(kernel.isAtRest());
     kernel.hostPlaying = true;
     EXPECT_FALSE(kernel.isAtRest()) << "the host's start is still to be noticed";

@@ -3,6 +3,7 @@
 #include "engine/RandomGenerator.h"
 #include "tests/engine/PlayingKernel.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -44,6 +45,7 @@ const FMVoice& triggered(VelotrineDSPKernel& kernel, std::int64_t ring)
 std::vector<std::int64_t> drawnNotes(VelotrineDSPKernel& kernel, int count)
 {
     std::vector<std::int64_t> notes;
+    notes.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
         notes.push_back(kernel.nextNote(i % 5));
     return notes;
@@ -98,7 +100,9 @@ TEST(KernelNotes, TheRootIsCutToAWholeNumberAndTakenWithinTheOctave)
         float used;
     };
 
-    for (const auto& [asked, used] : {Case{2.9f, 2.0f}, Case{14.0f, 2.0f}, Case{-0.9f, 0.0f}}) {
+    for (const auto& [asked, used] :
+         {Case{2.7f, 2.0f}, Case{2.2f, 2.0f}, Case{11.99f, 11.0f}, Case{14.0f, 2.0f}, Case{12.5f, 0.0f},
+          Case{-0.3f, 0.0f}, Case{-0.9f, 0.0f}, Case{-2.7f, -2.0f}}) {
         VelotrineDSPKernel kernel;
         VelotrineDSPKernel other;
         kernel.rootNote = asked;
@@ -386,6 +390,23 @@ TEST(KernelOutput, IsTheSoftClippedMixAlikeOnBothChannels)
                         3.0e-7 + 3.0e-6 * static_cast<double>(volume));
         ASSERT_EQ(playing.left, playing.right);
     }
+}
+
+TEST(KernelOutput, TheMixIsSilentInACallInWhichNothingSounds)
+{
+    test::PlayingKernel playing;
+    auto& kernel = playing.kernel;
+    kernel.internalPlaying = false;
+    kernel.ringTimbres[2] = 1.0f;
+    kernel.triggerVoice(2);
+    playing.run(8192, 8192);
+    ASSERT_TRUE(kernel.voicePool->isSilent());
+    ASSERT_NE(kernel.scratchBuf[100], 0.0f);
+    const float beyond = kernel.scratchBuf[1000];
+    playing.run(1000, 1000);
+    EXPECT_TRUE(std::all_of(kernel.scratchBuf.begin(), kernel.scratchBuf.begin() + 1000,
+                            [](float sample) { return sample == 0.0f; }));
+    EXPECT_EQ(kernel.scratchBuf[1000], beyond) << "beyond the call";
 }
 
 TEST(KernelOutput, AProductThatIsNotFiniteIsSilent)

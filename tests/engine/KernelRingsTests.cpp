@@ -50,9 +50,8 @@ std::int64_t frameOfSpot(std::int64_t bar, std::int64_t spot, std::int64_t spots
 
 std::vector<std::int64_t> framesOf(const std::vector<HeardNote>& notes)
 {
-    std::vector<std::int64_t> frames;
-    for (const auto& note : notes)
-        frames.push_back(note.frame);
+    std::vector<std::int64_t> frames(notes.size());
+    std::ranges::transform(notes, frames.begin(), &HeardNote::frame);
     return frames;
 }
 
@@ -275,7 +274,7 @@ TEST(KernelRings, WobblesComeTogetherEveryEightBars)
         const double direction = ring % 2 == 0 ? 1.0 : -1.0;
         EXPECT_NEAR(kernel.lfoOffsets[ring], std::sin(6.283185307179586 * cycles) / 64 * direction, 1.0e-9);
     }
-    playing.run(7 * 96000, 1000);
+    playing.run(std::int64_t{7} * 96000, 1000);
     for (std::size_t ring = 0; ring < 5; ++ring)
         EXPECT_LT(std::min(kernel.lfoPhases[ring], 1.0 - kernel.lfoPhases[ring]), 1.0e-8);
 }
@@ -344,7 +343,7 @@ TEST(KernelRings, ASpotFiresWhenItsDrawIsBelowItsProbability)
     PlayingKernel playing;
     playing.playOnlyRing(3, 8);
     playing.kernel.probabilities[3] = 0.4f;
-    playing.run(20 * 96000, 512);
+    playing.run(std::int64_t{20} * 96000, 512);
 
     std::vector<int> expectedSpots;
     std::uint64_t state = 12345;
@@ -367,10 +366,11 @@ TEST(KernelRings, AFiredSpotIsStampedWithTheHostClock)
     const auto before = hostClockNow();
     playing.run(96000, 500);
     const auto after = hostClockNow();
+    constexpr auto firstSpot = std::size_t{3} * 16;
     std::uint64_t last = before;
     for (std::size_t i = 0; i < playing.kernel.spotFireTimes.size(); ++i) {
         const std::uint64_t time = playing.kernel.spotFireTimes[i];
-        if (i < 3 * 16 || i >= 3 * 16 + 4) {
+        if (i < firstSpot || i >= firstSpot + 4) {
             EXPECT_EQ(time, 0U) << i;
             continue;
         }

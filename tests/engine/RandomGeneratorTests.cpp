@@ -75,9 +75,10 @@ TEST(RandomGenerator, DrawsSpreadEvenlyOverTheUnit)
         const int bin = static_cast<int>(drawUnit(state) * 10.0f);
         ++counts[bin > 9 ? 9 : bin];
     }
+    const int expected = draws / 10;
     // The count of a bin strays by about 95; five times that is next to impossible.
     for (const int count : counts)
-        EXPECT_NEAR(count, draws / 10, 475);
+        EXPECT_NEAR(count, expected, 475);
 }
 
 } // namespace

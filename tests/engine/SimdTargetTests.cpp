@@ -1,6 +1,6 @@
 #include "engine/SimdTarget.h"
 #include "engine/SoftClip.h"
-#include "tests/reference/SideBySide.h"
+#include "tests/engine/SimdTargetGuard.h"
 
 #include <algorithm>
 #include <array>
@@ -75,10 +75,10 @@ TEST(SimdTarget, TheFirstIsUsedByDefault)
 TEST(SimdTarget, AskingWhichThereAreChangesNeitherTheAnswerNorTheChoice)
 {
     const SimdTargetGuard guard;
-    const auto targets = availableSimdTargets();
+    const auto& targets = availableSimdTargets();
     forceSimdTarget(targets.back());
     const std::uint64_t forced = fingerprint();
-    const auto targetsAgain = availableSimdTargets();
+    const auto& targetsAgain = availableSimdTargets();
     EXPECT_EQ(fingerprint(), forced);
     ASSERT_EQ(targetsAgain.size(), targets.size());
     for (std::size_t i = 0; i < targets.size(); ++i)
@@ -100,7 +100,7 @@ TEST(SimdTarget, EachCanBeForcedAndSoftClips)
 TEST(SimdTarget, ForcingOneTakesEffectInTheLastBits)
 {
     const SimdTargetGuard guard;
-    const auto targets = availableSimdTargets();
+    const auto& targets = availableSimdTargets();
     for (const SimdTarget& one : targets)
         for (const SimdTarget& other : targets) {
             forceSimdTarget(one);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <limits>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -179,6 +180,46 @@ TEST(AVAudioEngine, WithoutADeviceTheErrorSaysSo)
     ASSERT_TRUE(error);
     EXPECT_STREQ(error->what(), "There is no audio device (JACK: none found; ALSA: The device is busy).");
     EXPECT_FALSE(playing.engine.hasDevice());
+}
+
+TEST(AVAudioEngine, ADeviceAtARateThatTheInstrumentDoesNotPlayAtIsRefusedWithAWord)
+{
+    const std::vector<std::pair<double, std::string>> rates{{4000.0, "4000"},
+                                                            {7999.0, "7999"},
+                                                            {768001.0, "768001"},
+                                                            {-48000.0, "-48000"},
+                                                            {0.0, "0"},
+                                                            {std::numeric_limits<double>::quiet_NaN(), "nan"},
+                                                            {std::numeric_limits<double>::infinity(), "inf"}};
+    for (const auto& [rate, text] : rates) {
+        FakeSound sound{.sampleRates = {rate}};
+        PlayingEngine playing(fakeDeviceTypes({&sound}));
+        const auto error = playing.engine.start();
+        ASSERT_TRUE(error) << rate;
+        EXPECT_EQ(error->what(),
+                  "There is no audio device (Fake: it runs at " + text + " Hz; 8000 to 768000 Hz will do).");
+        EXPECT_FALSE(playing.engine.hasDevice());
+        EXPECT_EQ(sound.callback, nullptr);
+    }
+}
+
+TEST(AVAudioEngine, TheNextKindOfDeviceIsTakenInsteadOfOneAtAnImpossibleRate)
+{
+    FakeSound odd{.sampleRates = {4000.0}};
+    FakeSound alsa{.typeName = "ALSA"};
+    PlayingEngine playing(fakeDeviceTypes({&odd, &alsa}));
+    EXPECT_FALSE(playing.engine.start());
+    EXPECT_NE(alsa.callback, nullptr);
+}
+
+TEST(AVAudioEngine, TheLowestAndTheHighestRateArePlayed)
+{
+    for (const auto rate : {8000.0, 768000.0}) {
+        FakeSound sound{.sampleRates = {rate}};
+        PlayingEngine playing(fakeDeviceTypes({&sound}));
+        EXPECT_FALSE(playing.engine.start()) << rate;
+        EXPECT_EQ(playing.instrument->dspKernel->sampleRate, rate);
+    }
 }
 
 /// Bars that the clock turns in some seconds of messages; less than one.

@@ -47,20 +47,22 @@ TEST(HostOptions, NothingTypedLeavesAllToTheDevice)
     EXPECT_FALSE(none.device.deviceName);
     EXPECT_FALSE(none.device.sampleRate);
     EXPECT_FALSE(none.device.bufferFrames);
+    EXPECT_FALSE(none.scale);
 }
 
 TEST(HostOptions, TakesWhatIsTyped)
 {
-    const auto all =
-        options({"--device", "Built-in Audio", "--sample-rate=96000", "--buffer", "64", "--list-devices"});
+    const auto all = options({"--device", "Built-in Audio", "--sample-rate=96000", "--buffer", "64",
+                              "--scale", "1.5", "--list-devices"});
     EXPECT_TRUE(all.listDevices);
     EXPECT_EQ(all.device.deviceName, "Built-in Audio");
     EXPECT_EQ(all.device.sampleRate, 96000.0);
     EXPECT_EQ(all.device.bufferFrames, 64);
+    EXPECT_EQ(all.scale, 1.5);
 }
 
-constexpr std::array optionNames{"--list-devices", "--device", "--sample-rate",
-                                 "--buffer",       "--help",   "--version"};
+constexpr std::array optionNames{"--list-devices", "--device", "--sample-rate", "--buffer",
+                                 "--scale",        "--help",   "--version"};
 
 TEST(HostOptions, HelpNamesEveryOption)
 {
@@ -110,6 +112,9 @@ TEST(HostOptions, WhatWillNotDoIsNamedOnOneLine)
         expectComplaint({"--buffer", frames},
                         "--buffer: \"" + std::string(frames) +
                             "\" will not do; give a whole number of frames from 1 to 8192");
+    for (const auto* const scale : {"0.4", "8.1", "0", "-1", "nan", "inf", "200%", "large"})
+        expectComplaint({"--scale", scale},
+                        "--scale: \"" + std::string(scale) + "\" will not do; give a number from 0.5 to 8");
     expectComplaint({"--buffer", "4\n\x1b[2J"}, "--buffer: \"4??[2J\" will not do");
 }
 

@@ -7,6 +7,7 @@
 
 #include <limits>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <thread>
@@ -175,6 +176,65 @@ TEST_F(AUAudioUnitRenderBlock, ReadBeforeAllocationWorksAfterIt)
     unit->allocateRenderResources();
     EXPECT_EQ(renderInto(output, block, 64), noErr);
     EXPECT_EQ(log->frameCounts, std::vector<AUAudioFrameCount>{64});
+}
+
+TEST_F(AUAudioUnitRenderBlock, RefusesWhileRenderResourcesAreMadeAndDropped)
+{
+    const auto block = unit->renderBlock();
+    const auto refuse = [&] { EXPECT_EQ(renderInto(output, block, 64), kAudioUnitErr_Uninitialized); };
+    unit->whileMade = refuse;
+    unit->whileDropped = refuse;
+    unit->allocateRenderResources();
+    unit->allocateRenderResources();
+    EXPECT_EQ(renderInto(output, block, 64), noErr);
+    unit->deallocateRenderResources();
+    EXPECT_EQ(log->frameCounts.size(), 1U);
+}
+
+TEST_F(AUAudioUnitRenderBlock, IsAsBeforeWhenAnAllocationFails)
+{
+    const auto block = unit->renderBlock();
+    unit->whileMade = [] { throw AUError(-17, "The unit cannot."); };
+    EXPECT_THROW(unit->allocateRenderResources(), AUError);
+    EXPECT_FALSE(unit->renderResourcesAllocated());
+    unit->whileMade = nullptr;
+    unit->allocateRenderResources();
+    unit->setMaximumFramesToRender(256);
+    unit->whileMade = [] { throw std::bad_alloc(); };
+    try {
+        unit->allocateRenderResources();
+        FAIL() << "it should have thrown";
+    } catch (const AUError& error) {
+        EXPECT_EQ(error.status(), kAudioUnitErr_FailedInitialization);
+        EXPECT_STREQ(error.what(), "There is not enough memory to render.");
+    }
+    EXPECT_TRUE(unit->renderResourcesAllocated());
+    EXPECT_EQ(renderInto(output, block, 64), noErr);
+    EXPECT_EQ(renderInto(output, block, 65), kAudioUnitErr_TooManyFramesToProcess);
+}
+
+TEST_F(AUAudioUnitRenderBlock, IsNotAllocatedForMoreFramesThanCanBeCounted)
+{
+    constexpr auto most = AUAudioUnit::mostFramesToRender;
+    int made = 0;
+    unit->whileMade = [&made] { ++made; };
+    for (const auto frames : {most + 1, AUAudioFrameCount{INT32_MAX}, AUAudioFrameCount{UINT32_MAX}}) {
+        unit->setMaximumFramesToRender(frames);
+        try {
+            unit->allocateRenderResources();
+            FAIL() << "it should have thrown";
+        } catch (const AUError& error) {
+            EXPECT_EQ(error.status(), kAudioUnitErr_TooManyFramesToProcess);
+            EXPECT_EQ(error.what(),
+                      std::to_string(frames) +
+                          " frames are too many for one render cycle; it takes up to 16777216.");
+        }
+        EXPECT_FALSE(unit->renderResourcesAllocated());
+    }
+    EXPECT_EQ(made, 0);
+    unit->setMaximumFramesToRender(most);
+    unit->allocateRenderResources();
+    EXPECT_EQ(made, 1);
 }
 
 TEST_F(AUAudioUnitRenderBlock, RefusesMoreFramesThanTheMaximumAndLeavesTheOutputAsItIs)

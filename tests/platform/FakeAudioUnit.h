@@ -3,6 +3,7 @@
 #include "platform/AUAudioUnit.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -50,8 +51,22 @@ public:
     std::shared_ptr<RenderLog> log = std::make_shared<RenderLog>();
     int presetsApplied = 0;
     int presetsRestored = 0;
+    std::function<void()> whileMade;    ///< called in makeRenderResources
+    std::function<void()> whileDropped; ///< called in dropRenderResources
 
 protected:
+    void makeRenderResources() override
+    {
+        if (whileMade)
+            whileMade();
+    }
+
+    void dropRenderResources() override
+    {
+        if (whileDropped)
+            whileDropped();
+    }
+
     [[nodiscard]] AUInternalRenderBlock internalRenderBlock() override
     {
         return [log = log](AudioUnitRenderActionFlags*, const AudioTimeStamp*, AUAudioFrameCount frameCount,

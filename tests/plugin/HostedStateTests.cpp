@@ -39,6 +39,16 @@ TEST(HostedState, WritesTheSameTextForTheSameState)
     EXPECT_EQ(hostedStateText(*read.state, *read.editorSize), text);
 }
 
+TEST(HostedState, IsTheAudioUnitsTextWithTheEditorsSizeAtItsEnd)
+{
+    auto text = textFromState(someState());
+    const std::string end = "\n}\n";
+    ASSERT_TRUE(text.ends_with(end));
+    text.resize(text.size() - end.size());
+    EXPECT_EQ(hostedStateText(someState(), {600, 500}),
+              text + ",\n  \"editor\": {\n    \"width\": 600,\n    \"height\": 500\n  }\n}\n");
+}
+
 TEST(HostedState, IsTheAudioUnitsStateToItsReader)
 {
     const auto read = stateFromText(hostedStateText(someState(), {600, 500}));

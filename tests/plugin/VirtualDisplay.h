@@ -5,7 +5,8 @@
 #include <utility>
 #include <vector>
 
-struct _XDisplay; // Xlib.h has macros of every name
+// Xlib's own name, for its header has macros of every name.
+struct _XDisplay; // NOLINT(bugprone-reserved-identifier)
 
 namespace velotrine {
 

@@ -12,7 +12,6 @@
 #include <pluginterfaces/vst/ivstunits.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <deque>
 #include <dlfcn.h>
@@ -204,11 +203,17 @@ std::vector<std::string> Vst3Host::programs() const
     return names;
 }
 
+bool Vst3Host::announce(double sampleRate, int maxFrames, bool isDouble) const
+{
+    Vst::ProcessSetup setup{Vst::kRealtime, isDouble ? Vst::kSample64 : Vst::kSample32, maxFrames,
+                            sampleRate};
+    return self->processor->setupProcessing(setup) == kResultOk;
+}
+
 bool Vst3Host::start(double sampleRate, int maxFrames)
 {
     stop();
-    Vst::ProcessSetup setup{Vst::kRealtime, Vst::kSample32, maxFrames, sampleRate};
-    if (self->processor->setupProcessing(setup) != kResultOk)
+    if (!announce(sampleRate, maxFrames))
         return false;
     self->component->activateBus(Vst::kAudio, Vst::kOutput, 0, 1);
     self->isActive = self->component->setActive(1) == kResultOk;
@@ -228,10 +233,16 @@ void Vst3Host::stop()
 bool Vst3Host::process(float* left, float* right, int frames, const std::optional<HostTransport>& transport,
                        const std::vector<Vst3Automation>& automation)
 {
-    std::array<float*, 2> channels{left, right};
-    Vst::AudioBusBuffers output;
-    output.numChannels = 2;
-    output.channelBuffers32 = channels.data();
+    return process({.channels = {left, right}, .frames = frames}, transport, automation);
+}
+
+bool Vst3Host::process(const Vst3Block& block, const std::optional<HostTransport>& transport,
+                       const std::vector<Vst3Automation>& automation)
+{
+    auto channels = block.channels;
+    std::vector<Vst::AudioBusBuffers> outputs(static_cast<std::size_t>(std::max(block.busCount, 1)));
+    outputs[0].numChannels = block.channelCount;
+    outputs[0].channelBuffers32 = block.hasChannels ? channels.data() : nullptr;
     ValueChanges changes(automation);
     ValueChanges answers({});
     Vst::ProcessContext context{};
@@ -245,10 +256,10 @@ bool Vst3Host::process(float* left, float* right, int frames, const std::optiona
     }
     Vst::ProcessData data;
     data.processMode = Vst::kRealtime;
-    data.symbolicSampleSize = Vst::kSample32;
-    data.numSamples = frames;
-    data.numOutputs = 1;
-    data.outputs = &output;
+    data.symbolicSampleSize = block.isDouble ? Vst::kSample64 : Vst::kSample32;
+    data.numSamples = block.frames;
+    data.numOutputs = block.busCount;
+    data.outputs = block.hasBusses ? outputs.data() : nullptr;
     data.inputParameterChanges = &changes;
     data.outputParameterChanges = &answers;
     data.processContext = transport ? &context : nullptr;
@@ -264,10 +275,18 @@ bool Vst3Host::process(float* left, float* right, int frames, const std::optiona
     return true;
 }
 
+bool Vst3Host::takesStereo(bool hasList) const
+{
+    auto stereo = Vst::SpeakerArr::kStereo;
+    return self->processor->setBusArrangements(nullptr, 0, hasList ? &stereo : nullptr, 1) == kResultOk;
+}
+
 std::string Vst3Host::save() const
 {
     ByteStream stream;
-    return self->component->getState(&stream) == kResultOk ? stream.bytes : std::string();
+    if (self->component->getState(&stream) != kResultOk)
+        return {};
+    return std::move(stream.bytes);
 }
 
 bool Vst3Host::load(const std::string& state) const

@@ -28,6 +28,18 @@ struct Vst3Parameter
     std::int32_t flags = 0;
 };
 
+/// The memory of one call of process(), right or wrong.
+struct Vst3Block
+{
+    std::vector<float*> channels; ///< the output's; any may be null
+    int frames = 0;
+    int channelCount = static_cast<int>(channels.size()); ///< as the host says
+    int busCount = 1;
+    bool hasBusses = true;   ///< else the host's list of them is null
+    bool hasChannels = true; ///< else the bus's list of them is null
+    bool isDouble = false;   ///< the host says that samples have 64 bits
+};
+
 /// A host with one instance of the VST3 plug-in that the build made, loaded through the format's entry.
 class Vst3Host
 {
@@ -51,10 +63,17 @@ public:
     [[nodiscard]] std::optional<double> valueOf(std::uint32_t id, const std::string& text) const;
     [[nodiscard]] std::vector<std::string> programs() const;
 
+    /// Whether the plug-in takes what a host announces; it does not start yet.
+    bool announce(double sampleRate, int maxFrames, bool isDouble = false) const;
     bool start(double sampleRate, int maxFrames);
     void stop();
     bool process(float* left, float* right, int frames, const std::optional<HostTransport>& transport,
                  const std::vector<Vst3Automation>& automation = {});
+    bool process(const Vst3Block& block, const std::optional<HostTransport>& transport = std::nullopt,
+                 const std::vector<Vst3Automation>& automation = {});
+
+    /// Asks for an output of two channels, or of a list that is not there.
+    [[nodiscard]] bool takesStereo(bool hasList) const;
 
     [[nodiscard]] std::string save() const;
     bool load(const std::string& state) const;

@@ -111,6 +111,9 @@ std::optional<std::string> SideBySide::process(int frames)
     noteCount += scalar.firedNotes.size();
     for (int i = 0; i < frames; ++i)
         loudest = std::max(loudest, std::abs(scalarLeft[static_cast<std::size_t>(i)]));
+    for (const auto& voice : scalar.voices)
+        if (voice.active)
+            longestModStep = std::max(longestModStep, voice.carrierFreq * voice.modRatio / voice.sampleRate);
 
     for (auto& player : players) {
         forceSimdTarget(player.target);
@@ -155,7 +158,7 @@ std::optional<std::string> SideBySide::compareState(const VelotrineDSPKernel& ke
     if (!isNear(kernel.clockPhaseBuf, scalar.clockPhaseBuf, phaseToleranceTurns))
         return differs("clockPhaseBuf", kernel.clockPhaseBuf.load(), scalar.clockPhaseBuf);
 
-    for (std::size_t r = 0; r < scalar.rings; ++r) {
+    for (std::size_t r = 0; r < reference::ScalarTranscription::rings; ++r) {
         const std::string ofRing = " of ring " + std::to_string(r);
         if (!isNear(kernel.activityPhases[r], scalar.activityPhases[r], phaseToleranceTurns))
             return differs("activityPhase" + ofRing, kernel.activityPhases[r].load(),

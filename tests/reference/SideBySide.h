@@ -3,6 +3,7 @@
 #include "engine/ParameterAddress.h"
 #include "engine/SimdTarget.h"
 #include "engine/VelotrineDSPKernel.h"
+#include "tests/engine/SimdTargetGuard.h"
 #include "tests/reference/ScalarTranscription.h"
 
 #include <cstddef>
@@ -14,21 +15,6 @@
 #include <vector>
 
 namespace velotrine {
-
-/// Puts the instruction set that the engine chose by itself back when a test is over.
-class SimdTargetGuard
-{
-public:
-    SimdTargetGuard() : chosen(availableSimdTargets().front()) {}
-
-    SimdTargetGuard(const SimdTargetGuard&) = delete;
-    SimdTargetGuard& operator=(const SimdTargetGuard&) = delete;
-
-    ~SimdTargetGuard() { forceSimdTarget(chosen); }
-
-private:
-    SimdTarget chosen;
-};
 
 /// Random numbers that are the same with every standard library.
 class Dice
@@ -76,6 +62,9 @@ public:
 
     [[nodiscard]] double largestError() const { return worstSample; }
 
+    /// The furthest that a sounding modulator has moved from one sample to the next, in turns.
+    [[nodiscard]] double fastestModulator() const { return longestModStep; }
+
 private:
     struct Player
     {
@@ -97,6 +86,7 @@ private:
     std::size_t noteCount = 0;
     float loudest = 0.0f;
     double worstSample = 0.0;
+    double longestModStep = 0.0;
     SimdTargetGuard guard;
 };
 

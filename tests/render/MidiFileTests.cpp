@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <string>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -176,6 +177,30 @@ TEST(MidiFile, WritesLongPausesInAsManyBytesAsTheyNeed)
         MidiFile file(60.0);
         file.addNote(0, 60, static_cast<double>(ticks) / 960.0, 1.0, 1.0f);
         EXPECT_THAT(contentOf(file).notes(1), ElementsAre(MidiContent::Note{ticks, ticks + 960, 0, 60, 127}));
+    }
+}
+
+TEST(MidiFile, SplitsPausesThatANumberOfFourBytesDoesNotHold)
+{
+    constexpr std::int64_t most = (1 << 28) - 1;
+    constexpr int textType = 0x01;
+    for (const auto& [ticks, splits] :
+         {std::pair{most, 0}, {most + 1, 1}, {2 * most, 1}, {2 * most + 1, 2}}) {
+        SCOPED_TRACE(ticks);
+        MidiFile file(60.0);
+        const double seconds = static_cast<double>(ticks) / 960.0;
+        file.addNote(0, 60, seconds, seconds, 1.0f);
+        const auto content = contentOf(file);
+        EXPECT_THAT(content.notes(1), ElementsAre(MidiContent::Note{ticks, 2 * ticks, 0, 60, 127}));
+        EXPECT_THAT(content.meta(1, textType), SizeIs(2 * splits));
+
+        const auto bytes = file.bytes();
+        const TemporaryFolder folder;
+        folder.write("notes.mid", std::string(bytes.begin(), bytes.end()));
+        const auto read = runProcess({"midicsv", folder.file("notes.mid")});
+        EXPECT_EQ(read.exitCode, 0);
+        EXPECT_EQ(read.err, "");
+        EXPECT_THAT(read.out, HasSubstr("2, " + std::to_string(ticks) + ", Note_on_c, 0, 60, 127\n"));
     }
 }
 

@@ -1,6 +1,11 @@
 #include "tests/render/ProgramTest.h"
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <csignal>
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -8,10 +13,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <linux/capability.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <poll.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace velotrine {
@@ -149,6 +157,103 @@ TEST_F(Failure, OfTheFolderForTemporaryFilesNamesTheOutput)
 {
     const auto result = attempt({"--out", "-"}, [] { ::setenv("TMPDIR", "/nowhere/at/all", 1); });
     expectFailure(result, "standard output: could not be written: there is no folder for temporary files");
+}
+
+/// The system call that gives a file a second name fails, as on a disk whose files have only one.
+void forbidSecondNames()
+{
+    constexpr auto systemCall = static_cast<std::uint32_t>(offsetof(seccomp_data, nr));
+    std::array<sock_filter, 5> filter{{
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, systemCall),
+#ifdef SYS_link
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_link, 1, 0),
+#else
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_linkat, 1, 0),
+#endif
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_linkat, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    }};
+    const sock_fprog program{filter.size(), filter.data()};
+    const bool forbidden = ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+                           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0 &&
+                           ::link("/nowhere", "/nowhere/else") != 0 && errno == EPERM;
+    if (!forbidden)
+        ::_exit(99);
+}
+
+/// A run with three outputs, one of which is a named pipe: all has been written when the program comes to it,
+/// and nothing has appeared.
+class Outputs : public Failure
+{
+protected:
+    Outputs() { EXPECT_EQ(::mkfifo(folder.file("pipe").c_str(), 0600), 0); }
+
+    /// Does something in the folder before anything appears. The sound, the notes or the state goes into the
+    /// pipe.
+    template <typename Meanwhile>
+    [[nodiscard]] ProcessResult runMeanwhile(std::vector<std::string> more, Meanwhile&& meanwhile,
+                                             void (*beforeStart)() = nullptr) const
+    {
+        more.insert(more.begin(), {"render", "--preset", "1", "--seconds", "0.5"});
+        auto where = surroundings();
+        if (beforeStart != nullptr)
+            where.beforeStart = beforeStart;
+        ChildProcess program(velotrineCommand(more), where);
+        const auto isTemporary = [](const std::string& name) { return name.starts_with(".velotrine-"); };
+        const auto started = [&] {
+            const auto entries = folder.entries();
+            return std::count_if(entries.begin(), entries.end(), isTemporary) >= 2;
+        };
+        while (!started() && !program.hasEnded())
+            pauseShortly();
+        meanwhile();
+        // Opening the pipe lets the program go on; it is read to its end.
+        if (!program.hasEnded())
+            static_cast<void>(folder.read("pipe"));
+        return program.finish();
+    }
+};
+
+TEST_F(Outputs, OfWhichOneCannotAppearAreAllAsTheyWere)
+{
+    for (void (*const beforeStart)() : {static_cast<void (*)()>(nullptr), forbidSecondNames}) {
+        folder.write("a.mid", "older notes");
+        const auto result = runMeanwhile(
+            {"--out", "pipe", "--midi", "a.mid", "--save-state", "a.json"},
+            [this] { fs::create_directory(folder.file("a.json")); }, beforeStart);
+        expectFailure(result, "a.json: could not be written: Is a directory");
+        EXPECT_EQ(folder.read("a.mid"), "older notes");
+        EXPECT_THAT(folder.entries(), ElementsAre("a.json", "a.mid", "pipe"));
+        fs::remove(folder.file("a.json"));
+    }
+}
+
+TEST_F(Outputs, OfWhichOneCannotAppearAreNotThereWhereNothingWas)
+{
+    const auto result = runMeanwhile({"--out", "a.wav", "--midi", "pipe", "--save-state", "a.json"},
+                                     [this] { fs::create_directory(folder.file("a.json")); });
+    expectFailure(result, "a.json: could not be written: Is a directory");
+    EXPECT_THAT(folder.entries(), ElementsAre("a.json", "pipe"));
+}
+
+TEST_F(Outputs, ThatAllAppearReplaceTheOlderFilesAndLeaveNothingElse)
+{
+    for (void (*const beforeStart)() : {static_cast<void (*)()>(nullptr), forbidSecondNames}) {
+        folder.write("a.mid", "older notes");
+        folder.write("a.json", "older state");
+        const auto result = runMeanwhile(
+            {"--out", "pipe", "--midi", "a.mid", "--save-state", "a.json"},
+            [this] {
+                EXPECT_EQ(folder.read("a.mid"), "older notes");
+                EXPECT_EQ(folder.read("a.json"), "older state");
+            },
+            beforeStart);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_THAT(folder.read("a.mid"), StartsWith("MThd"));
+        EXPECT_THAT(folder.read("a.json"), StartsWith("{"));
+        EXPECT_THAT(folder.entries(), ElementsAre("a.json", "a.mid", "pipe"));
+    }
 }
 
 class Interruption : public ProgramTest

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "editor/EditorLayout.h"
+#include "editor/FontLoader.h"
 #include "tests/host/MessageLoop.h"
 #include "tests/host/windows/Desktop.h"
 #include "tests/render/ChildProcess.h"
@@ -7,13 +9,42 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <csignal>
+#include <numbers>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace velotrine {
 
 inline constexpr int menuBarHeight = 24;
+inline constexpr int editorTop = menuBarHeight + 44; ///< below the bar with the presets
+
+/// Where the editor's controls are in the application's window, new unless another size is given.
+/// @param width, height  of the editor, in points
+inline EditorLayout layoutInWindow(double width = 480.0, double height = 360.0)
+{
+    registerDisplayFont();
+    return layOutEditor(width, height, [](std::string_view text, double fontSize) {
+        return static_cast<double>(
+            displayFont(static_cast<float>(fontSize)).getStringWidthFloat(std::string(text)));
+    });
+}
+
+inline juce::Rectangle<int> inWindow(const juce::Rectangle<double>& inEditor)
+{
+    return inEditor.toNearestInt().translated(0, editorTop);
+}
+
+/// On the outermost ring, between two spots of the preset "Default", at the lower right.
+inline juce::Point<int> pointOnOutermostRing(juce::Rectangle<int> rings)
+{
+    const auto radius = rings.getWidth() / 2.0 - 16.0;
+    const auto diagonal = static_cast<int>(std::lround(radius / std::numbers::sqrt2));
+    return rings.getCentre().translated(diagonal, diagonal);
+}
 
 /// The application itself, of a user who has not seen it before unless the test says so.
 class ApplicationTest : public testing::Test
@@ -34,12 +65,24 @@ protected:
         ASSERT_EQ(end().exitCode, 0);
     }
 
-    void launch()
+    void launch(const std::vector<std::string>& options = {})
     {
+        std::vector<std::string> commandLine{VELOTRINE_HOST_PROGRAM};
+        commandLine.insert(commandLine.end(), options.begin(), options.end());
         ProcessSurroundings surroundings;
-        surroundings.environment = {{"XDG_CONFIG_HOME", folder.path().string()}};
-        application.emplace(std::vector<std::string>{VELOTRINE_HOST_PROGRAM}, surroundings);
+        surroundings.environment = environment;
+        surroundings.environment.emplace_back("XDG_CONFIG_HOME", folder.path().string());
+        application.emplace(commandLine, surroundings);
         ASSERT_TRUE(windowAppears("Velotrine"));
+    }
+
+    /// As every time but the first.
+    void launchForUse()
+    {
+        haveSeenHelp();
+        launch();
+        ASSERT_TRUE(windowHasKeyboard("Velotrine"));
+        runMessagesFor(0.3);
     }
 
     [[nodiscard]] bool ends()
@@ -66,7 +109,19 @@ protected:
         runMessagesFor(0.3);
     }
 
+    [[nodiscard]] juce::Image picture() const
+    {
+        xdotool({"mousemove", "1", "1"}); // or the control below it would look touched
+        runMessagesFor(0.2);
+        const auto file = folder.path() / "window.png";
+        const auto result =
+            runProcess({"/usr/bin/import", "-window", window(), "-depth", "8", "PNG24:" + file.string()});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        return juce::ImageFileFormat::loadFrom(juce::File(file.string()));
+    }
+
     TemporaryFolder folder;
+    std::vector<std::pair<std::string, std::string>> environment; ///< of the application, beside this one's
     std::optional<ChildProcess> application;
 };
 

@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
 namespace velotrine {
 namespace {
 
@@ -114,6 +118,24 @@ TEST_F(ApplicationTest, RefusesADeviceThatIsNotThereBeforeItOpensAWindow)
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_THAT(result.err, testing::HasSubstr("kazoo"));
     EXPECT_EQ(result.out, "");
+}
+
+TEST_F(ApplicationTest, StartsNoOtherProgram)
+{
+    ASSERT_TRUE(std::filesystem::exists("/usr/bin/gsettings")); // or it could not
+    haveSeenHelp();
+    const auto log = folder.path() / "forks";
+    std::ofstream(log).close();
+    environment = {{"LD_PRELOAD", VELOTRINE_FORK_COUNTER},
+                   {"VELOTRINE_FORK_LOG", log.string()},
+                   {"ASAN_OPTIONS", "verify_asan_link_order=0"}}; // its library is not the first then
+    launch();
+    ASSERT_TRUE(windowHasKeyboard("Velotrine"));
+    pressKey("ctrl+q");
+    EXPECT_EQ(end().exitCode, 0);
+    std::ostringstream started;
+    started << std::ifstream(log).rdbuf();
+    EXPECT_EQ(started.str(), "");
 }
 
 TEST_F(ApplicationTest, WithoutADisplayItSaysSo)

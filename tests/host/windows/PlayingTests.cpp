@@ -2,37 +2,16 @@
 // display and heard on a sound server of the test's own.
 
 #include "editor/Colours.h"
-#include "editor/EditorLayout.h"
-#include "editor/FontLoader.h"
 #include "editor/RingEditorViewMac.h"
 #include "tests/host/JackListener.h"
 #include "tests/host/JackServer.h"
 #include "tests/host/windows/ApplicationTest.h"
 
-#include <cmath>
-#include <numbers>
-
 namespace velotrine {
 namespace {
 
-constexpr int editorTop = menuBarHeight + 44; ///< below the bar with the presets
-
 using Point = juce::Point<int>;
 using Area = juce::Rectangle<int>;
-
-EditorLayout layoutOfNewWindow()
-{
-    registerDisplayFont();
-    return layOutEditor(480, 360, [](std::string_view text, double fontSize) {
-        return static_cast<double>(
-            displayFont(static_cast<float>(fontSize)).getStringWidthFloat(std::string(text)));
-    });
-}
-
-Area inWindow(const juce::Rectangle<double>& inEditor)
-{
-    return inEditor.toNearestInt().translated(0, editorTop);
-}
 
 int differingPixels(const juce::Image& one, const juce::Image& other, Area area)
 {
@@ -61,24 +40,7 @@ double coverage(const juce::Image& picture, juce::Colour colour, Area area)
 class PlayingApplication : public ApplicationTest
 {
 protected:
-    void SetUp() override
-    {
-        haveSeenHelp();
-        launch();
-        ASSERT_TRUE(windowHasKeyboard("Velotrine"));
-        runMessagesFor(0.3);
-    }
-
-    [[nodiscard]] juce::Image picture() const
-    {
-        xdotool({"mousemove", "1", "1"}); // or the control below it would look touched
-        runMessagesFor(0.2);
-        const auto file = folder.path() / "window.png";
-        const auto result =
-            runProcess({"/usr/bin/import", "-window", window(), "-depth", "8", "PNG24:" + file.string()});
-        EXPECT_EQ(result.exitCode, 0) << result.err;
-        return juce::ImageFileFormat::loadFrom(juce::File(file.string()));
-    }
+    void SetUp() override { launchForUse(); }
 
     void click(Point at) { ApplicationTest::click(at.x, at.y); }
 
@@ -105,7 +67,7 @@ protected:
     }
 
     JackServer server;
-    EditorLayout layout = layoutOfNewWindow();
+    EditorLayout layout = layoutInWindow();
     Area rings = inWindow(layout.rings);
     Area panel = inWindow(layout.ringEditor);
 };
@@ -149,10 +111,7 @@ TEST_F(PlayingApplication, ARingsPanelOpensTakesTypingMovesAndCloses)
     const auto closed = picture();
     ASSERT_EQ(pixelsOf(closed, black, rings), 0);
 
-    // Of the outermost ring, between two spots of the preset "Default", at the lower right.
-    const auto radius = layout.rings.getWidth() / 2.0 - 16.0;
-    const auto diagonal = static_cast<int>(std::lround(radius / std::numbers::sqrt2));
-    click(rings.getCentre().translated(diagonal, diagonal));
+    click(pointOnOutermostRing(rings));
     const auto open = picture();
     EXPECT_GT(coverage(open, colours::panel, panel), 0.5);
     const auto blackBefore = pixelsOf(open, black, rings);
@@ -232,6 +191,24 @@ TEST_F(NewUser, PlaysAndSetsItUpByKeysAlone)
     EXPECT_TRUE(fallsSilent());
     keys({"ctrl+q"});
     EXPECT_EQ(end().exitCode, 0);
+}
+
+TEST_F(PlayingApplication, ARingsPanelStaysUnderTheMouseThatDragsItInAnEnlargedWindowToo)
+{
+    constexpr double pixelsPerPoint = 1.5;
+    xdotool({"windowsize", "--sync", window(), "960", "856"});
+    runMessagesFor(0.5);
+    const auto enlarged = layoutInWindow(640, 571 - editorTop);
+    const auto inPixels = [](Area points) { return (points.toDouble() * pixelsPerPoint).toNearestInt(); };
+    click((pointOnOutermostRing(inWindow(enlarged.rings)).toDouble() * pixelsPerPoint).roundToInt());
+    const auto largePanel = inPixels(inWindow(enlarged.ringEditor));
+    EXPECT_GT(coverage(picture(), colours::panel, largePanel), 0.5);
+    const Point move(90, 60);
+    drag(largePanel.getPosition().translated(30, 12), move);
+    const auto moved = picture();
+    EXPECT_GT(coverage(moved, colours::panel, largePanel.reduced(2) + move), 0.5);
+    EXPECT_LT(coverage(moved, colours::panel, largePanel.withHeight(move.y - 3)), 0.01);
+    EXPECT_GT(coverage(moved, colours::panel, largePanel.withHeight(8).translated(0, 3) + move), 0.5);
 }
 
 TEST_F(PlayingApplication, HelpOpensWhileItPlaysAndThePlayingGoesOnUntilTheApplicationEnds)

@@ -243,6 +243,11 @@ TEST_F(AppDelegateTest, AboutBeforeTheWindowExistsDoesNothing)
     EXPECT_EQ(delegate.hostVC, nullptr);
 }
 
+TEST_F(AppDelegateTest, ItsSavedStateMayBeReadSecurely)
+{
+    EXPECT_TRUE(delegate.applicationSupportsSecureRestorableState());
+}
+
 TEST_F(AppDelegateTest, AboutLeadsToTheTitleCardFromAnyPage)
 {
     delegate.applicationDidFinishLaunching();

@@ -59,7 +59,8 @@ class Host:
             os.utime(file, (yesterday, yesterday))
         scanner = [ARDOUR / "ardour-vst3-scanner", "-f", "-v", bundle]
         scan = subprocess.run(scanner, env=self.environment, capture_output=True, text=True, timeout=30)
-        expect(scan.returncode == 0 and "Found Plugin: Velotrine" in scan.stdout, f"scanned: {scan.stdout}{scan.stderr}")
+        found = scan.returncode == 0 and "Found Plugin: Velotrine" in scan.stdout
+        expect(found, f"scanned: {scan.stdout}{scan.stderr}")
 
     def run(self, script, *arguments):
         """The script's answers: lists of words by their first word."""

@@ -1,0 +1,146 @@
+# Corrections of JUCE's own source, where a host's mistake or a damaged song would otherwise end the host and nothing
+# that we can set or override lies in between. They are made in copies in the build folder, and only if each text to
+# replace is there exactly once: another version of JUCE has to be read again before it is corrected.
+
+include_guard(GLOBAL)
+
+set(VELOTRINE_CORRECTED_JUCE "${PROJECT_BINARY_DIR}/corrected-juce")
+
+# velotrine_read_juce(MODULE FILE): the file's text into `text`, its name into `file`, with line ends as everywhere.
+macro(velotrine_read_juce module name)
+  set(module "${module}")
+  set(file "${name}")
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${JUCE_MODULES_DIR}/${module}/${file}")
+  file(READ "${JUCE_MODULES_DIR}/${module}/${file}" text)
+  string(REPLACE "\r" "" text "${text}")
+endmacro()
+
+# velotrine_correct(OLD NEW): replaces the one place in `text` that reads OLD.
+function(velotrine_correct old new)
+  string(REPLACE "${old}" "" rest "${text}")
+  string(LENGTH "${text}" length)
+  string(LENGTH "${rest}" rest_length)
+  string(LENGTH "${old}" old_length)
+  math(EXPR count "(${length} - ${rest_length}) / ${old_length}")
+  if(NOT count EQUAL 1)
+    message(FATAL_ERROR "cmake/JuceCorrections.cmake is written for JUCE 7.0.5, but in ${JUCE_MODULES_DIR}/${module}/"
+                        "${file} this is there ${count} times instead of once: ${old}")
+  endif()
+  string(REPLACE "${old}" "${new}" text "${text}")
+  set(text "${text}" PARENT_SCOPE)
+endfunction()
+
+# Writes `text` as the corrected copy of what was read; not again, or everything would be compiled again.
+function(velotrine_write_juce)
+  set(copy "${VELOTRINE_CORRECTED_JUCE}/${module}/${file}")
+  set(before "")
+  if(EXISTS "${copy}")
+    file(READ "${copy}" before)
+  endif()
+  if(NOT before STREQUAL text)
+    file(WRITE "${copy}" "${text}")
+  endif()
+endfunction()
+
+# velotrine_catch(RESULT FUNCTION PARAMETERS ARGUMENTS): lets one of the format's functions answer instead of throw.
+function(velotrine_catch result name parameters arguments)
+  velotrine_correct("${result} PLUGIN_API ${name} (${parameters}) override"
+                    "${result} PLUGIN_API ${name} (${parameters}) override
+    {
+        return velotrine::answerOrFailure ([&] { return ${name}Throwing (${arguments}); });
+    }
+
+    ${result} ${name}Throwing (${parameters})")
+  set(text "${text}" PARENT_SCOPE)
+endfunction()
+
+# The VST3 wrapper. plugin/vst3/HostChecks.h has the checks and says of each what it is for.
+function(velotrine_correct_vst3_wrapper)
+  velotrine_read_juce(juce_audio_plugin_client VST3/juce_VST3_Wrapper.cpp)
+
+  set(last_include [[#include <juce_audio_processors/format_types/juce_VST3Common.h>]])
+  velotrine_correct("${last_include}" "${last_include}\n#include \"plugin/vst3/HostChecks.h\"")
+
+  # A value that is not a number would stay in the wrapper's own parameters.
+  velotrine_correct([[if (param.getValue() == newValue)]]
+                    [[if (! std::isfinite (newValue) || param.getValue() == newValue)]])
+  set(in_controller [[void setAudioProcessor (JuceAudioProcessor* audioProc)]])
+  velotrine_correct("${in_controller}" "tresult PLUGIN_API setParamNormalized (Vst::ParamID id, Vst::ParamValue value) override
+    {
+        return std::isfinite (value) ? EditController::setParamNormalized (id, jlimit (0.0, 1.0, value))
+                                     : kInvalidArgument;
+    }
+
+    ${in_controller}")
+
+  # The wrapper believes the length that a state gives of its last part. It says of every state that it was taken.
+  velotrine_correct([[auto size = (uint64) sizeAsInt;]] [[velotrine::checkState (data, sizeAsInt);
+        auto size = (uint64) sizeAsInt;]])
+
+  # It copies all channels through buffers of the announced size, and leaves those of a bus alone that is not active.
+  velotrine_correct([[bufferMapper.prepare (bufferSize);]] "")
+  velotrine_correct(
+    [[ClientRemappedBuffer<FloatType> remappedBuffer { bufferMapper, data };
+        auto& buffer = remappedBuffer.buffer;]]
+    [[auto buffer = velotrine::outputOf<FloatType> (data, bufferMapper.getOutputMap().front().isHostActive());]])
+  set(first_check [[if ((processSetup.symbolicSampleSize == Vst::kSample64) != pluginInstance->isUsingDoublePrecision())]])
+  velotrine_correct("${first_check}" "if (const auto answer = velotrine::checkBlock (data, active); answer != kResultOk)
+            return answer;
+
+        ${first_check}")
+  velotrine_correct([[if (data.numSamples != 0 || data.numInputs != 0 || data.numOutputs != 0)]]
+                    [[if (data.numSamples > 0)]])
+
+  # It takes any rate and any list of busses.
+  velotrine_correct([[processSetup = newSetup;]] [[if (! velotrine::HostedInstrument::takesSampleRate (newSetup.sampleRate))
+            return kInvalidArgument;
+
+        processSetup = newSetup;]])
+  velotrine_correct([[if (numIns > numInputBuses || numOuts > numOutputBuses)
+            return false;]] [[if (numIns > numInputBuses || numOuts > numOutputBuses || (numOuts > 0 && outputs == nullptr))
+            return kInvalidArgument;]])
+
+  # It lets exceptions through to the host.
+  velotrine_catch(tresult setState "IBStream* state" state)
+  velotrine_catch(tresult getState "IBStream* state" state)
+  velotrine_catch(tresult setComponentState "IBStream* stream" stream)
+  velotrine_catch(tresult setActive "TBool state" state)
+  velotrine_catch(tresult setupProcessing "Vst::ProcessSetup& newSetup" newSetup)
+  velotrine_catch(tresult activateBus "Vst::MediaType type,
+                                    Vst::BusDirection dir,
+                                    Steinberg::int32 index,
+                                    TBool state" "type, dir, index, state")
+  velotrine_catch(tresult createInstance "FIDString cid, FIDString sourceIid, void** obj" "cid, sourceIid, obj")
+  velotrine_catch(IPlugView* createView "const char* name" name)
+  velotrine_correct([[active = willBeActive;]] [[active = willBeActive && std::uncaught_exceptions() == 0;]])
+
+  velotrine_write_juce()
+  set_property(TARGET juce_audio_plugin_client_VST3 PROPERTY INTERFACE_SOURCES
+               "${VELOTRINE_CORRECTED_JUCE}/juce_audio_plugin_client/VST3/juce_VST3_Wrapper.cpp")
+  # From here the wrapper finds its neighbours.
+  target_include_directories(juce_audio_plugin_client_VST3 SYSTEM
+                             INTERFACE "${JUCE_MODULES_DIR}/juce_audio_plugin_client/VST3")
+endfunction()
+
+# The X11 window system asks a desktop's settings tools for its theme, which nobody here wants to know, and, if the X
+# server does not know it, for its scale: by forking the host, whose threads and locks the child then has half of, and
+# waiting for up to 0.2 s each. Without them it takes the scale from the screen's size.
+function(velotrine_correct_x11)
+  set(copy "${VELOTRINE_CORRECTED_JUCE}/juce_gui_basics")
+  velotrine_read_juce(juce_gui_basics native/x11/juce_linux_XWindowSystem.cpp)
+  foreach(command "dconf read /com/ubuntu/user-interface/scale-factor"
+                  "gsettings get org.gnome.desktop.interface scaling-factor"
+                  "gsettings get org.gnome.desktop.interface gtk-theme")
+    string(REGEX MATCH "^[a-z]+" tool "${command}")
+    velotrine_correct("${tool}.start (\"/usr/bin/${command}\", ChildProcess::wantStdOut)" "false")
+  endforeach()
+  velotrine_write_juce()
+
+  # The module's one source, whose copy finds the corrected file beside it and all others where they are.
+  velotrine_read_juce(juce_gui_basics juce_gui_basics.cpp)
+  velotrine_write_juce()
+  get_target_property(sources juce_gui_basics INTERFACE_SOURCES)
+  list(TRANSFORM sources REPLACE "^.*/juce_gui_basics\\.cpp$" "${copy}/juce_gui_basics.cpp")
+  set_property(TARGET juce_gui_basics PROPERTY INTERFACE_SOURCES "${sources}")
+  target_include_directories(juce_gui_basics SYSTEM INTERFACE "${JUCE_MODULES_DIR}/juce_gui_basics")
+endfunction()

@@ -1,0 +1,170 @@
+#include "render/ArgumentParser.h"
+
+#include "render/Errors.h"
+#include "render/NearestName.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstddef>
+#include <string_view>
+
+namespace velotrine {
+
+namespace {
+
+/// The subcommand that was chosen, or the program itself.
+const CLI::App& chosen(const CLI::App& app)
+{
+    const auto subcommands = app.get_subcommands();
+    return subcommands.empty() ? app : *subcommands.front();
+}
+
+/// What to type for a command: the program's name, and the subcommand's behind it.
+std::string spokenName(const CLI::App& command)
+{
+    const auto* const program = command.get_parent();
+    return program == nullptr ? command.get_name() : program->get_name() + " " + command.get_name();
+}
+
+std::string hintFor(const CLI::App& command)
+{
+    return " (\"" + spokenName(command) + " --help\" shows what there is)";
+}
+
+UsageError unexpectedArgument(const CLI::App& app)
+{
+    const auto& command = chosen(app);
+    const auto extras = app.remaining(true);
+    const std::string first = extras.empty() || extras.front().empty() ? "\"\"" : extras.front();
+    const auto typed = first.substr(0, first.find('='));
+    if (command.get_option_no_throw(typed) != nullptr)
+        return {first, "belongs behind \"" + spokenName(command) + "\""};
+
+    std::vector<std::string> known;
+    for (const auto* const option : command.get_options())
+        known.push_back(option->get_name());
+    for (const auto* const subcommand : command.get_subcommands({}))
+        known.push_back(subcommand->get_name());
+    return {first, "is not known here" + suggestion(typed, known) + hintFor(chosen(app))};
+}
+
+bool isOption(const CLI::App& command, std::string_view text)
+{
+    return text.starts_with("--") &&
+           command.get_option_no_throw(std::string(text.substr(0, text.find('=')))) != nullptr;
+}
+
+/// @param arguments  those behind the command
+void checkValues(const CLI::App& command, std::span<const char* const> arguments)
+{
+    const auto hint = hintFor(command);
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string_view typed = arguments[i];
+        if (!isOption(command, typed))
+            continue;
+        const auto equals = typed.find('=');
+        const std::string name(typed.substr(0, equals));
+        const bool takesValue = command.get_option_no_throw(name)->get_items_expected_min() > 0;
+        if (!takesValue && equals != std::string_view::npos)
+            throw UsageError(name, "takes no value" + hint);
+        if (!takesValue)
+            continue;
+
+        const bool isLast = equals == std::string_view::npos && ++i == arguments.size();
+        const std::string_view value = isLast                             ? ""
+                                       : equals == std::string_view::npos ? arguments[i]
+                                                                          : typed.substr(equals + 1);
+        if (value.empty() || isOption(command, value))
+            throw UsageError(name, "needs a value behind it" + hint);
+    }
+}
+
+void checkAllValues(const CLI::App& app, std::span<const char* const> arguments)
+{
+    constexpr std::size_t programAndCommand = 2;
+    const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
+    if (commands.empty() && !arguments.empty())
+        checkValues(app, arguments.subspan(1));
+    for (const auto* const command : commands) {
+        if (arguments.size() >= programAndCommand && command->get_name() == arguments[1])
+            checkValues(*command, arguments.subspan(programAndCommand));
+    }
+}
+
+/// @param message  the parser's, which begins with the option's name
+UsageError wrongNumberOfValues(const std::string& message, const CLI::App& app)
+{
+    const bool isMissing = message.find("missing") != std::string::npos;
+    return {message.substr(0, message.find(':')),
+            (isMissing ? "needs a value behind it" : "can be given only once") + hintFor(chosen(app))};
+}
+
+} // namespace
+
+void ArgumentParser::Command::addOption(const char* name, std::string& value, const char* description,
+                                        const char* valueName)
+{
+    app->add_option(name, value, description)->type_name(valueName);
+}
+
+void ArgumentParser::Command::addOption(const char* name, std::vector<std::string>& values,
+                                        const char* description, const char* valueName)
+{
+    app->add_option(name, values, description)->type_name(valueName)->allow_extra_args(false);
+}
+
+void ArgumentParser::Command::addFlag(const char* name, bool& isSet, const char* description)
+{
+    app->add_flag(name, isSet, description);
+}
+
+void ArgumentParser::Command::addExamples(const char* examples)
+{
+    app->footer(examples);
+}
+
+ArgumentParser::ArgumentParser(const char* program, const char* version)
+    : app(std::make_unique<CLI::App>("Velotrine: a musical instrument that plays itself", program))
+{
+    app->set_version_flag("--version", version);
+}
+
+ArgumentParser::~ArgumentParser() = default;
+
+ArgumentParser::Command ArgumentParser::program()
+{
+    return Command(*app);
+}
+
+ArgumentParser::Command ArgumentParser::addCommand(const char* name, const char* description)
+{
+    app->require_subcommand(0, 1);
+    return Command(*app->add_subcommand(name, description));
+}
+
+ArgumentParser::Request ArgumentParser::parse(std::span<const char* const> arguments)
+{
+    try {
+        checkAllValues(*app, arguments);
+        app->parse(static_cast<int>(arguments.size()), arguments.data());
+    } catch (const CLI::CallForHelp&) {
+        return {.answer = app->help(), .command = {}};
+    } catch (const CLI::CallForVersion& version) {
+        return {.answer = version.what() + std::string("\n"), .command = {}};
+    } catch (const CLI::ExtrasError&) {
+        throw unexpectedArgument(*app);
+    } catch (const CLI::ArgumentMismatch& mismatch) {
+        throw wrongNumberOfValues(mismatch.what(), *app);
+    } catch (const CLI::ParseError& error) {
+        throw UsageError(chosen(*app).get_name(), error.what() + helpHint());
+    }
+    const auto commands = app->get_subcommands();
+    return {.answer = std::nullopt, .command = commands.empty() ? "" : commands.front()->get_name()};
+}
+
+std::string ArgumentParser::helpHint() const
+{
+    return hintFor(chosen(*app));
+}
+
+} // namespace velotrine

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+
+namespace velotrine {
+
+/// What a desktop runs to tell its programs of its settings: here, with settings that a test says, from its
+/// making to its end.
+class SettingsManager
+{
+public:
+    explicit SettingsManager(std::span<const std::byte> settings);
+    ~SettingsManager();
+    SettingsManager(const SettingsManager&) = delete;
+    SettingsManager& operator=(const SettingsManager&) = delete;
+
+private:
+    struct Connection;
+
+    std::unique_ptr<Connection> connection;
+};
+
+} // namespace velotrine
