@@ -209,17 +209,15 @@ void RingEditorViewMac::mouseDown(const juce::MouseEvent& event)
         return;
     isDragging = true;
     dragStartOrigin = getPosition();
-    dragStartWindow = event.getScreenPosition();
+    dragStartWindow = event.position + getPosition().toFloat();
 }
 
 void RingEditorViewMac::mouseDrag(const juce::MouseEvent& event)
 {
     if (!isDragging)
         return;
-    // The screen's points are not this window's where the window is enlarged.
-    const auto scale = getApproximateScaleFactorForComponent(this);
-    const auto way = (event.getScreenPosition() - dragStartWindow).toFloat() / scale;
-    setTopLeftPosition(dragStartOrigin + way.roundToInt());
+    const auto movement = event.position + getPosition().toFloat() - dragStartWindow;
+    setTopLeftPosition(dragStartOrigin + movement.roundToInt());
 }
 
 void RingEditorViewMac::mouseUp(const juce::MouseEvent&)

@@ -89,8 +89,8 @@ private:
     juce::Label titleLabel;
     std::array<Row, kindCount> rows;
     bool isDragging = false;
-    juce::Point<int> dragStartOrigin; ///< of the panel in its parent
-    juce::Point<int> dragStartWindow; ///< of the mouse on the screen
+    juce::Point<int> dragStartOrigin;   ///< of the panel in its parent
+    juce::Point<float> dragStartWindow; ///< of the mouse in its parent, whose scale may not be the screen's
 };
 
 } // namespace velotrine

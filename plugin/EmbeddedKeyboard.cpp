@@ -3,6 +3,10 @@
 #include "plugin/X11Connection.h"
 #include "plugin/X11ErrorShield.h"
 
+#include <utility>
+
+#undef KeyPress // X11's name for an event is JUCE's for what is pressed
+
 namespace velotrine {
 
 namespace {
@@ -42,20 +46,47 @@ bool hasProperty(Display* display, ::Window window, const char* name)
     return window;
 }
 
+juce::TextEditor* fieldAt(juce::Component& component)
+{
+    if (auto* const field = dynamic_cast<juce::TextEditor*>(&component))
+        return field;
+    return component.findParentComponentOfClass<juce::TextEditor>();
+}
+
 } // namespace
 
 EmbeddedKeyboard::EmbeddedKeyboard(juce::Component& editor) : embeddedEditor(editor)
 {
     juce::Desktop::getInstance().addFocusChangeListener(this);
     embeddedEditor.addMouseListener(this, true);
+    embeddedEditor.addKeyListener(this);
     listenToKeys(false);
 }
 
 EmbeddedKeyboard::~EmbeddedKeyboard()
 {
     cancelPendingUpdate();
+    embeddedEditor.removeKeyListener(this);
     embeddedEditor.removeMouseListener(this);
     juce::Desktop::getInstance().removeFocusChangeListener(this);
+}
+
+/// JUCE takes the X server's focus with every click, whatever is clicked. What is no field's goes back at
+/// once: when the server's word of it comes, JUCE would give the keyboard to whatever had it last.
+void EmbeddedKeyboard::mouseDown(const juce::MouseEvent& event)
+{
+    const X11ErrorShield shield;
+    auto* const field = fieldAt(*event.eventComponent);
+    if (field != nullptr && field->hasKeyboardFocus(true))
+        take(*field);
+    else
+        giveBack(false);
+}
+
+void EmbeddedKeyboard::mouseUp(const juce::MouseEvent&)
+{
+    mayHaveOpenedMenu = true;
+    triggerAsyncUpdate();
 }
 
 void EmbeddedKeyboard::globalFocusChanged(juce::Component*)
@@ -63,33 +94,81 @@ void EmbeddedKeyboard::globalFocusChanged(juce::Component*)
     triggerAsyncUpdate();
 }
 
-// JUCE takes the keyboard with every click, whatever is clicked, and a menu leaves it to nobody.
-
-void EmbeddedKeyboard::mouseEnter(const juce::MouseEvent&)
+/// A key that nothing in the editor uses.
+bool EmbeddedKeyboard::keyPressed(const juce::KeyPress& key, juce::Component*)
 {
-    triggerAsyncUpdate();
-}
-
-void EmbeddedKeyboard::mouseDown(const juce::MouseEvent&)
-{
-    triggerAsyncUpdate();
-}
-
-void EmbeddedKeyboard::mouseUp(const juce::MouseEvent&)
-{
-    triggerAsyncUpdate();
+    if (key.isKeyCode(juce::KeyPress::escapeKey) || key.isKeyCode(juce::KeyPress::returnKey)) {
+        isEndedByKey = true;
+        triggerAsyncUpdate();
+    }
+    return false;
 }
 
 void EmbeddedKeyboard::handleAsyncUpdate()
 {
     const X11ErrorShield shield;
+    const auto isEnded = std::exchange(isEndedByKey, false);
+    const auto isAfterMenu = std::exchange(menuHasEnded, false);
+    const auto isAfterClick = std::exchange(mayHaveOpenedMenu, false);
     auto* const focused = juce::Component::getCurrentlyFocusedComponent();
-    const auto isTyping =
-        dynamic_cast<juce::TextEditor*>(focused) != nullptr && embeddedEditor.isParentOf(focused);
-    listenToKeys(isTyping);
-    const auto isChoosing = juce::Component::getCurrentlyModalComponent() != nullptr;
-    if (!isTyping && !isChoosing)
-        giveFocusToHost();
+    auto* const menu = juce::Component::getCurrentlyModalComponent();
+    if (isOurs && !isEnded && embeddedEditor.isParentOf(focused))
+        return;
+    if (menu == nullptr)
+        giveBack(isAfterMenu);
+    else if (isAfterClick)
+        takeForMenu(*menu);
+}
+
+void EmbeddedKeyboard::take(juce::TextEditor& field)
+{
+    isOurs = true;
+    // Once the server says that the window has the focus, JUCE gives it to who had it when the window lost
+    // it.
+    auto* const peer = embeddedEditor.getPeer();
+    if (peer != nullptr && peer->getLastFocusedSubcomponent() != &field) {
+        peer->handleFocusLoss();
+        peer->handleFocusGain();
+    }
+    listenToKeys(true);
+}
+
+/// A click on a button has opened it, and it takes keys through the editor's window.
+void EmbeddedKeyboard::takeForMenu(juce::Component& menu)
+{
+    if (auto* const peer = embeddedEditor.getPeer())
+        peer->grabFocus();
+    listenToKeys(true);
+    const auto onEnd = [weak = juce::WeakReference(this)](int) {
+        if (weak == nullptr)
+            return;
+        weak->menuHasEnded = true;
+        weak->triggerAsyncUpdate();
+    };
+    juce::ModalComponentManager::getInstance()->attachCallback(&menu,
+                                                               juce::ModalCallbackFunction::create(onEnd));
+}
+
+/// Takes nothing from anybody: only what is with the editor, or lost with a menu of the editor's, goes back.
+void EmbeddedKeyboard::giveBack(bool isAfterMenu)
+{
+    isOurs = false;
+    if (auto* const focused = juce::Component::getCurrentlyFocusedComponent())
+        if (embeddedEditor.isParentOf(focused))
+            focused->giveAwayKeyboardFocus();
+    listenToKeys(false);
+    auto* const display = x11Connection();
+    if (display == nullptr)
+        return;
+    ::Window focused = 0;
+    int revertsTo = 0;
+    XGetInputFocus(display, &focused, &revertsTo);
+    const auto isWithEditor = focused != 0 && focused == ownWindow();
+    const auto isNowhere = focused == DefaultRootWindow(display) || focused == PointerRoot || focused == 0;
+    if (!isWithEditor && !(isNowhere && isAfterMenu))
+        return;
+    if (const auto topLevel = topLevelOf(display, ownWindow()))
+        XSetInputFocus(display, topLevel, RevertToParent, CurrentTime);
 }
 
 unsigned long EmbeddedKeyboard::ownWindow() const
@@ -109,22 +188,6 @@ void EmbeddedKeyboard::listenToKeys(bool shouldListen) const
     constexpr long keys = KeyPressMask | KeyReleaseMask;
     XSelectInput(display, window,
                  shouldListen ? attributes.your_event_mask | keys : attributes.your_event_mask & ~keys);
-}
-
-/// Takes nothing from anybody: only what is with the editor, or lost with a menu of the editor's, goes back.
-void EmbeddedKeyboard::giveFocusToHost() const
-{
-    auto* const display = x11Connection();
-    if (display == nullptr)
-        return;
-    ::Window focused = 0;
-    int revertsTo = 0;
-    XGetInputFocus(display, &focused, &revertsTo);
-    const auto isWithEditor = focused != 0 && focused == ownWindow();
-    if (!isWithEditor && focused != DefaultRootWindow(display) && focused != PointerRoot && focused != 0)
-        return;
-    if (const auto topLevel = topLevelOf(display, ownWindow()))
-        XSetInputFocus(display, topLevel, RevertToParent, CurrentTime);
 }
 
 } // namespace velotrine

@@ -121,6 +121,7 @@ void HostedInstrument::setTransport(const std::optional<HostTransport>& newTrans
         return;
     transport = *newTransport;
     hostPlays = transport.isPlaying;
+    tempoIsKnown = orUnknown(transport.tempo, minTempo, maxTempo) > 0.0 || unit->dspKernel->hostTempo > 0.0;
     framesIntoTransport = cycles.framesLeftOver();
 }
 
@@ -343,7 +344,11 @@ void HostedInstrument::setEditorSize(EditorSize size)
 
 std::string_view HostedInstrument::transportNotice() const noexcept
 {
-    return unit->dspKernel->sync && !hostPlays ? "waiting for the host to play" : "";
+    if (!unit->dspKernel->sync)
+        return "";
+    if (!hostPlays)
+        return "waiting for the host to play";
+    return tempoIsKnown ? "" : "no tempo from the host";
 }
 
 } // namespace velotrine

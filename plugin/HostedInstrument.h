@@ -143,6 +143,7 @@ private:
     bool internalPlayingAtRest = false;
     Shared<bool> transportIsKnown{false};
     Shared<bool> hostPlays{false};
+    Shared<bool> tempoIsKnown{false}; ///< from now, or from before
 
     // Main thread.
     AUParameterObserverToken editsToken = 0;

@@ -24,7 +24,7 @@ LV2_Handle make(double sampleRate, const LV2_Feature* const* features)
         return nullptr;
     }
     if (!HostedInstrument::takesSampleRate(sampleRate)) {
-        log.error("There is no sound at a sample rate of " + std::to_string(sampleRate) + " Hz.");
+        log.sampleRateError(sampleRate);
         return nullptr;
     }
     return new Lv2Plugin(sampleRate, *map, log); // the host cleans it up

@@ -2,6 +2,8 @@
 
 #include "plugin/lv2/Lv2Features.h"
 
+#include <array>
+#include <charconv>
 #include <iostream>
 
 namespace velotrine {
@@ -21,6 +23,14 @@ void Lv2Log::error(const std::string& message) const
         hostLog->printf(hostLog->handle, errorKind, "Velotrine: %s\n", message.c_str());
     else
         std::cerr << "Velotrine: " << message << "\n";
+}
+
+void Lv2Log::sampleRateError(double sampleRate) const
+{
+    // Not std::to_string, which writes what the host's locale has instead of a point.
+    std::array<char, 32> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), sampleRate).ptr;
+    error("There is no sound at a sample rate of " + std::string(text.data(), end) + " Hz.");
 }
 
 } // namespace velotrine

@@ -17,6 +17,9 @@ public:
 
     void error(const std::string& message) const;
 
+    /// That the instrument is silent at a rate, in Hz, which no device has.
+    void sampleRateError(double sampleRate) const;
+
 private:
     const LV2_Log_Log* hostLog;
     LV2_URID errorKind = 0;

@@ -54,7 +54,7 @@ void Lv2Plugin::activate()
     isActive = true;
     try {
         if (!instrument.prepare(hostSampleRate))
-            hostLog.error("There is no sound at a sample rate of " + std::to_string(hostSampleRate) + " Hz.");
+            hostLog.sampleRateError(hostSampleRate);
     } catch (const std::exception& error) {
         hostLog.error(std::string("There is no sound: ") + error.what());
     }

@@ -232,5 +232,23 @@ TEST_F(RingEditor, TheTitleAreaDragsThePanelAlsoBeyondItsParentAndTheRestDoesNot
     EXPECT_EQ(panel.getPosition(), juce::Point(-250, 85));
 }
 
+TEST_F(RingEditor, FollowsTheMouseThatDragsItWhateverItsParentsScale)
+{
+    for (const float scale : {1.0f, 1.5f, 2.0f}) {
+        juce::Component parent;
+        parent.setTransform(juce::AffineTransform::scale(scale));
+        parent.setSize(400, 300);
+        parent.addAndMakeVisible(panel);
+        panel.setTopLeftPosition(50, 60);
+        const juce::Point from(20.0f, 20.0f);
+        panel.mouseDown(clickAt(panel, from));
+        // The panel has followed the first movement when the second comes.
+        for (int i = 0; i < 2; ++i)
+            panel.mouseDrag(mouseAt(panel, from + juce::Point(15.0f, 10.0f), from, true));
+        panel.mouseUp(mouseAt(panel, from, from, true));
+        EXPECT_EQ(panel.getPosition(), juce::Point(80, 80)) << scale;
+    }
+}
+
 } // namespace
 } // namespace velotrine

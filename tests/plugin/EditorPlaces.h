@@ -18,5 +18,16 @@ inline constexpr int knobsLeft = 390;
 
 /// The tempo stands above the play button at the lower left.
 inline constexpr auto tempoField = "75 315";
+inline constexpr auto tempoFieldsEnd = "98 315";
+inline constexpr auto syncButton = "22 280";
+inline constexpr auto scaleButton = "176 22";
+inline constexpr auto bareGround = "30 70";
+inline constexpr auto innermostRing = "292 192";
+
+// Of the panel that a click on a ring brings up.
+inline constexpr auto panelGround = "30 70";
+inline constexpr auto panelTitle = "60 60";
+inline constexpr auto stepsField = "215 87";
+inline constexpr auto luckField = "215 142";
 
 } // namespace velotrine

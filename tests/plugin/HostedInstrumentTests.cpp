@@ -214,6 +214,39 @@ TEST_F(HostedInstrumentWithoutSound, SaysWhyNothingSounds)
     EXPECT_EQ(instrument.transportNotice(), "");
 }
 
+TEST_F(HostedInstrumentWithoutSound, SaysThatTheHostPlaysWithoutATempo)
+{
+    for (const double none : {0.0, -120.0, 0.5, 1e9, std::nan("")}) {
+        instrument.setTransport(HostTransport{.tempo = none, .isPlaying = true});
+        EXPECT_EQ(instrument.transportNotice(), "no tempo from the host") << none;
+    }
+    instrument.setTransport(HostTransport{});
+    EXPECT_EQ(instrument.transportNotice(), "waiting for the host to play");
+    instrument.setTransport(HostTransport{.isPlaying = true});
+    instrument.setValue(sync, 0.0);
+    EXPECT_EQ(instrument.transportNotice(), "");
+}
+
+TEST_F(HostedInstrumentWithoutSound, SaysNothingWhileATempoFromBeforeIsInForce)
+{
+    ASSERT_TRUE(instrument.prepare(48000.0));
+    instrument.setTransport(HostTransport{.tempo = 120.0, .isPlaying = true});
+    instrument.render(nullptr, nullptr, 64);
+    instrument.setTransport(HostTransport{.isPlaying = true});
+    EXPECT_EQ(instrument.transportNotice(), "");
+}
+
+TEST_F(HostedInstrumentWithoutSound, SaysThatATempoIsMissingWhichTheHostToldOnlyWhileSyncWasOff)
+{
+    ASSERT_TRUE(instrument.prepare(48000.0));
+    instrument.setValue(sync, 0.0);
+    instrument.setTransport(HostTransport{.tempo = 120.0, .isPlaying = true});
+    instrument.render(nullptr, nullptr, 64);
+    instrument.setTransport(HostTransport{.isPlaying = true});
+    instrument.setValue(sync, 1.0);
+    EXPECT_EQ(instrument.transportNotice(), "no tempo from the host");
+}
+
 TEST_F(HostedInstrumentWithoutSound, TakesSampleRatesThatDevicesHaveAndRefusesOthers)
 {
     for (const double rate : {8000.0, 11025.0, 44100.0, 44056.25, 48000.0, 96000.0, 192000.0, 768000.0}) {

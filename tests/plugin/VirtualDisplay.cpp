@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <set>
+#include <sstream>
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -128,6 +129,14 @@ std::vector<unsigned long> VirtualDisplay::pixelsOf(XWindow window, int firstCol
     return pixels;
 }
 
+unsigned long VirtualDisplay::pixelOf(XWindow window, const std::string& place) const
+{
+    int x = 0;
+    int y = 0;
+    std::istringstream(place) >> x >> y;
+    return pixelsOf(window).at(static_cast<std::size_t>(y * sizeOf(window).first + x));
+}
+
 int VirtualDisplay::coloursIn(XWindow window) const
 {
     const auto pixels = pixelsOf(window);
@@ -138,6 +147,21 @@ void VirtualDisplay::giveKeyboardTo(XWindow window) const
 {
     XSetInputFocus(display, window, RevertToParent, CurrentTime);
     XSync(display, False);
+}
+
+XWindow VirtualDisplay::keyboardOwner() const
+{
+    Window owner = 0;
+    int revertsTo = 0;
+    XGetInputFocus(display, &owner, &revertsTo);
+    return owner;
+}
+
+bool VirtualDisplay::listensToKeys(XWindow window) const
+{
+    XWindowAttributes attributes{};
+    XGetWindowAttributes(display, window, &attributes);
+    return (attributes.all_event_masks & KeyPressMask) != 0;
 }
 
 bool VirtualDisplay::takeKeyPress(XWindow window) const

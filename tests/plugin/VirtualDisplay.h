@@ -38,10 +38,18 @@ public:
     /// The window's pixels as they show on the screen, from a column on.
     [[nodiscard]] std::vector<unsigned long> pixelsOf(XWindow window, int firstColumn = 0) const;
 
+    /// One of them.
+    /// @param place  from the window's left and top, as xdotool wants it
+    [[nodiscard]] unsigned long pixelOf(XWindow window, const std::string& place) const;
+
     /// How much there is to see.
     [[nodiscard]] int coloursIn(XWindow window) const;
 
     void giveKeyboardTo(XWindow window) const;
+    [[nodiscard]] XWindow keyboardOwner() const;
+
+    /// Whether the window takes keys that are pressed with the mouse above it, whoever owns the keyboard.
+    [[nodiscard]] bool listensToKeys(XWindow window) const;
 
     /// Whether a key has been pressed for this window, and was not taken by another.
     [[nodiscard]] bool takeKeyPress(XWindow window) const;

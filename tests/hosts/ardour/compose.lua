@@ -1,25 +1,5 @@
 -- Makes a session with the instrument on a track, plays it, and saves it.
 
-local function find(format)
-  for plugin in ARDOUR.LuaAPI.list_plugins():iter() do
-    if plugin.name == "Velotrine" and plugin.type == ARDOUR.PluginType[format] then
-      answer("found", plugin.creator, tostring(plugin:is_instrument()), plugin.n_inputs:n_audio(),
-             plugin.n_outputs:n_audio())
-      return plugin.unique_id
-    end
-  end
-  error("the plug-in is not found")
-end
-
-local function add_instrument(session, format)
-  local first_place = ARDOUR.PresentationInfo.max_order
-  local tracks = session:new_audio_track(1, 2, nil, 1, "Instrument", first_place, ARDOUR.TrackMode.Normal, true, false)
-  local name = format == "LV2" and find(format) or find(format) and "Velotrine"
-  local processor = ARDOUR.LuaAPI.new_plugin(session, name, ARDOUR.PluginType[format], "")
-  assert(not processor:isnil(), "the plug-in cannot be made")
-  assert(tracks:front():add_processor_by_index(processor, 0, nil, true) == 0, "it cannot be put on a track")
-end
-
 -- The host starts to play earlier by the device's latency, and so does an instrument that plays from the start
 -- on; without a device, an export begins with the instrument's first frame.
 local function disconnect_devices(session)

@@ -1,0 +1,140 @@
+#include "tests/plugin/CommaLocale.h"
+
+#include "audiounit/Parameters.h"
+#include "tests/plugin/EditorInAHost.h"
+
+#include <array>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace velotrine {
+namespace {
+
+// What a host that has set a locale with a comma gets is to the letter what other hosts get.
+
+constexpr int steps = 16;
+
+std::vector<std::string> clapTexts()
+{
+    const ClapLibrary library;
+    const ClapHost host(library);
+    std::vector<std::string> texts;
+    for (const auto& parameter : parameterTable())
+        for (int i = 0; i <= steps; ++i) {
+            const auto range = static_cast<double>(parameter.maxValue - parameter.minValue);
+            const auto value = static_cast<double>(parameter.minValue) + range * i / steps;
+            const auto id = static_cast<clap_id>(parameter.address);
+            std::array<char, 64> text{};
+            host.params().value_to_text(&host.plugin(), id, value, text.data(), text.size());
+            texts.emplace_back(text.data());
+            double read = -1.0;
+            EXPECT_TRUE(host.params().text_to_value(&host.plugin(), id, text.data(), &read)) << text.data();
+            host.params().value_to_text(&host.plugin(), id, read, text.data(), text.size());
+            EXPECT_EQ(texts.back(), text.data());
+        }
+    return texts;
+}
+
+std::vector<std::string> vst3Texts()
+{
+    const Vst3Host host;
+    std::vector<std::string> texts;
+    for (const auto& parameter : host.parameters())
+        for (int i = 0; i <= steps; ++i) {
+            texts.push_back(host.text(parameter.id, static_cast<double>(i) / steps));
+            const auto read = host.valueOf(parameter.id, texts.back());
+            EXPECT_TRUE(read) << parameter.title << ": " << texts.back();
+            EXPECT_EQ(host.text(parameter.id, read.value_or(-1.0)), texts.back()) << parameter.title;
+        }
+    return texts;
+}
+
+TEST(CommaLocale, ChangesNoTextOfTheClapPluginsValues)
+{
+    const auto expected = clapTexts();
+    const CommaLocale locale;
+    EXPECT_EQ(clapTexts(), expected);
+}
+
+TEST(CommaLocale, ChangesNoTextOfTheVst3PluginsValues)
+{
+    std::ignore = VirtualDisplay::shared();
+    const auto expected = vst3Texts();
+    const CommaLocale locale;
+    EXPECT_EQ(vst3Texts(), expected);
+}
+
+TEST(CommaLocale, ChangesNothingInWhatTheLv2PluginLogs)
+{
+    const CommaLocale locale;
+    const Lv2Library library;
+    const Lv2Host host(library, 7999.5);
+    EXPECT_EQ(host.logged,
+              std::vector<std::string>{"Velotrine: There is no sound at a sample rate of 7999.5 Hz.\n"});
+}
+
+/// The plug-in in a host that loads a state with fractions in it.
+template <typename Editor>
+class EditorInACommaLocale : public testing::Test
+{
+protected:
+    /// All that the editor shows with one of the rings' panels open, and what the plug-in then saves.
+    struct Shown
+    {
+        std::vector<unsigned long> pixels;
+        std::string state;
+    };
+
+    [[nodiscard]] Shown use() const
+    {
+        const auto parent = display.makeWindow(editorWidth, editorHeight);
+        display.giveKeyboardTo(parent);
+        EditorInUse<Editor> editor(parent);
+        EXPECT_TRUE(editor.shows());
+        const auto type = [&](const char* field, const char* text) {
+            editor.click(field);
+            EXPECT_TRUE(editor.comesToHaveKeyboard());
+            editor.act(std::string("type ") + text);
+            editor.act("key Return");
+        };
+        type(tempoField, "97.5");
+        EXPECT_TRUE(editor.comesToSave("\"bpm\": 97.5"));
+        const auto ground = display.pixelOf(parent, panelGround);
+        editor.click(innermostRing);
+        EXPECT_TRUE(editor.comesTrue([&] { return display.pixelOf(parent, panelGround) != ground; }));
+        type(luckField, "0.25");
+        EXPECT_TRUE(editor.comesToSave("\"probR1\": 0.25"));
+        editor.act("mousemove 1500 1100");
+        EXPECT_TRUE(editor.comesTrue([&] { return editor.hostHasKeyboard(); }));
+        std::vector<unsigned long> pixels;
+        EXPECT_TRUE(editor.comesTrue([&] { // nothing moves any more
+            return std::exchange(pixels, display.pixelsOf(parent)) == pixels;
+        }));
+        const auto saved = editor.save();
+        EXPECT_TRUE(editor.load(saved));
+        EXPECT_EQ(editor.save(), saved);
+        return {pixels, saved};
+    }
+
+    const VirtualDisplay& display = VirtualDisplay::shared();
+};
+
+using Formats = testing::Types<ClapEditorInAHost, Lv2EditorInAHost, Vst3EditorInAHost>;
+TYPED_TEST_SUITE(EditorInACommaLocale, Formats);
+
+TYPED_TEST(EditorInACommaLocale, ShowsReadsAndSavesNumbersWithAPoint)
+{
+    const auto expected = this->use();
+    const CommaLocale locale;
+    const auto shown = this->use();
+    EXPECT_TRUE(shown.pixels == expected.pixels);
+    EXPECT_EQ(shown.state, expected.state);
+}
+
+} // namespace
+} // namespace velotrine
