@@ -121,7 +121,8 @@ void HostedInstrument::setTransport(const std::optional<HostTransport>& newTrans
         return;
     transport = *newTransport;
     hostPlays = transport.isPlaying;
-    tempoIsKnown = orUnknown(transport.tempo, minTempo, maxTempo) > 0.0 || unit->dspKernel->hostTempo > 0.0;
+    tempoIsKnown =
+        orUnknown(transport.tempo, minHostTempo, maxHostTempo) > 0.0 || unit->dspKernel->hostTempo > 0.0;
     framesIntoTransport = cycles.framesLeftOver();
 }
 

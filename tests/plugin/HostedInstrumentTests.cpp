@@ -227,6 +227,14 @@ TEST_F(HostedInstrumentWithoutSound, SaysThatTheHostPlaysWithoutATempo)
     EXPECT_EQ(instrument.transportNotice(), "");
 }
 
+TEST_F(HostedInstrumentWithoutSound, SaysNothingAtATempoThatItsOwnClockCouldNotHave)
+{
+    for (const double tempo : {1.0, 20.0, 999.0}) {
+        instrument.setTransport(HostTransport{.tempo = tempo, .isPlaying = true});
+        EXPECT_EQ(instrument.transportNotice(), "") << tempo;
+    }
+}
+
 TEST_F(HostedInstrumentWithoutSound, SaysNothingWhileATempoFromBeforeIsInForce)
 {
     ASSERT_TRUE(instrument.prepare(48000.0));
