@@ -4,6 +4,7 @@
 #include "audiounit/Parameters.h"
 #include "audiounit/StateText.h"
 #include "plugin/HostValue.h"
+#include "plugin/clap/ClapEventWriter.h"
 #include "plugin/clap/ClapStructures.h"
 
 #include <algorithm>
@@ -27,46 +28,6 @@ void copyText(std::string_view text, std::span<char> room)
     std::copy_n(text.begin(), length, room.begin());
     room[length] = '\0';
 }
-
-clap_event_header_t headerOf(std::uint32_t size, std::uint32_t frame, std::uint16_t type)
-{
-    return {.size = size, .time = frame, .space_id = CLAP_CORE_EVENT_SPACE_ID, .type = type, .flags = 0};
-}
-
-/// Puts edits into a host's list of events.
-struct EventWriter
-{
-    bool begin(ParameterAddress address) const noexcept
-    {
-        return gesture(address, CLAP_EVENT_PARAM_GESTURE_BEGIN);
-    }
-
-    bool value(ParameterAddress address, float newValue) const noexcept
-    {
-        clap_event_param_value_t event{};
-        event.header = headerOf(sizeof event, frame, CLAP_EVENT_PARAM_VALUE);
-        event.param_id = static_cast<clap_id>(address);
-        event.note_id = event.port_index = event.channel = event.key = -1; // not of one note
-        event.value = static_cast<double>(newValue);
-        return out.try_push(&out, &event.header);
-    }
-
-    bool end(ParameterAddress address) const noexcept
-    {
-        return gesture(address, CLAP_EVENT_PARAM_GESTURE_END);
-    }
-
-    bool gesture(ParameterAddress address, std::uint16_t type) const noexcept
-    {
-        clap_event_param_gesture_t event{};
-        event.header = headerOf(sizeof event, frame, type);
-        event.param_id = static_cast<clap_id>(address);
-        return out.try_push(&out, &event.header);
-    }
-
-    const clap_output_events_t& out;
-    std::uint32_t frame;
-};
 
 /// The channels of the host's output; those that it does not have are null.
 std::array<float*, 2> outputChannels(const clap_process_t& process) noexcept
@@ -210,7 +171,7 @@ void ClapPlugin::applyTransport(const clap_event_transport_t* transport) noexcep
 void ClapPlugin::handOverEdits(const clap_output_events_t* out, std::uint32_t frame) noexcept
 {
     if (out != nullptr)
-        edits.handOver(EventWriter{*out, frame});
+        edits.handOver(ClapEventWriter{*out, frame});
 }
 
 std::uint32_t ClapPlugin::audioPortCount(bool isInput)
