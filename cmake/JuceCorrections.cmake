@@ -1,4 +1,4 @@
-# Corrections of JUCE's own source, where a host's mistake or a damaged song would otherwise end the host and nothing
+# Corrections of JUCE's own source, where a host's mistake or a damaged session would otherwise end the host and nothing
 # that we can set or override lies in between. They are made in copies in the build folder, and only if each text to
 # replace is there exactly once: another version of JUCE has to be read again before it is corrected.
 

@@ -18,9 +18,9 @@
 
 namespace velotrine {
 
-/// Where the host is in its song. Answers true when it filled in what it was asked for: tempo (quarter notes
-/// a minute), numerator and denominator of the time signature, beat position, frames to the next beat, beat
-/// position of the bar's start. A null pointer asks for nothing. Render thread.
+/// Where the host is in its session. Answers true when it filled in what it was asked for: tempo (quarter
+/// notes a minute), numerator and denominator of the time signature, beat position, frames to the next beat,
+/// beat position of the bar's start. A null pointer asks for nothing. Render thread.
 using AUHostMusicalContextBlock =
     std::function<bool(double* currentTempo, double* timeSignatureNumerator,
                        std::int64_t* timeSignatureDenominator, double* currentBeatPosition,

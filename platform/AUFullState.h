@@ -10,7 +10,7 @@
 
 namespace velotrine {
 
-/// Everything of an audio unit that a song remembers: values by parameter identifier, in the tree's order,
+/// Everything of an audio unit that a session remembers: values by parameter identifier, in the tree's order,
 /// and which preset was chosen last.
 struct AUFullState
 {

@@ -191,7 +191,7 @@ void HostedInstrument::renderCycles(float* left, float* right, int frames) noexc
     }
 }
 
-// A song has dozens of instruments that wait. Sixteen cycles that find out once more that nothing is to be
+// A session has dozens of instruments that wait. Sixteen cycles that find out once more that nothing is to be
 // done cost thirty times what clearing a block of 512 frames does.
 bool HostedInstrument::goesOnResting() const noexcept
 {

@@ -35,8 +35,8 @@ public:
         return isPlayable(sampleRate);
     }
 
-    /// A program that a host sends sooner after a state than this belongs to the song that it is loading, not
-    /// to a musician's hand.
+    /// A program that a host sends sooner after a state than this belongs to the session that it is loading,
+    /// not to a musician's hand.
     static constexpr double programHoldSeconds = 0.5;
 
     /// @param host  told of edits; outlives the instrument

@@ -24,7 +24,8 @@ struct EditorSize
     [[nodiscard]] EditorSize bounded() const noexcept;
 };
 
-/// What a song remembers of a plug-in, read from a text; or a sentence that says what is wrong with the text.
+/// What a session remembers of a plug-in, read from a text; or a sentence that says what is wrong with the
+/// text.
 struct HostedState
 {
     std::optional<AUFullState> state;

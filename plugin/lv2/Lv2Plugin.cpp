@@ -20,7 +20,7 @@ constexpr std::uint64_t bitOf(ParameterAddress address) noexcept
     return std::uint64_t{1} << address;
 }
 
-/// Whether a port says a value as a song does that keeps six digits of it.
+/// Whether a port says a value as a session does that keeps six digits of it.
 bool isRounded(float port, float value) noexcept
 {
     constexpr float precision = 1e-6f;

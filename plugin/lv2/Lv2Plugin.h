@@ -24,7 +24,7 @@ namespace velotrine {
 /// when its value is another than at the run before, so that a host which restores its ports and the state in
 /// whichever order gets both, and a host which restores only the state does not have it overwritten by ports
 /// that still show what was before. The editor then writes the state's values to these ports. Where both say
-/// the same but for a song's rounding of the ports, the state is right.
+/// the same but for a session's rounding of the ports, the state is right.
 class Lv2Plugin final : private InstrumentHost
 {
 public:

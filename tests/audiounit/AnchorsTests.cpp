@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-// What songs, hosts and other people's programs rely on. A value that differs here is a break with all of
+// What sessions, hosts and other people's programs rely on. A value that differs here is a break with all of
 // them, not a test to be brought up to date.
 
 namespace velotrine {

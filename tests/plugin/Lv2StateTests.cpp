@@ -19,7 +19,7 @@ protected:
     Lv2Library library;
 };
 
-/// A value of its own for every parameter, with more digits than a song keeps of a port.
+/// A value of its own for every parameter, with more digits than a session keeps of a port.
 std::array<float, parameterCount> someValues()
 {
     std::array<float, parameterCount> values{};

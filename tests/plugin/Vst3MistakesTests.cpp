@@ -15,7 +15,7 @@
 
 #include <gtest/gtest.h>
 
-// What a host or a song may do wrong, and what the plug-in must make of it: nothing, and play on.
+// What a host or a session may do wrong, and what the plug-in must make of it: nothing, and play on.
 
 namespace velotrine {
 namespace {
