@@ -3,7 +3,9 @@
 #include "audiounit/Parameters.h"
 #include "tests/plugin/EditorInAHost.h"
 
+#include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <optional>
 #include <string>
 #include <tuple>
@@ -78,6 +80,19 @@ TEST(CommaLocale, ChangesNothingInWhatTheLv2PluginLogs)
               std::vector<std::string>{"Velotrine: There is no sound at a sample rate of 7999.5 Hz.\n"});
 }
 
+/// How far two pictures are apart in the colour that differs most, of 255.
+int furthestApart(const std::vector<unsigned long>& one, const std::vector<unsigned long>& other)
+{
+    const auto channel = [](unsigned long pixel, int shift) {
+        return static_cast<int>((pixel >> shift) & 0xff);
+    };
+    int furthest = one.size() == other.size() ? 0 : 255;
+    for (std::size_t i = 0; i < std::min(one.size(), other.size()); ++i)
+        for (const auto shift : {0, 8, 16})
+            furthest = std::max(furthest, std::abs(channel(one[i], shift) - channel(other[i], shift)));
+    return furthest;
+}
+
 /// The plug-in in a host that loads a state with fractions in it.
 template <typename Editor>
 class EditorInACommaLocale : public testing::Test
@@ -134,7 +149,8 @@ TYPED_TEST(EditorInACommaLocale, ShowsReadsAndSavesNumbersWithAPoint)
     const auto expected = this->use();
     const CommaLocale locale;
     const auto shown = this->use();
-    EXPECT_TRUE(shown.pixels == expected.pixels);
+    // A ring that has come to rest may stand by a thousandth of a turn beside where it stood before.
+    EXPECT_LE(furthestApart(shown.pixels, expected.pixels), 2);
     EXPECT_EQ(shown.state, expected.state);
 }
 
