@@ -12,7 +12,6 @@ namespace {
 
 constexpr int width = 480;
 constexpr int height = 404 + menuBarHeight;
-constexpr double patienceSeconds = 5.0;
 
 /// The X server's resources, as they are set for a session.
 class Resources
@@ -161,14 +160,22 @@ protected:
         runMessagesFor(0.3);
     }
 
+    /// Drags the window's edge to a size: asks for it until it has come, for the toolkit may miss one while
+    /// the window manager is still busy with the window.
     /// @return whether the content, in points, comes to have this size
     bool contentAt(int windowWidth, int windowHeight, int contentWidth, int contentHeight)
     {
-        xdotool({"windowsize", windowsTitled("Enlarged").at(0), std::to_string(windowWidth),
-                 std::to_string(windowHeight)});
-        return runMessagesUntil(
-            [&] { return content.getWidth() == contentWidth && content.getHeight() == contentHeight; },
-            patienceSeconds);
+        const auto number = windowsTitled("Enlarged").at(0);
+        for (int tries = 0; tries < 10; ++tries) {
+            xdotool({"windowsize", number, std::to_string(windowWidth), std::to_string(windowHeight)});
+            if (runMessagesUntil(
+                    [&] {
+                        return content.getWidth() == contentWidth && content.getHeight() == contentHeight;
+                    },
+                    1.0))
+                return true;
+        }
+        return false;
     }
 
     /// Of a menu that the box opens, in pixels.
