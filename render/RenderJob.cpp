@@ -4,7 +4,7 @@
 #include "audiounit/StateText.h"
 #include "audiounit/VelotrineAudioUnit.h"
 #include "audiounit/VelotrineComponent.h"
-#include "render/Errors.h"
+#include "commandline/Errors.h"
 #include "render/Interruption.h"
 #include "render/MidiFile.h"
 #include "render/OutputFile.h"
@@ -157,8 +157,8 @@ private:
     void collectNotes(MidiFile& file) const
     {
         for (const auto& event : kernel.noteEvents())
-            file.addNote(event.ring, event.note, secondsAt(framesRendered + event.frame),
-                         static_cast<double>(event.decaySeconds), event.gain);
+            if (const auto note = midiNote(event))
+                file.addNote(secondsAt(framesRendered + event.frame), *note);
     }
 
     void flush()
