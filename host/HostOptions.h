@@ -32,7 +32,7 @@ struct ProgramEnd
 /// argument that will not do: one line that says what, where, and what instead.
 [[nodiscard]] std::variant<HostOptions, ProgramEnd> parseHostOptions(std::span<const char* const> arguments);
 
-/// A line for each device, type and name; a word on standard error when there is none.
+/// A line for each device, type and name; a sentence on standard error when there are none.
 [[nodiscard]] ProgramEnd deviceListing(const HostOptions& options, const std::vector<OutputDevice>& devices);
 
 /// An end when the options ask for a device that is not among these; names the nearest.

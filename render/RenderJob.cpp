@@ -91,7 +91,7 @@ public:
         interleaved.resize(samplesPerWrite + 2 * static_cast<std::size_t>(cycleFrames));
     }
 
-    /// Exactly so many frames: a change that follows takes effect at the very next one.
+    /// Renders exactly this many frames: a change made after it takes effect at the very next one.
     void render(std::int64_t frames)
     {
         for (std::int64_t done = 0; done < frames;) {
