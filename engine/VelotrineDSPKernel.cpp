@@ -1,7 +1,6 @@
 #include "engine/VelotrineDSPKernel.h"
 
 #include "engine/FatalError.h"
-#include "engine/RandomGenerator.h"
 #include "engine/SoftClip.h"
 
 #include <algorithm>
@@ -46,57 +45,9 @@ std::size_t checkedRing(std::int64_t ring) noexcept
 
 } // namespace
 
-/// The one place that knows which address means which field.
-template <typename Kernel, typename Visitor>
-void VelotrineDSPKernel::visitField(Kernel& kernel, ParameterAddress address, Visitor&& visitor) noexcept
-{
-    if (address >= parameterCount)
-        return;
-
-    if (address < globalParameterCount) {
-        switch (static_cast<GlobalParameter>(address)) {
-        case GlobalParameter::activity:
-            return visitor(kernel.activity);
-        case GlobalParameter::boredom:
-            return visitor(kernel.boredom);
-        case GlobalParameter::calories:
-            return visitor(kernel.calories);
-        case GlobalParameter::drudgery:
-            return visitor(kernel.drudgery);
-        case GlobalParameter::rootNote:
-            return visitor(kernel.rootNote);
-        case GlobalParameter::scaleType:
-            return visitor(kernel.scaleType);
-        case GlobalParameter::bpm:
-            return visitor(kernel.bpm);
-        case GlobalParameter::volume:
-            return visitor(kernel.volume);
-        case GlobalParameter::sync:
-            return visitor(kernel.sync);
-        }
-    }
-
-    const auto group = (address - globalParameterCount) / ringCount;
-    const auto ring = (address - globalParameterCount) % ringCount;
-    switch (static_cast<RingParameter>(group)) {
-    case RingParameter::spots:
-        return visitor(kernel.spotCounts[ring]);
-    case RingParameter::phase:
-        return visitor(kernel.phaseOffsets[ring]);
-    case RingParameter::probability:
-        return visitor(kernel.probabilities[ring]);
-    case RingParameter::octave:
-        return visitor(kernel.ringOctaves[ring]);
-    case RingParameter::volume:
-        return visitor(kernel.ringVolumes[ring]);
-    case RingParameter::timbre:
-        return visitor(kernel.ringTimbres[ring]);
-    }
-}
-
 void VelotrineDSPKernel::setParameter(ParameterAddress address, float value) noexcept VELOTRINE_NONBLOCKING
 {
-    visitField(*this, address, [value](auto& field) {
+    const auto storeValue = [value](auto& field) {
         using Value = decltype(field.load());
         if constexpr (std::is_same_v<Value, bool>)
             field = value > 0.5f;
@@ -104,13 +55,15 @@ void VelotrineDSPKernel::setParameter(ParameterAddress address, float value) noe
             field = wholeNumber(value);
         else
             field = value;
-    });
+    };
+    visitField(address, storeValue, *this);
 }
 
 float VelotrineDSPKernel::parameter(ParameterAddress address) const noexcept VELOTRINE_NONBLOCKING
 {
     float value = 0.0f;
-    visitField(*this, address, [&value](const auto& field) { value = static_cast<float>(field.load()); });
+    visitField(
+        address, [&value](const auto& field) { value = static_cast<float>(field.load()); }, *this);
     return value;
 }
 
@@ -199,9 +152,11 @@ void VelotrineDSPKernel::process(float* left, float* right, int frameCount) noex
     if (std::cmp_greater(frameCount, scratchBuf.size()))
         fatalError("process: more frames than setup was told of");
 
-    const Transport transport{.followsHost = sync, .internalPlaying = internalPlaying};
-    noticeTransportEdges(transport);
-    if (const auto tempo = currentTempo(transport))
+    readInputs();
+    if (inputsInForce.seed != thrownSeed)
+        throwDice(inputsInForce.seed);
+    noticeTransportEdges();
+    if (const auto tempo = currentTempo())
         runClock(*tempo, frameCount);
 
     std::fill_n(scratchBuf.begin(), frameCount, 0.0f);
@@ -210,7 +165,7 @@ void VelotrineDSPKernel::process(float* left, float* right, int frameCount) noex
         std::fill_n(right, frameCount, 0.0f);
     } else {
         voicePool->render(scratchBuf.data(), frameCount);
-        softClip(scratchBuf.data(), volume, left, right, frameCount);
+        softClip(scratchBuf.data(), inputsInForce.parameters.volume, left, right, frameCount);
     }
     voicePool->forgetSilentVoices();
     clockPhaseBuf = clockPhase;
@@ -224,28 +179,46 @@ bool VelotrineDSPKernel::isAtRest() const noexcept VELOTRINE_NONBLOCKING
            voicePool->isSilent();
 }
 
-void VelotrineDSPKernel::noticeTransportEdges(const Transport& transport) noexcept VELOTRINE_NONBLOCKING
+void VelotrineDSPKernel::readInputs() noexcept VELOTRINE_NONBLOCKING
 {
-    const bool running = transport.followsHost ? hostPlaying : transport.internalPlaying;
-    const bool ranBefore = transport.followsHost ? hostPlayingLast : internalPlayingLast;
+    readOnce(*this, inputsInForce.parameters);
+    inputsInForce.internalPlaying = internalPlaying;
+    inputsInForce.seed = seed;
+    inputsInForce.sameMusicAtEveryStart = sameMusicAtEveryStart;
+}
+
+void VelotrineDSPKernel::throwDice(std::uint32_t newSeed) noexcept VELOTRINE_NONBLOCKING
+{
+    thrownSeed = newSeed;
+    rngState = generatorState(newSeed);
+}
+
+void VelotrineDSPKernel::noticeTransportEdges() noexcept VELOTRINE_NONBLOCKING
+{
+    const bool followsHost = inputsInForce.parameters.sync;
+    const bool running = followsHost ? hostPlaying : inputsInForce.internalPlaying;
+    const bool ranBefore = followsHost ? hostPlayingLast : internalPlayingLast;
 
     if (ranBefore && !running)
         putClockBack();
-    if (running && !ranBefore)
+    if (running && !ranBefore) {
         armAnew();
+        if (inputsInForce.sameMusicAtEveryStart)
+            throwDice(inputsInForce.seed);
+    }
 
     hostPlayingLast = hostPlaying;
-    internalPlayingLast = transport.internalPlaying;
+    internalPlayingLast = inputsInForce.internalPlaying;
 }
 
-std::optional<VelotrineDSPKernel::Tempo> VelotrineDSPKernel::currentTempo(
-    const Transport& transport) const noexcept VELOTRINE_NONBLOCKING
+std::optional<VelotrineDSPKernel::Tempo> VelotrineDSPKernel::currentTempo() const noexcept
+    VELOTRINE_NONBLOCKING
 {
-    if (!transport.followsHost) {
-        if (!transport.internalPlaying)
+    if (!inputsInForce.parameters.sync) {
+        if (!inputsInForce.internalPlaying)
             return std::nullopt;
         // The order of min and max makes NaN the upper bound.
-        const float bounded = std::max(minTempo, std::min(maxTempo, bpm.load()));
+        const float bounded = std::max(minTempo, std::min(maxTempo, inputsInForce.parameters.bpm));
         return Tempo{static_cast<double>(bounded), internalQuartersPerBar};
     }
 
@@ -258,17 +231,16 @@ std::optional<VelotrineDSPKernel::Tempo> VelotrineDSPKernel::currentTempo(
 
 RingClock::Settings VelotrineDSPKernel::ringSettings(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING
 {
+    const auto& parameters = inputsInForce.parameters;
     RingClock::Settings settings{.quartersPerMinute = tempo.quartersPerMinute,
                                  .quartersPerBar = tempo.quartersPerBar,
                                  .sampleRate = sampleRate,
-                                 .activity = static_cast<double>(activity.load()),
-                                 .calories = static_cast<double>(calories.load()),
+                                 .activity = static_cast<double>(parameters.activity),
+                                 .calories = static_cast<double>(parameters.calories),
                                  .phaseOffsets = {},
-                                 .spotCounts = {}};
-    for (std::size_t ring = 0; ring < ringCount; ++ring) {
-        settings.phaseOffsets[ring] = static_cast<double>(phaseOffsets[ring].load());
-        settings.spotCounts[ring] = spotCounts[ring];
-    }
+                                 .spotCounts = parameters.spotCounts};
+    for (std::size_t ring = 0; ring < ringCount; ++ring)
+        settings.phaseOffsets[ring] = static_cast<double>(parameters.phaseOffsets[ring]);
     return settings;
 }
 
@@ -346,7 +318,7 @@ void VelotrineDSPKernel::crossSpots(std::size_t ring, double hand, int frame) no
 
 bool VelotrineDSPKernel::drawsFire(std::size_t ring) noexcept VELOTRINE_NONBLOCKING
 {
-    const float probability = probabilities[ring];
+    const float probability = inputsInForce.parameters.probabilities[ring];
     return probability >= 1.0f || drawUnit(rngState) < probability;
 }
 
@@ -357,7 +329,7 @@ void VelotrineDSPKernel::fireSpot(std::size_t ring, std::int64_t spot,
     if (spot >= 0 && spot < maxSpotsPerRing)
         spotFireTimes[ring * maxSpotsPerRing + static_cast<std::size_t>(spot)] = hostClockNow();
 
-    const auto started = startNote(static_cast<std::int64_t>(ring));
+    const auto started = startNote(ring);
     if (firedNoteCount == firedNotes.size()) {
         ++droppedNoteEvents;
         return;
@@ -373,35 +345,48 @@ void VelotrineDSPKernel::fireSpot(std::size_t ring, std::int64_t spot,
 std::int64_t VelotrineDSPKernel::nextNote(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING
 {
     const auto checked = checkedRing(ring);
-    const auto lastScale = static_cast<std::int64_t>(scaleCount) - 1;
-    lastPitchClass = drawPitchClass({.root = wholeNumber(rootNote) % semitonesPerOctave,
-                                     .scale = std::clamp(wholeNumber(scaleType), std::int64_t{0}, lastScale),
-                                     .lastPitchClass = lastPitchClass,
-                                     .boredom = boredom},
-                                    rngState);
+    readInputs();
+    return drawNote(checked);
+}
 
-    const std::int64_t octave = ringOctaves[checked];
+void VelotrineDSPKernel::triggerVoice(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING
+{
+    const auto checked = checkedRing(ring);
+    if (!voicePool)
+        fatalError("triggerVoice: there are no voices before setup");
+    readInputs();
+    startNote(checked);
+}
+
+std::int64_t VelotrineDSPKernel::drawNote(std::size_t ring) noexcept VELOTRINE_NONBLOCKING
+{
+    const auto& parameters = inputsInForce.parameters;
+    const auto lastScale = static_cast<std::int64_t>(scaleCount) - 1;
+    lastPitchClass =
+        drawPitchClass({.root = wholeNumber(parameters.rootNote) % semitonesPerOctave,
+                        .scale = std::clamp(wholeNumber(parameters.scaleType), std::int64_t{0}, lastScale),
+                        .lastPitchClass = lastPitchClass,
+                        .boredom = parameters.boredom},
+                       rngState);
+
+    const auto octave = parameters.ringOctaves[ring];
     constexpr auto highestOctave = INT64_MAX / semitonesPerOctave - 1;
     if (octave > highestOctave || octave < -highestOctave)
         fatalError("nextNote: the octave is beyond 64 bits");
     return octave * semitonesPerOctave + lastPitchClass;
 }
 
-VelotrineDSPKernel::StartedNote VelotrineDSPKernel::startNote(std::int64_t ring) noexcept
-    VELOTRINE_NONBLOCKING
+VelotrineDSPKernel::StartedNote VelotrineDSPKernel::startNote(std::size_t ring) noexcept VELOTRINE_NONBLOCKING
 {
-    if (!voicePool)
-        fatalError("triggerVoice: there are no voices before setup");
-
-    const auto note = nextNote(ring);
-    const auto index = static_cast<std::size_t>(ring);
-    const float ringVolume = ringVolumes[index];
-    const auto timbre = timbreParameters(ringTimbres[index]);
+    const auto& parameters = inputsInForce.parameters;
+    const auto note = drawNote(ring);
+    const float ringVolume = parameters.ringVolumes[ring];
+    const auto timbre = timbreParameters(parameters.ringTimbres[ring]);
     const float gain = ringVolume * ringVolume;
     // The order of min and max makes NaN the lower bound.
-    const float feedback = std::min(1.0f, std::max(0.0f, drudgery.load() * feedbackPerDrudgery));
+    const float feedback = std::min(1.0f, std::max(0.0f, parameters.drudgery * feedbackPerDrudgery));
 
-    voicePool->allocate().start({.ring = ring,
+    voicePool->allocate().start({.ring = static_cast<std::int64_t>(ring),
                                  .frequency = frequencyOf(note),
                                  .modRatio = timbre.modRatio,
                                  .modIndex = timbre.modIndex,

@@ -5,6 +5,8 @@
 #include "engine/NoteEvent.h"
 #include "engine/NoteGenerator.h"
 #include "engine/ParameterAddress.h"
+#include "engine/ParameterFields.h"
+#include "engine/RandomGenerator.h"
 #include "engine/RingClock.h"
 #include "engine/RingCount.h"
 #include "engine/Shared.h"
@@ -25,11 +27,12 @@ namespace velotrine {
 /// sound when it crosses a spot.
 ///
 /// Threads: what is Shared may be read and written by anyone at any time, and takes effect within a render
-/// cycle. All else belongs to whoever renders. setup() is called while nothing renders.
+/// cycle: each process call reads each parameter once, at its beginning. All else belongs to whoever renders.
+/// setup() is called while nothing renders.
 ///
 /// Values are kept as they are written; each reader bounds what it reads. A parameter that is not finite is
 /// fatal where it makes a whole number or a position on a ring; callers keep such values out at their edges.
-class VelotrineDSPKernel
+class VelotrineDSPKernel : public ParameterFields<Shared>
 {
 public:
     /// Where the piece is: what setup() and reset() put back to the start.
@@ -47,32 +50,18 @@ public:
         bool internalPlayingLast;
     };
 
+    /// What other threads may change at any moment, as one process call sees it.
+    struct Inputs
+    {
+        ParameterSnapshot parameters;
+        bool internalPlaying = false;
+        std::uint32_t seed = defaultSeed;
+        bool sameMusicAtEveryStart = false;
+    };
+
     VelotrineDSPKernel() = default;
     VelotrineDSPKernel(const VelotrineDSPKernel&) = delete;
     VelotrineDSPKernel& operator=(const VelotrineDSPKernel&) = delete;
-
-    // Global parameters
-
-    /// 0..1: how fast the rings rotate, and above 0.5 how far apart their speeds are
-    Shared<float> activity{0.5f};
-    Shared<float> boredom{0.5f};   ///< 0..1: from learned to chromatic note choice; NaN counts as 0
-    Shared<float> calories{0.5f};  ///< 0..1: depth of the rings' wobble
-    Shared<float> drudgery{0.5f};  ///< 0..1: feedback of the voices' modulators; NaN counts as 0
-    Shared<float> rootNote{0.0f};  ///< 0..11, 0 is C
-    Shared<float> scaleType{0.0f}; ///< 0..3, bounded to it
-    /// Internal tempo, quarter notes a minute, bounded to minTempo..maxTempo; NaN counts as maxTempo
-    Shared<float> bpm{120.0f};
-    Shared<float> volume{0.8f}; ///< 0..1, before the soft clip
-    Shared<bool> sync{true};    ///< follow the host's tempo and transport rather than the internal clock
-
-    // Ring parameters
-
-    PerRing<Shared<std::int64_t>> spotCounts{4, 5, 6, 7, 8}; ///< 0..16, evenly spaced
-    PerRing<Shared<float>> phaseOffsets{0, 0, 0, 0, 0};      ///< turns, 0..1; at least 0.001 is used
-    PerRing<Shared<float>> probabilities{0.75f, 0.75f, 0.75f, 0.75f, 0.75f}; ///< that a crossed spot fires
-    PerRing<Shared<std::int64_t>> ringOctaves{1, 2, 3, 4, 5}; ///< MIDI note = 12 x octave + pitch class
-    PerRing<Shared<float>> ringVolumes{0.7f, 0.7f, 0.7f, 0.7f, 0.7f}; ///< 0..1, squared for the gain
-    PerRing<Shared<float>> ringTimbres{0.5f, 0.5f, 0.5f, 0.5f, 0.5f}; ///< 0..1, see timbreParameters
 
     // What the display reads
 
@@ -90,6 +79,12 @@ public:
     bool hostPlaying = false;
 
     Shared<bool> internalPlaying{false}; ///< the internal clock runs: the play button
+
+    // The dice
+
+    /// Any number. A new one is thrown, that is, begins the generator anew, in the next process call.
+    Shared<std::uint32_t> seed{defaultSeed};
+    Shared<bool> sameMusicAtEveryStart{false}; ///< every start of the transport throws the seed again
 
     // What setup() makes
 
@@ -110,7 +105,8 @@ public:
     std::int64_t lastPitchClass = -1; ///< of the last note, 0..11; -1 before the first
     bool hostPlayingLast = false;     ///< as of the previous process call
     bool internalPlayingLast = false; ///< likewise
-    std::uint64_t rngState = 12345;   ///< one generator for firing and for notes
+    std::uint64_t rngState = generatorState(defaultSeed); ///< one generator for firing and for notes
+    std::uint32_t thrownSeed = defaultSeed;               ///< as of the previous process call
 
     int droppedNoteEvents = 0; ///< notes of the last process call for which noteEvents() had no room
 
@@ -145,6 +141,9 @@ public:
     /// host's transport changes. Render thread.
     [[nodiscard]] bool isAtRest() const noexcept VELOTRINE_NONBLOCKING;
 
+    /// What the last process call saw. Render thread.
+    [[nodiscard]] const Inputs& inputs() const noexcept VELOTRINE_NONBLOCKING { return inputsInForce; }
+
     /// The notes fired in the last process call, in firing order, up to 256; see droppedNoteEvents.
     [[nodiscard]] std::span<const NoteEvent> noteEvents() const noexcept VELOTRINE_NONBLOCKING
     {
@@ -157,17 +156,10 @@ public:
 
     /// Draws the next note for a ring and starts a voice on it, as a fired spot does.
     /// @param ring  0 to 4; others are a fatal error
-    void triggerVoice(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING { startNote(ring); }
+    void triggerVoice(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING;
 
 private:
     static constexpr std::size_t maxNoteEvents = 256;
-
-    /// What other threads may change at any moment, as one process call sees it.
-    struct Transport
-    {
-        bool followsHost;
-        bool internalPlaying;
-    };
 
     /// The tempo and metre in force while the clock runs.
     struct Tempo
@@ -183,16 +175,14 @@ private:
         float decaySeconds;
     };
 
-    template <typename Kernel, typename Visitor>
-    static void visitField(Kernel& kernel, ParameterAddress address, Visitor&& visitor) noexcept;
-
+    void readInputs() noexcept VELOTRINE_NONBLOCKING;
+    void throwDice(std::uint32_t seed) noexcept VELOTRINE_NONBLOCKING;
     /// At a stop: clock, rotation and wobble back to 0.
     void putClockBack() noexcept VELOTRINE_NONBLOCKING;
     /// At a start: the rings find out where they are, and the note chain begins.
     void armAnew() noexcept VELOTRINE_NONBLOCKING;
-    void noticeTransportEdges(const Transport& transport) noexcept VELOTRINE_NONBLOCKING;
-    [[nodiscard]] std::optional<Tempo> currentTempo(const Transport& transport) const noexcept
-        VELOTRINE_NONBLOCKING;
+    void noticeTransportEdges() noexcept VELOTRINE_NONBLOCKING;
+    [[nodiscard]] std::optional<Tempo> currentTempo() const noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] RingClock::Settings ringSettings(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING;
     void runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] RingClock::Phases ringPhases() const noexcept VELOTRINE_NONBLOCKING;
@@ -202,8 +192,10 @@ private:
     void crossSpots(std::size_t ring, double hand, int frame) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] bool drawsFire(std::size_t ring) noexcept VELOTRINE_NONBLOCKING;
     void fireSpot(std::size_t ring, std::int64_t spot, int frame) noexcept VELOTRINE_NONBLOCKING;
-    StartedNote startNote(std::int64_t ring) noexcept VELOTRINE_NONBLOCKING;
+    std::int64_t drawNote(std::size_t ring) noexcept VELOTRINE_NONBLOCKING;
+    StartedNote startNote(std::size_t ring) noexcept VELOTRINE_NONBLOCKING;
 
+    Inputs inputsInForce;
     RingClock ringClock; ///< clock and rings during a process call
     std::array<NoteEvent, maxNoteEvents> firedNotes{};
     std::size_t firedNoteCount = 0;

@@ -1,6 +1,7 @@
 #include "engine/RandomGenerator.h"
 
 #include <cstdint>
+#include <set>
 
 #include <gtest/gtest.h>
 
@@ -79,6 +80,53 @@ TEST(RandomGenerator, DrawsSpreadEvenlyOverTheUnit)
     // The count of a bin strays by about 95; five times that is next to impossible.
     for (const int count : counts)
         EXPECT_NEAR(count, expected, 475);
+}
+
+TEST(GeneratorState, OfTheDefaultSeedIsTheSeedItself)
+{
+    EXPECT_EQ(defaultSeed, 12345U);
+    EXPECT_EQ(generatorState(12345), 12345U);
+}
+
+TEST(GeneratorState, OfAnyOtherSeedIsTheFirstNumberOfSplitMix64)
+{
+    // The number that is published for this seed to check other implementations by.
+    EXPECT_EQ(generatorState(1234567), 6457827717110365317U);
+}
+
+TEST(GeneratorState, IsNeverZeroAndNeverTheSameForTwoSeeds)
+{
+    std::set<std::uint64_t> states;
+    std::uint32_t seeds = 0;
+    const auto check = [&states, &seeds](std::uint32_t seed) {
+        states.insert(generatorState(seed));
+        ++seeds;
+    };
+    for (std::uint32_t seed = 0; seed < 100000; ++seed)
+        check(seed);
+    for (std::uint32_t seed = UINT32_MAX; seed > UINT32_MAX - 100000; --seed)
+        check(seed);
+    EXPECT_EQ(states.size(), seeds);
+    EXPECT_FALSE(states.contains(0));
+}
+
+TEST(GeneratorState, OfNeighbouringSeedsBeginsUnlike)
+{
+    constexpr int seeds = 1000;
+    int falling = 0;
+    double sum = 0.0;
+    float previous = 0.0f;
+    for (std::uint32_t seed = 0; seed < seeds; ++seed) {
+        auto state = generatorState(seed);
+        const float first = drawUnit(state);
+        falling += first < previous ? 1 : 0;
+        sum += static_cast<double>(first);
+        previous = first;
+    }
+    // Of independent numbers, half are below their predecessor, and the mean is a half: five times as far off
+    // as chance takes them is next to impossible.
+    EXPECT_NEAR(falling, seeds / 2, 50);
+    EXPECT_NEAR(sum / seeds, 0.5, 0.05);
 }
 
 } // namespace
