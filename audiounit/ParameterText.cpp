@@ -23,12 +23,6 @@ std::string_view trimmed(std::string_view text)
                                            : text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-bool equalIgnoringCase(std::string_view a, std::string_view b)
-{
-    return std::ranges::equal(
-        a, b, [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
-}
-
 /// The text without the unit at its end, if it ends so.
 std::optional<std::string_view> withoutSuffix(std::string_view text, std::string_view suffix)
 {
@@ -68,6 +62,14 @@ std::optional<float> floatFrom(double number)
     if (std::abs(number) > static_cast<double>(std::numeric_limits<float>::max()))
         return std::nullopt;
     return static_cast<float>(number);
+}
+
+template <typename Number>
+std::string shortestDigits(Number value)
+{
+    std::array<char, 64> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+    return {text.data(), end};
 }
 
 constexpr std::array<std::string_view, 2> toggleNames{"Off", "On"};
@@ -154,6 +156,12 @@ std::optional<double> numberFromText(std::string_view text)
     return value;
 }
 
+bool equalIgnoringCase(std::string_view a, std::string_view b)
+{
+    return std::ranges::equal(
+        a, b, [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
+}
+
 std::string fixedText(double value, int digits)
 {
     std::array<char, 64> text{};
@@ -164,9 +172,12 @@ std::string fixedText(double value, int digits)
 
 std::string shortestText(float value)
 {
-    std::array<char, 64> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
-    return {text.data(), end};
+    return shortestDigits(value);
+}
+
+std::string shortestText(double value)
+{
+    return shortestDigits(value);
 }
 
 } // namespace velotrine

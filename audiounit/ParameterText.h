@@ -22,10 +22,14 @@ namespace velotrine {
 /// Reads a whole text as a decimal number, in the C locale whatever the user's. None if it is anything else.
 [[nodiscard]] std::optional<double> numberFromText(std::string_view text);
 
+/// Upper and lower case alike.
+[[nodiscard]] bool equalIgnoringCase(std::string_view a, std::string_view b);
+
 /// A number with `digits` digits behind the decimal point, which is a point in every locale.
 [[nodiscard]] std::string fixedText(double value, int digits);
 
 /// A value in as few digits as give it back exactly.
 [[nodiscard]] std::string shortestText(float value);
+[[nodiscard]] std::string shortestText(double value);
 
 } // namespace velotrine

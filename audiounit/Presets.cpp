@@ -1,5 +1,7 @@
 #include "audiounit/Presets.h"
 
+#include "audiounit/ParameterText.h"
+
 namespace velotrine {
 
 namespace {
@@ -96,6 +98,22 @@ const std::array<PresetInfo, presetCount> presets{{
 const std::array<PresetInfo, presetCount>& presetTable()
 {
     return presets;
+}
+
+std::optional<std::size_t> presetFromText(std::string_view text)
+{
+    for (std::size_t number = 0; number < presets.size(); ++number)
+        if (equalIgnoringCase(presets[number].name, text) || text == std::to_string(number))
+            return number;
+    return std::nullopt;
+}
+
+std::vector<std::string> presetNames()
+{
+    std::vector<std::string> names;
+    for (const auto& preset : presets)
+        names.emplace_back(preset.name);
+    return names;
 }
 
 } // namespace velotrine

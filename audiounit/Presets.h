@@ -4,7 +4,10 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace velotrine {
 
@@ -19,5 +22,11 @@ inline constexpr std::size_t presetCount = 10;
 
 /// The factory presets, each at the index of its number.
 [[nodiscard]] const std::array<PresetInfo, presetCount>& presetTable();
+
+/// The number of the preset that a person means by its name, in upper or lower case, or by its number.
+[[nodiscard]] std::optional<std::size_t> presetFromText(std::string_view text);
+
+/// Their names, by number.
+[[nodiscard]] std::vector<std::string> presetNames();
 
 } // namespace velotrine

@@ -1,10 +1,8 @@
 #pragma once
 
+#include "audiounit/JsonText.h"
 #include "platform/AUFullState.h"
 
-#include <nlohmann/json.hpp>
-
-#include <stdexcept>
 #include <string_view>
 
 // A state's text, parsed: for who keeps members of its own in it (see plugin/HostedState.cpp). The library's
@@ -14,11 +12,8 @@ namespace velotrine {
 
 using StateDocument = nlohmann::json;
 
-/// A text that is not a state; the message is a sentence that says why.
-struct StateRefusal : std::runtime_error
-{
-    using std::runtime_error::runtime_error;
-};
+/// A text that is not a state.
+using StateRefusal = JsonRefusal;
 
 /// Throws StateRefusal unless the text is JSON within maxStateBytes.
 [[nodiscard]] StateDocument parseState(std::string_view text);

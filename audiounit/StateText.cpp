@@ -16,47 +16,6 @@ namespace {
 
 constexpr int version = 1;
 
-/// The beginning of a text that a message quotes; a document holds texts of any length.
-std::string excerpt(std::string_view text, std::size_t longest)
-{
-    if (text.size() <= longest)
-        return std::string(text);
-    const auto continuesCharacter = [](char byte) {
-        return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-    };
-    auto end = longest;
-    while (end > 0 && continuesCharacter(text[end]))
-        --end;
-    return std::string(text.substr(0, end)) + "...";
-}
-
-/// "[json.exception.parse_error.101] parse error at line 1, column 2: ...": only the part for people. It
-/// quotes the document, valid UTF-8 or not.
-std::string readableMessage(const StateDocument::exception& error)
-{
-    constexpr std::size_t longest = 200;
-    std::string message = error.what();
-    const auto bracket = message.find("] ");
-    if (bracket != std::string::npos)
-        message.erase(0, bracket + 2);
-    std::ranges::replace_if(
-        message, [](char byte) { return static_cast<unsigned char>(byte) > 0x7F; }, '?');
-    return excerpt(message, longest);
-}
-
-/// The parser would take a zero byte for the end of the text, and not see what follows.
-void refuseZeroBytes(std::string_view text)
-{
-    const auto position = text.find('\0');
-    if (position == std::string_view::npos)
-        return;
-    const auto before = text.substr(0, position);
-    const auto line = std::ranges::count(before, '\n') + 1;
-    const auto lineStart = before.rfind('\n') + 1; // npos + 1 is 0: the first line starts the text
-    throw StateRefusal("it is not valid JSON: there is a zero byte at line " + std::to_string(line) +
-                       ", column " + std::to_string(position - lineStart + 1));
-}
-
 const StateDocument& member(const StateDocument& object, const char* key, StateDocument::value_t type,
                             const char* expected)
 {
@@ -181,14 +140,7 @@ std::string textFromState(const AUFullState& state, const std::vector<JsonMember
 
 StateDocument parseState(std::string_view text)
 {
-    if (text.size() > maxStateBytes)
-        throw StateRefusal("it is larger than 1 MiB");
-    refuseZeroBytes(text);
-    try {
-        return StateDocument::parse(text);
-    } catch (const StateDocument::exception& error) {
-        throw StateRefusal("it is not valid JSON: " + readableMessage(error));
-    }
+    return parseJson(text, maxStateBytes >> 20);
 }
 
 AUFullState stateFromDocument(const StateDocument& document)

@@ -33,19 +33,11 @@ std::string lowerCase(std::string text)
 
 std::int64_t presetNumber(const std::string& text)
 {
-    const auto& presets = presetTable();
-    std::vector<std::string> names;
-    names.reserve(presets.size());
-    for (const auto& preset : presets)
-        names.emplace_back(preset.name);
-
-    for (std::size_t i = 0; i < names.size(); ++i)
-        if (lowerCase(names[i]) == lowerCase(text) || text == std::to_string(i))
-            return static_cast<std::int64_t>(i);
-
-    throw UsageError("--preset", "there is no preset " + inQuotes(text) + suggestion(text, names) +
-                                     " (\"velotrine list presets\" shows all " +
-                                     std::to_string(presets.size()) + ")");
+    if (const auto number = presetFromText(text))
+        return static_cast<std::int64_t>(*number);
+    throw UsageError("--preset", "there is no preset " + inQuotes(text) + suggestion(text, presetNames()) +
+                                     " (\"velotrine list presets\" shows all " + std::to_string(presetCount) +
+                                     ")");
 }
 
 std::string allowedValues(const ParameterInfo& parameter)
