@@ -92,15 +92,22 @@ template <typename Visitor, typename... Fields>
     }
 }
 
-/// Reads each parameter once. The addresses are constants here, so that no time goes into looking them up.
+/// Calls the visitor with each address as a constant, so that visitField takes no time to look it up.
+template <typename Visitor>
+[[gnu::always_inline]] constexpr void forEachAddress(Visitor&& visitor) noexcept
+{
+    [&]<std::size_t... address>(std::index_sequence<address...>)
+    {
+        (visitor(std::integral_constant<ParameterAddress, address>{}), ...);
+    }
+    (std::make_index_sequence<parameterCount>{});
+}
+
+/// Reads each parameter once.
 inline void readOnce(const ParameterFields<Shared>& parameters, ParameterSnapshot& into) noexcept
 {
     const auto read = [](const auto& shared, auto& value) { value = shared.load(); };
-    [&]<std::size_t... address>(std::index_sequence<address...>)
-    {
-        (visitField(address, read, parameters, into), ...);
-    }
-    (std::make_index_sequence<parameterCount>{});
+    forEachAddress([&](auto address) { visitField(address, read, parameters, into); });
 }
 
 } // namespace velotrine

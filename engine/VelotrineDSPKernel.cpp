@@ -156,8 +156,9 @@ void VelotrineDSPKernel::process(float* left, float* right, int frameCount) noex
     if (inputsInForce.seed != thrownSeed)
         throwDice(inputsInForce.seed);
     noticeTransportEdges();
-    if (const auto tempo = currentTempo())
-        runClock(*tempo, frameCount);
+    const auto& parameters = inputsInForce.parameters;
+    if (const auto inForce = tempoFor(parameters.sync, parameters.bpm); inForce && clockRuns())
+        runClock(*inForce, frameCount);
 
     std::fill_n(scratchBuf.begin(), frameCount, 0.0f);
     if (voicePool->isSilent()) {
@@ -165,7 +166,7 @@ void VelotrineDSPKernel::process(float* left, float* right, int frameCount) noex
         std::fill_n(right, frameCount, 0.0f);
     } else {
         voicePool->render(scratchBuf.data(), frameCount);
-        softClip(scratchBuf.data(), inputsInForce.parameters.volume, left, right, frameCount);
+        softClip(scratchBuf.data(), parameters.volume, left, right, frameCount);
     }
     voicePool->forgetSilentVoices();
     clockPhaseBuf = clockPhase;
@@ -195,9 +196,8 @@ void VelotrineDSPKernel::throwDice(std::uint32_t newSeed) noexcept VELOTRINE_NON
 
 void VelotrineDSPKernel::noticeTransportEdges() noexcept VELOTRINE_NONBLOCKING
 {
-    const bool followsHost = inputsInForce.parameters.sync;
-    const bool running = followsHost ? hostPlaying : inputsInForce.internalPlaying;
-    const bool ranBefore = followsHost ? hostPlayingLast : internalPlayingLast;
+    const bool running = clockRuns();
+    const bool ranBefore = inputsInForce.parameters.sync ? hostPlayingLast : internalPlayingLast;
 
     if (ranBefore && !running)
         putClockBack();
@@ -211,18 +211,19 @@ void VelotrineDSPKernel::noticeTransportEdges() noexcept VELOTRINE_NONBLOCKING
     internalPlayingLast = inputsInForce.internalPlaying;
 }
 
-std::optional<VelotrineDSPKernel::Tempo> VelotrineDSPKernel::currentTempo() const noexcept
-    VELOTRINE_NONBLOCKING
+bool VelotrineDSPKernel::clockRuns() const noexcept VELOTRINE_NONBLOCKING
 {
-    if (!inputsInForce.parameters.sync) {
-        if (!inputsInForce.internalPlaying)
-            return std::nullopt;
-        // The order of min and max makes NaN the upper bound.
-        const float bounded = std::max(minTempo, std::min(maxTempo, inputsInForce.parameters.bpm));
-        return Tempo{static_cast<double>(bounded), internalQuartersPerBar};
-    }
+    return inputsInForce.parameters.sync ? hostPlaying : inputsInForce.internalPlaying;
+}
 
-    if (!(hostTempo > 0.0 && hostPlaying))
+std::optional<VelotrineDSPKernel::Tempo> VelotrineDSPKernel::tempoFor(
+    bool followsHost, float internalTempo) const noexcept VELOTRINE_NONBLOCKING
+{
+    if (!followsHost)
+        // The order of min and max makes NaN the upper bound.
+        return Tempo{static_cast<double>(std::max(minTempo, std::min(maxTempo, internalTempo))),
+                     internalQuartersPerBar};
+    if (!(hostTempo > 0.0))
         return std::nullopt;
     if (!(hostBeatsPerBar > 0.0))
         return Tempo{hostTempo, internalQuartersPerBar};

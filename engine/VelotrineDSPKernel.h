@@ -59,6 +59,13 @@ public:
         bool sameMusicAtEveryStart = false;
     };
 
+    /// A tempo and a metre.
+    struct Tempo
+    {
+        double quartersPerMinute;
+        double quartersPerBar;
+    };
+
     VelotrineDSPKernel() = default;
     VelotrineDSPKernel(const VelotrineDSPKernel&) = delete;
     VelotrineDSPKernel& operator=(const VelotrineDSPKernel&) = delete;
@@ -141,6 +148,13 @@ public:
     /// host's transport changes. Render thread.
     [[nodiscard]] bool isAtRest() const noexcept VELOTRINE_NONBLOCKING;
 
+    /// By which the clock goes, or would go if it ran; none while it follows a host that has told no tempo.
+    /// Render thread.
+    [[nodiscard]] std::optional<Tempo> tempo() const noexcept VELOTRINE_NONBLOCKING
+    {
+        return tempoFor(sync, bpm);
+    }
+
     /// What the last process call saw. Render thread.
     [[nodiscard]] const Inputs& inputs() const noexcept VELOTRINE_NONBLOCKING { return inputsInForce; }
 
@@ -161,13 +175,6 @@ public:
 private:
     static constexpr std::size_t maxNoteEvents = 256;
 
-    /// The tempo and metre in force while the clock runs.
-    struct Tempo
-    {
-        double quartersPerMinute;
-        double quartersPerBar;
-    };
-
     struct StartedNote
     {
         std::int64_t note;
@@ -182,7 +189,9 @@ private:
     /// At a start: the rings find out where they are, and the note chain begins.
     void armAnew() noexcept VELOTRINE_NONBLOCKING;
     void noticeTransportEdges() noexcept VELOTRINE_NONBLOCKING;
-    [[nodiscard]] std::optional<Tempo> currentTempo() const noexcept VELOTRINE_NONBLOCKING;
+    [[nodiscard]] bool clockRuns() const noexcept VELOTRINE_NONBLOCKING;
+    [[nodiscard]] std::optional<Tempo> tempoFor(bool followsHost,
+                                                float internalTempo) const noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] RingClock::Settings ringSettings(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING;
     void runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] RingClock::Phases ringPhases() const noexcept VELOTRINE_NONBLOCKING;
