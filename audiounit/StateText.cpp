@@ -3,6 +3,7 @@
 #include "audiounit/OrderedJson.h"
 #include "audiounit/Parameters.h"
 #include "audiounit/StateDocument.h"
+#include "audiounit/VelotrineAudioUnit.h"
 
 #include <algorithm>
 #include <cmath>
@@ -85,7 +86,23 @@ std::vector<std::pair<std::string, AUValue>> readParameters(const StateDocument&
     return read;
 }
 
-/// A number or a text as JSON.
+std::vector<std::pair<std::string, AUFurtherValue>> readFurtherValues(const StateDocument& document)
+{
+    std::vector<std::pair<std::string, AUFurtherValue>> read;
+    if (const auto found = document.find(seedKey); found != document.end()) {
+        if (!found->is_number_unsigned() || found->get<std::uint64_t>() > UINT32_MAX)
+            throw StateRefusal("\"seed\" must be a whole number from 0 to 4294967295");
+        read.emplace_back(seedKey, found->get<std::uint32_t>());
+    }
+    if (const auto found = document.find(sameMusicAtEveryStartKey); found != document.end()) {
+        if (!found->is_boolean())
+            throw StateRefusal("\"sameMusicAtEveryStart\" must be true or false");
+        read.emplace_back(sameMusicAtEveryStartKey, found->get<bool>());
+    }
+    return read;
+}
+
+/// A switch, a number or a text as JSON.
 std::string written(const OrderedJson& scalar)
 {
     return scalar.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
@@ -110,9 +127,12 @@ std::string parametersJson(const AUFullState& state)
 /// In the document's order.
 std::vector<JsonMember> membersOf(const AUFullState& state)
 {
-    return {{"version", written(version)},
-            {"preset", presetJson(state.currentPreset)},
-            {"parameters", parametersJson(state)}};
+    std::vector<JsonMember> members{{"version", written(version)},
+                                    {"preset", presetJson(state.currentPreset)},
+                                    {"parameters", parametersJson(state)}};
+    for (const auto& [name, value] : state.furtherValues)
+        members.emplace_back(name, std::visit([](auto plain) { return written(plain); }, value));
+    return members;
 }
 
 } // namespace
@@ -153,6 +173,7 @@ AUFullState stateFromDocument(const StateDocument& document)
     state.currentPreset = readPreset(document);
     state.parameters =
         readParameters(member(document, "parameters", StateDocument::value_t::object, "an object"));
+    state.furtherValues = readFurtherValues(document);
     return state;
 }
 

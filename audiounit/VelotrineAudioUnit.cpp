@@ -205,4 +205,26 @@ void VelotrineAudioUnit::restoreCurrentPreset(const std::optional<AUAudioUnitPre
     _currentPreset = preset;
 }
 
+void VelotrineAudioUnit::addFurtherValues(AUFullState& state) const
+{
+    if (const std::uint32_t seed = dspKernel->seed; seed != defaultSeed)
+        state.furtherValues.emplace_back(seedKey, seed);
+    if (dspKernel->sameMusicAtEveryStart)
+        state.furtherValues.emplace_back(sameMusicAtEveryStartKey, true);
+}
+
+void VelotrineAudioUnit::restoreFurtherValues(const AUFullState& state)
+{
+    auto seed = defaultSeed;
+    bool sameMusicAtEveryStart = false;
+    for (const auto& [name, value] : state.furtherValues) {
+        if (const auto* const number = std::get_if<std::uint32_t>(&value); number && name == seedKey)
+            seed = *number;
+        if (const auto* const isOn = std::get_if<bool>(&value); isOn && name == sameMusicAtEveryStartKey)
+            sameMusicAtEveryStart = *isOn;
+    }
+    dspKernel->seed = seed;
+    dspKernel->sameMusicAtEveryStart = sameMusicAtEveryStart;
+}
+
 } // namespace velotrine

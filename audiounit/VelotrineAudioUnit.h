@@ -9,6 +9,10 @@
 
 namespace velotrine {
 
+/// Names of what a state says beside the parameters; see VelotrineDSPKernel.
+inline constexpr auto seedKey = "seed";
+inline constexpr auto sameMusicAtEveryStartKey = "sameMusicAtEveryStart";
+
 /// The instrument as a host sees it: 39 parameters, ten presets, one stereo output, no input, no MIDI.
 /// Threads: see AUAudioUnit. The kernel may be read and written as VelotrineDSPKernel says.
 ///
@@ -55,6 +59,8 @@ protected:
     [[nodiscard]] AUInternalRenderBlock internalRenderBlock() override;
     void applyCurrentPreset(const std::optional<AUAudioUnitPreset>& preset) override;
     void restoreCurrentPreset(const std::optional<AUAudioUnitPreset>& preset) override;
+    void addFurtherValues(AUFullState& state) const override;
+    void restoreFurtherValues(const AUFullState& state) override;
 
 private:
     /// The host's blocks, which come at allocation, behind an object that a render block can hold from

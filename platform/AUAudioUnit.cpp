@@ -110,6 +110,7 @@ AUFullState AUAudioUnit::fullState() const
     if (const auto tree = parameterTree())
         for (const auto& parameter : tree->allParameters())
             state.parameters.emplace_back(parameter->identifier(), parameter->value());
+    addFurtherValues(state);
     return state;
 }
 
@@ -124,6 +125,7 @@ void AUAudioUnit::setFullState(const AUFullState& state)
                 parameter->setValue(std::clamp(named->second, parameter->minValue(), parameter->maxValue()));
         }
     }
+    restoreFurtherValues(state);
     restoreCurrentPreset(state.currentPreset);
     fullStateObservers.notify(0);
 }

@@ -138,7 +138,8 @@ public:
 
     /// Writes the values of the state whose identifiers the tree has, each bounded to its parameter's range,
     /// and notes the preset without applying it. Values that are not finite, and parameters that the state
-    /// does not name, stay as they are. Tells the observers of fullState.
+    /// does not name, stay as they are; what else the unit remembers becomes as it was made unless the state
+    /// names it. Tells the observers of fullState.
     void setFullState(const AUFullState& state);
 
     /// The observer is told, on the changer's thread, after a change as a whole.
@@ -161,6 +162,12 @@ protected:
 
     /// Notes which preset was chosen, and no more.
     virtual void restoreCurrentPreset(const std::optional<AUAudioUnitPreset>& preset) = 0;
+
+    /// Fills in what the unit remembers beside parameters and preset, as far as it is not as it was made.
+    virtual void addFurtherValues(AUFullState&) const {}
+
+    /// Takes it from a state; what the state does not name becomes as it was made.
+    virtual void restoreFurtherValues(const AUFullState&) {}
 
 private:
     using Factory = std::function<std::shared_ptr<AUAudioUnit>(const AudioComponentDescription&,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "audiounit/VelotrineAudioUnit.h"
+
 #include <cstdint>
 #include <string>
 
@@ -18,9 +20,9 @@ inline constexpr auto comment = "comment";
 
 inline constexpr auto preset = "preset";
 inline constexpr auto parameters = "parameters";
-inline constexpr auto seed = "seed";
+inline constexpr auto seed = seedKey;
 inline constexpr auto generator = "generator";
-inline constexpr auto sameMusicAtEveryStart = "sameMusicAtEveryStart";
+inline constexpr auto sameMusicAtEveryStart = sameMusicAtEveryStartKey;
 inline constexpr auto sampleRate = "sampleRate";
 inline constexpr auto cycleFrames = "cycleFrames";
 

@@ -168,6 +168,47 @@ TEST_F(StateTextOfAnInstrument, OfARepeatedIdentifierTakesTheLastValue)
     EXPECT_EQ(valueOf(*unit, "volume"), 0.75f);
 }
 
+TEST_F(StateTextOfAnInstrument, SaysTheSeedAndTheSameMusicOnlyWhereTheyAreChosen)
+{
+    const auto plain = textFromState(unit->fullState());
+    EXPECT_THAT(plain, testing::Not(HasSubstr("seed")));
+    EXPECT_THAT(plain, testing::Not(HasSubstr("sameMusic")));
+
+    unit->dspKernel->seed = 4294967295;
+    unit->dspKernel->sameMusicAtEveryStart = true;
+    const auto chosen = textFromState(unit->fullState());
+    const std::string end = "\n}\n";
+    EXPECT_EQ(chosen, plain.substr(0, plain.size() - end.size()) +
+                          ",\n  \"seed\": 4294967295,\n  \"sameMusicAtEveryStart\": true" + end);
+
+    const auto another = makeInstrument();
+    EXPECT_EQ(restore(*another, chosen), "");
+    EXPECT_EQ(another->dspKernel->seed, 4294967295U);
+    EXPECT_TRUE(another->dspKernel->sameMusicAtEveryStart);
+    EXPECT_EQ(another->fullState(), unit->fullState());
+}
+
+TEST_F(StateTextOfAnInstrument, WithoutASeedBringsTheDefaultBackAndThrowsNothingAnew)
+{
+    auto& kernel = *unit->dspKernel;
+    kernel.seed = 7;
+    kernel.sameMusicAtEveryStart = true;
+    EXPECT_EQ(restore(*unit, withParameters("{}")), "");
+    EXPECT_EQ(kernel.seed, defaultSeed);
+    EXPECT_FALSE(kernel.sameMusicAtEveryStart);
+
+    const auto playing = makePlayingInstrument();
+    OutputBuffers output(2, 512);
+    for (int i = 0; i < 100; ++i)
+        renderInto(output, playing->renderBlock(), 512);
+    const auto random = playing->dspKernel->rngState;
+    EXPECT_NE(random, 12345U);
+    EXPECT_EQ(restore(*playing, withParameters("{}")), "");
+    playing->dspKernel->internalPlaying = false;
+    renderInto(output, playing->renderBlock(), 512);
+    EXPECT_EQ(playing->dspKernel->rngState, random);
+}
+
 struct Refused
 {
     std::string text;
@@ -266,6 +307,21 @@ TEST_F(RefusedStateText, OfTheWrongTypeSaysWhatIsWantedWhere)
         {withPreset(R"({"number": 9223372036854775808, "name": "Default"})"), {"\"number\"", "whole number"}},
         {withPreset(R"({"number": 0, "name": 5})"), {"\"name\"", "text"}},
         {withPreset(R"({"number": 0, "name": null})"), {"\"name\"", "text"}},
+    });
+}
+
+TEST_F(RefusedStateText, WithASeedThatIsNoneSaysWhatIsWanted)
+{
+    const auto with = [](const std::string& member) {
+        return R"({"version": 1, "parameters": {}, )" + member + "}";
+    };
+    expectRefused({
+        {with(R"("seed": -1)"), {"\"seed\"", "0 to 4294967295"}},
+        {with(R"("seed": 4294967296)"), {"\"seed\"", "0 to 4294967295"}},
+        {with(R"("seed": 1.5)"), {"\"seed\"", "whole number"}},
+        {with(R"("seed": "7")"), {"\"seed\"", "whole number"}},
+        {with(R"("seed": null)"), {"\"seed\"", "whole number"}},
+        {with(R"("sameMusicAtEveryStart": 1)"), {"\"sameMusicAtEveryStart\"", "true or false"}},
     });
 }
 
