@@ -220,8 +220,10 @@ void ConcentricCirclesViewMac::wake()
 {
     quietSince.reset();
     stopTimer();
-    if (!screen)
-        screen.emplace(this, [this] { screenIsReady(); });
+    if (screen)
+        return;
+    screen.emplace(this, [this] { screenIsReady(); });
+    repaint(0, 0, 1, 1); // a window in which nothing is to be painted has stopped asking the screen
 }
 
 void ConcentricCirclesViewMac::screenIsReady()
