@@ -27,24 +27,29 @@ bool standsAtTheStart(const VelotrineDSPKernel& kernel) noexcept
 
 void TakeTap::note(const VelotrineDSPKernel& kernel, int frames) noexcept VELOTRINE_NONBLOCKING
 {
-    if (state == State::waiting && !recordingWanted)
+    if (state == State::waiting && !recordingWanted) {
+        stoodAtTheStart = false;
         return;
+    }
 
     const auto now = valuesSeen(kernel, frames);
+    if (state == State::waiting && stoodAtTheStart && runs(now) && kernel.sampleRate == sampleRateBefore &&
+        beginTake())
+        state = State::recording;
+    const bool stands = standsAtTheStart(kernel);
     if (state == State::recording) {
-        const bool goesOn =
-            recordingWanted && kernel.sampleRate == sampleRate && !goesOnFromBefore(now) && noteChanges(now);
+        const bool goesOn = recordingWanted && kernel.sampleRate == sampleRate && noteChanges(now);
         if (goesOn)
-            frame += frames;
-        else
+            frameReached = frame += frames;
+        if (!goesOn || stands)
             state = State::ending;
     }
     if (state == State::ending && push(TakeRecord::Kind::end))
         state = State::waiting;
-    // What was seen by now is what the take begins with, from the next cycle on.
-    if (state == State::waiting && recordingWanted && standsAtTheStart(kernel) && beginTake(kernel, now))
-        state = State::recording;
     before = now;
+    stoodAtTheStart = stands;
+    generatorBefore = kernel.rngState;
+    sampleRateBefore = kernel.sampleRate;
 }
 
 TakeTap::Values TakeTap::valuesSeen(const VelotrineDSPKernel& kernel,
@@ -71,31 +76,28 @@ TakeTap::Values TakeTap::valuesSeen(const VelotrineDSPKernel& kernel,
     return values;
 }
 
-bool TakeTap::beginTake(const VelotrineDSPKernel& kernel, const Values& now) noexcept VELOTRINE_NONBLOCKING
+bool TakeTap::runs(const Values& values) noexcept VELOTRINE_NONBLOCKING
+{
+    const auto isOn = [&values](TakeTarget target) {
+        return values[static_cast<std::size_t>(target)] != 0.0;
+    };
+    return isOn(takeTarget(addressOf(GlobalParameter::sync))) ? isOn(TakeTarget::hostPlaying)
+                                                              : isOn(TakeTarget::play);
+}
+
+/// As everything was before the call in which the clock has started.
+bool TakeTap::beginTake() noexcept VELOTRINE_NONBLOCKING
 {
     constexpr std::size_t recordsNeeded = 2 + targetCount;
     if (buffer.room() < recordsNeeded)
         return false;
     frame = 0;
-    sampleRate = kernel.sampleRate;
-    hasStarted = false;
+    sampleRate = sampleRateBefore;
     bool fits = push(TakeRecord::Kind::begin, bitsOf(sampleRate)) &&
-                push(TakeRecord::Kind::generator, kernel.rngState);
+                push(TakeRecord::Kind::generator, generatorBefore);
     for (std::size_t i = 0; i < targetCount; ++i)
-        fits = fits && push(TakeRecord::Kind::start, bitsOf(now[i]), static_cast<TakeTarget>(i));
+        fits = fits && push(TakeRecord::Kind::start, bitsOf(before[i]), static_cast<TakeTarget>(i));
     return fits;
-}
-
-bool TakeTap::goesOnFromBefore(const Values& now) noexcept VELOTRINE_NONBLOCKING
-{
-    const auto isOn = [](const Values& values, TakeTarget target) {
-        return values[static_cast<std::size_t>(target)] != 0.0;
-    };
-    const auto transport =
-        isOn(now, takeTarget(addressOf(GlobalParameter::sync))) ? TakeTarget::hostPlaying : TakeTarget::play;
-    const bool runs = isOn(now, transport);
-    hasStarted = hasStarted || (runs && !isOn(before, transport));
-    return runs && !hasStarted;
 }
 
 bool TakeTap::noteChanges(const Values& now) noexcept VELOTRINE_NONBLOCKING

@@ -1,7 +1,7 @@
 #include "tests/takes/TakenInstrument.h"
 
 #include "audiounit/Parameters.h"
-#include "takes/TakeRecorder.h"
+#include "takes/TakeAssembler.h"
 #include "takes/TakeText.h"
 
 #include <algorithm>
@@ -100,52 +100,81 @@ void liveAndFallSilent(TakenInstrument& instrument, Hands& hands)
         instrument.render(32);
 }
 
+/// What an instrument sounded like while it lived, and the takes of it.
+struct Life
+{
+    std::vector<float> heard;
+    std::vector<std::size_t> takesBegan; ///< where in the sound
+    std::vector<Take> takes;
+};
+
+Life recorded(TakenInstrument& instrument, Hands& hands)
+{
+    Life life;
+    TakeAssembler assembler;
+    const auto render = [&](int frames) {
+        const auto start = instrument.samples.size();
+        instrument.render(frames);
+        instrument.tap.records().takeAll([&](const TakeRecord& record) {
+            if (record.kind == TakeRecord::Kind::begin)
+                life.takesBegan.push_back(start);
+            assembler.add(record);
+        });
+    };
+    instrument.samples.clear();
+    instrument.tap.setRecording(true);
+    render(32);
+    instrument.kernel().sync = false;
+    instrument.kernel().internalPlaying = true;
+    for (int cycle = 0; cycle < 4000; ++cycle) {
+        render(hands.cycle());
+        hands.change(instrument.kernel());
+    }
+    instrument.tap.setRecording(false);
+    render(32);
+    life.heard = instrument.samples;
+    life.takes = assembler.finishedTakes();
+    return life;
+}
+
 TEST(ATake, ThatWasRecordedWrittenAndReadGivesTheSameSamplesToTheBit)
 {
     std::size_t loud = 0;
+    std::size_t changes = 0;
     for (std::uint32_t seed = 1; seed <= 12; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         Hands hands(seed);
         TakenInstrument instrument(seed % 2 == 0 ? 48000.0 : 44100.0);
         liveAndFallSilent(instrument, hands);
+        const auto life = recorded(instrument, hands);
+        ASSERT_GE(life.takes.size(), 1U);
+        ASSERT_EQ(life.takes.size(), life.takesBegan.size());
 
-        TakeRecorder recorder(instrument.tap.records());
-        instrument.tap.setRecording(true);
-        instrument.render(32);
-        instrument.samples.clear();
-        instrument.kernel().sync = false;
-        instrument.kernel().internalPlaying = true;
-        instrument.render(32);
-        for (int cycle = 0; cycle < 4000; ++cycle) {
-            hands.change(instrument.kernel());
-            instrument.render(hands.cycle());
-            if (cycle % 100 == 0)
-                recorder.collect();
+        for (std::size_t i = 0; i < life.takes.size(); ++i) {
+            const auto& take = life.takes[i];
+            changes += take.changes.size();
+            ASSERT_EQ(take.changes.back().target, TakeTarget::end);
+            const auto frames = static_cast<std::ptrdiff_t>(take.changes.back().time.amount);
+            const auto from = life.heard.begin() + static_cast<std::ptrdiff_t>(life.takesBegan[i]);
+            const std::vector<float> heard(from, from + frames);
+
+            const auto text = textFromTake(take);
+            const auto read = takeFromText(text);
+            ASSERT_TRUE(read.take) << read.error;
+            // Not by EXPECT_EQ, which would print megabytes.
+            EXPECT_TRUE(*read.take == take);
+            EXPECT_TRUE(textFromTake(*read.take) == text);
+
+            const auto again = soundOf(*read.take, frames);
+            const auto [first, second] = std::ranges::mismatch(heard, again);
+            EXPECT_TRUE(first == heard.end())
+                << "take " << i << " from frame " << first - heard.begin() << " on";
+            loud += static_cast<std::size_t>(
+                std::ranges::count_if(heard, [](float sample) { return std::abs(sample) > 0.01f; }));
         }
-        const auto heard = instrument.samples;
-        instrument.tap.setRecording(false);
-        instrument.render(32);
-        recorder.collect();
-
-        const auto takes = recorder.finishedTakes();
-        ASSERT_EQ(takes.size(), 1U);
-        EXPECT_GT(takes[0].changes.size(), 2000U);
-        EXPECT_EQ(takes[0].changes.back().target, TakeTarget::end);
-        EXPECT_EQ(takes[0].changes.back().time.amount, static_cast<double>(heard.size()));
-        const auto text = textFromTake(takes[0]);
-        const auto read = takeFromText(text);
-        ASSERT_TRUE(read.take) << read.error;
-        // Not by EXPECT_EQ, which would print megabytes.
-        EXPECT_TRUE(*read.take == takes[0]);
-        EXPECT_TRUE(textFromTake(*read.take) == text);
-
-        const auto again = soundOf(*read.take, static_cast<std::int64_t>(heard.size()));
-        const auto [first, second] = std::ranges::mismatch(heard, again);
-        EXPECT_TRUE(first == heard.end()) << "from frame " << first - heard.begin() << " on";
-        loud += static_cast<std::size_t>(
-            std::ranges::count_if(heard, [](float sample) { return std::abs(sample) > 0.01f; }));
     }
     EXPECT_GT(loud, 1000000U);
+    EXPECT_GT(changes, 20000U);
 }
 
 } // namespace

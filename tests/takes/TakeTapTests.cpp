@@ -1,7 +1,7 @@
 #include "takes/TakeTap.h"
 
 #include "audiounit/Parameters.h"
-#include "takes/TakeRecorder.h"
+#include "takes/TakeAssembler.h"
 #include "tests/audiounit/AllocationCounter.h"
 #include "tests/takes/TakenInstrument.h"
 
@@ -35,41 +35,59 @@ protected:
         while (!kernel.isAtRest());
     }
 
+    void collect()
+    {
+        instrument.tap.records().takeAll([this](const TakeRecord& record) { assembler.add(record); });
+    }
+
+    [[nodiscard]] bool isRecording()
+    {
+        collect();
+        return assembler.takeSoFar().has_value();
+    }
+
     /// Ends the take, if one is being recorded, and gives those that have ended.
     std::vector<Take> takes()
     {
         instrument.tap.setRecording(false);
         render(1);
-        recorder.collect();
-        return recorder.finishedTakes();
+        collect();
+        return assembler.finishedTakes();
+    }
+
+    void play()
+    {
+        kernel.sync = false;
+        kernel.internalPlaying = true;
     }
 
     TakenInstrument instrument;
     VelotrineDSPKernel& kernel = instrument.kernel();
-    TakeRecorder recorder{instrument.tap.records()};
+    TakeAssembler assembler;
 };
 
 TEST_F(Tap, NotesNothingUnlessTakesAreWanted)
 {
-    kernel.sync = false;
-    kernel.internalPlaying = true;
+    play();
     render(100);
-    recorder.collect();
-    EXPECT_FALSE(recorder.isRecording());
+    EXPECT_FALSE(isRecording());
     EXPECT_TRUE(takes().empty());
 }
 
-TEST_F(Tap, BeginsATakeWithTheStateOfAnInstrumentThatIsSilent)
+TEST_F(Tap, BeginsATakeWhenTheInstrumentBeginsToPlay)
 {
     kernel.setParameter(addressOf(GlobalParameter::activity), 0.25f);
     kernel.seed = 7;
     kernel.sameMusicAtEveryStart = true;
     kernel.hostTempo = 99.5;
     instrument.tap.setRecording(true);
+    render(5);
+    EXPECT_FALSE(isRecording());
+    play();
     render(1);
-    recorder.collect();
-    EXPECT_TRUE(recorder.isRecording());
+    EXPECT_TRUE(isRecording());
     render(3);
+    EXPECT_EQ(instrument.tap.frames(), 4 * cycle);
 
     const auto ended = takes();
     ASSERT_EQ(ended.size(), 1U);
@@ -79,17 +97,20 @@ TEST_F(Tap, BeginsATakeWithTheStateOfAnInstrumentThatIsSilent)
     expected.sameMusicAtEveryStart = true;
     expected.host = TakeHost{.tempo = 99.5};
     EXPECT_EQ(ended[0].start, expected);
+    const auto sync = addressOf(GlobalParameter::sync);
     EXPECT_EQ(ended[0].changes,
-              (std::vector<TakeChange>{{.time = {.amount = 3.0 * cycle}, .target = TakeTarget::end}}));
-    EXPECT_TRUE(recorder.finishedTakes().empty()) << "each take is handed out once";
+              (std::vector<TakeChange>{{.time = {.amount = 0.0}, .value = 0.0, .target = takeTarget(sync)},
+                                       {.time = {.amount = 0.0}, .value = 1.0, .target = TakeTarget::play},
+                                       {.time = {.amount = 4.0 * cycle}, .target = TakeTarget::end}}));
+    EXPECT_TRUE(assembler.finishedTakes().empty()) << "each take is handed out once";
 }
 
 TEST_F(Tap, NotesAChangeAtTheCycleInWhichItIsHeard)
 {
     instrument.tap.setRecording(true);
-    render(1);
     kernel.sync = false;
-    kernel.internalPlaying = true;
+    render(1);
+    play();
     render(10);
     kernel.drudgery = 0.75f;
     kernel.seed = 9;
@@ -100,10 +121,8 @@ TEST_F(Tap, NotesAChangeAtTheCycleInWhichItIsHeard)
     const auto ended = takes();
     ASSERT_EQ(ended.size(), 1U);
     const auto drudgery = addressOf(GlobalParameter::drudgery);
-    const auto sync = addressOf(GlobalParameter::sync);
     EXPECT_EQ(ended[0].changes,
               (std::vector<TakeChange>{
-                  {.time = {.amount = 0.0}, .value = 0.0, .target = takeTarget(sync)},
                   {.time = {.amount = 0.0}, .value = 1.0, .target = TakeTarget::play},
                   {.time = {.amount = 10.0 * cycle}, .value = 0.75, .target = takeTarget(drudgery)},
                   {.time = {.amount = 10.0 * cycle}, .value = 9.0, .target = TakeTarget::seed},
@@ -113,25 +132,25 @@ TEST_F(Tap, NotesAChangeAtTheCycleInWhichItIsHeard)
 
 TEST_F(Tap, WaitsForSilenceAndAClockThatStands)
 {
-    kernel.sync = false;
-    kernel.internalPlaying = true;
+    play();
     render(2000);
     instrument.tap.setRecording(true);
     render(2000);
-    recorder.collect();
-    EXPECT_FALSE(recorder.isRecording()) << "it plays";
+    EXPECT_FALSE(isRecording()) << "it plays";
     kernel.internalPlaying = false;
     render(1);
-    recorder.collect();
-    EXPECT_FALSE(recorder.isRecording()) << "it still sounds";
+    play();
+    render(1);
+    EXPECT_FALSE(isRecording()) << "it still sounds";
+    kernel.internalPlaying = false;
     renderUntilSilent();
-    recorder.collect();
-    EXPECT_TRUE(recorder.isRecording());
+    render(1);
     EXPECT_NE(kernel.rngState, 12345U);
 
     instrument.samples.clear();
-    kernel.internalPlaying = true;
+    play();
     render(3000);
+    EXPECT_TRUE(isRecording());
     const auto heard = instrument.samples;
     const auto ended = takes();
     ASSERT_EQ(ended.size(), 1U);
@@ -139,17 +158,38 @@ TEST_F(Tap, WaitsForSilenceAndAClockThatStands)
     EXPECT_EQ(soundOf(ended[0], static_cast<std::int64_t>(heard.size())), heard);
 }
 
-TEST_F(Tap, EndsATakeWhenTheRateChangesAndBeginsAnother)
+TEST_F(Tap, EndsATakeWhenAllIsSilentAndBeginsAnotherWithTheNextStart)
 {
     instrument.tap.setRecording(true);
     render(1);
-    kernel.sync = false;
-    kernel.internalPlaying = true;
+    for (int piece = 0; piece < 3; ++piece) {
+        instrument.samples.clear();
+        play();
+        render(3000);
+        kernel.internalPlaying = false;
+        renderUntilSilent();
+        const auto heard = instrument.samples;
+        render(100);
+        collect();
+        const auto ended = assembler.finishedTakes();
+        ASSERT_EQ(ended.size(), 1U);
+        EXPECT_EQ(ended[0].changes.back().time.amount, static_cast<double>(heard.size()));
+        EXPECT_EQ(soundOf(ended[0], static_cast<std::int64_t>(heard.size())), heard);
+    }
+}
+
+TEST_F(Tap, EndsATakeWhenTheRateChanges)
+{
+    instrument.tap.setRecording(true);
+    render(1);
+    play();
     render(10);
     kernel.setup(TakenInstrument::longestCycle, 44100.0);
     render(10);
     kernel.internalPlaying = false;
     renderUntilSilent();
+    render(1);
+    play();
     render(1);
 
     const auto ended = takes();
@@ -162,25 +202,22 @@ TEST_F(Tap, EndsATakeWhenTheRateChangesAndBeginsAnother)
 
 TEST_F(Tap, EndsATakeWhoseNotesNobodyFetches)
 {
-    kernel.sync = false;
     instrument.tap.setRecording(true);
     render(1);
-    kernel.internalPlaying = true;
-    std::size_t cycles = 0;
+    play();
     // A value that is another in each cycle fills the buffer.
-    for (; cycles < 2 * RecordBuffer::capacity; ++cycles) {
+    for (std::size_t cycles = 0; cycles < 2 * RecordBuffer::capacity; ++cycles) {
         kernel.activity = cycles % 2 == 0 ? 0.25f : 0.75f;
         render(1);
     }
-    recorder.collect();
+    collect();
     render(1);
-    recorder.collect();
-    const auto ended = recorder.finishedTakes();
+    EXPECT_FALSE(isRecording()) << "it plays on";
+    const auto ended = assembler.finishedTakes();
     ASSERT_EQ(ended.size(), 1U);
     const auto length = ended[0].changes.back().time.amount;
     EXPECT_GT(length, cycle * (static_cast<double>(RecordBuffer::capacity) - 100.0));
     EXPECT_LE(length, cycle * static_cast<double>(RecordBuffer::capacity));
-    EXPECT_FALSE(recorder.isRecording()) << "it plays on";
 
     const auto heard =
         std::vector<float>(instrument.samples.begin() + cycle,
@@ -188,7 +225,7 @@ TEST_F(Tap, EndsATakeWhoseNotesNobodyFetches)
     EXPECT_EQ(soundOf(ended[0], static_cast<std::int64_t>(length)), heard) << "up to there it is whole";
 }
 
-TEST_F(Tap, GivesATakeUpIntoWhichAnEarlierStartReaches)
+TEST_F(Tap, DoesNotBeginWhereATransportHasRunUnheard)
 {
     instrument.tap.setRecording(true);
     render(1);
@@ -197,30 +234,43 @@ TEST_F(Tap, GivesATakeUpIntoWhichAnEarlierStartReaches)
     render(10);
     kernel.sync = false;
     render(10);
-    recorder.collect();
-    const auto ended = recorder.finishedTakes();
-    ASSERT_EQ(ended.size(), 1U);
-    EXPECT_EQ(ended[0].changes.back().time.amount, 10.0 * cycle);
-    EXPECT_FALSE(recorder.isRecording());
+    EXPECT_FALSE(isRecording());
+}
+
+TEST_F(Tap, ATakeSoFarEndsWhereItHasCome)
+{
+    instrument.tap.setRecording(true);
+    render(1);
+    EXPECT_FALSE(assembler.takeSoFar(0));
+    play();
+    render(7);
+    collect();
+    const auto soFar = assembler.takeSoFar(instrument.tap.frames());
+    ASSERT_TRUE(soFar);
+    EXPECT_EQ(soFar->changes.back(),
+              (TakeChange{.time = {.amount = 7.0 * cycle}, .target = TakeTarget::end}));
+    EXPECT_TRUE(isRecording());
 }
 
 TEST_F(Tap, EndsTheLongestTakeItself)
 {
     instrument.tap.setRecording(true);
     render(1);
-    recorder.collect();
+    play();
+    render(1);
+    collect();
     auto& records = instrument.tap.records();
     std::size_t pushed = 0;
     for (; pushed < Take::maxChanges + 1000; ++pushed) {
         if (records.room() == 0)
-            recorder.collect();
+            collect();
         ASSERT_TRUE(records.push({.frame = static_cast<std::int64_t>(pushed),
                                   .bits = 0,
                                   .kind = TakeRecord::Kind::change,
                                   .target = TakeTarget::seed}));
     }
-    recorder.collect();
-    const auto ended = recorder.finishedTakes();
+    collect();
+    const auto ended = assembler.finishedTakes();
     ASSERT_EQ(ended.size(), 1U);
     EXPECT_EQ(ended[0].changes.size(), Take::maxChanges);
     EXPECT_EQ(ended[0].changes.back().target, TakeTarget::end);
@@ -240,8 +290,7 @@ TEST_F(Tap, NeitherTakesNorGivesBackMemoryOnTheRenderThread)
         instrument.tap.note(kernel, cycle);
     }
     EXPECT_EQ(counter.count(), 0);
-    recorder.collect();
-    EXPECT_TRUE(recorder.isRecording());
+    EXPECT_TRUE(isRecording());
 }
 
 } // namespace

@@ -1,20 +1,27 @@
-#include "takes/TakeRecorder.h"
+#include "takes/TakeAssembler.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace velotrine {
 
-void TakeRecorder::collect()
-{
-    records.takeAll([this](const TakeRecord& record) { receive(record); });
-}
-
-std::vector<Take> TakeRecorder::finishedTakes()
+std::vector<Take> TakeAssembler::finishedTakes()
 {
     return std::exchange(finished, {});
 }
 
-void TakeRecorder::receive(const TakeRecord& record)
+std::optional<Take> TakeAssembler::takeSoFar(std::int64_t frames) const
+{
+    if (!current)
+        return std::nullopt;
+    auto take = *current;
+    const auto last = take.changes.empty() ? 0.0 : take.changes.back().time.amount;
+    take.changes.push_back(
+        {.time = {.amount = std::max(last, static_cast<double>(frames))}, .target = TakeTarget::end});
+    return take;
+}
+
+void TakeAssembler::add(const TakeRecord& record)
 {
     const auto frame = static_cast<double>(record.frame);
     if (record.kind == TakeRecord::Kind::begin) {
@@ -27,7 +34,7 @@ void TakeRecorder::receive(const TakeRecord& record)
     if (record.kind == TakeRecord::Kind::generator)
         current->start.generator = record.bits;
     else if (record.kind == TakeRecord::Kind::start)
-        receiveStart(record);
+        addStart(record);
     else if (record.kind == TakeRecord::Kind::change)
         current->changes.push_back(
             {.time = {.amount = frame}, .value = record.value(), .target = record.target});
@@ -36,7 +43,7 @@ void TakeRecorder::receive(const TakeRecord& record)
         finish(frame);
 }
 
-void TakeRecorder::receiveStart(const TakeRecord& record)
+void TakeAssembler::addStart(const TakeRecord& record)
 {
     auto& start = current->start;
     auto& host = start.host ? *start.host : start.host.emplace();
@@ -75,7 +82,7 @@ void TakeRecorder::receiveStart(const TakeRecord& record)
     }
 }
 
-void TakeRecorder::finish(double frame)
+void TakeAssembler::finish(double frame)
 {
     current->changes.push_back({.time = {.amount = frame}, .target = TakeTarget::end});
     finished.push_back(std::move(*current));
