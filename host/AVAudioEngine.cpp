@@ -97,8 +97,23 @@ void AVAudioEngine::prepare(double sampleRate)
     preparedRate.reset();
     auto& unit = *node->audioUnit();
     allocate(unit, sampleRate);
-    mixer.setSource(unit.renderBlock());
+    mixer.setSource(observedBlock());
     preparedRate = sampleRate;
+}
+
+AURenderBlock AVAudioEngine::observedBlock() const
+{
+    auto block = node->audioUnit()->renderBlock();
+    if (!onCycleRendered)
+        return block;
+    return [block = std::move(block),
+            tell = onCycleRendered](AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time,
+                                    AUAudioFrameCount frames, int bus, AudioBufferList* output,
+                                    const AURenderEvent* events, const AURenderPullInputBlock* pullInput) {
+        const auto status = block(flags, time, frames, bus, output, events, pullInput);
+        tell(static_cast<int>(frames));
+        return status;
+    };
 }
 
 void AVAudioEngine::beginSilentPull()

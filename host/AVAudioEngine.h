@@ -52,6 +52,10 @@ public:
 
     [[nodiscard]] bool hasDevice() const noexcept { return output.isOpen(); }
 
+    /// Called after each render cycle, with its length, on the render thread: it must not wait. Set it before
+    /// start(); what it reaches outlives the engine.
+    std::function<void(int frames)> onCycleRendered;
+
     /// Called on the message thread whenever hasDevice() has changed after start().
     std::function<void()> onDeviceChanged;
 
@@ -62,6 +66,7 @@ private:
     void lookForDevice();
     [[nodiscard]] std::optional<AUError> openDevice();
     void prepare(double sampleRate);
+    [[nodiscard]] AURenderBlock observedBlock() const;
     void beginSilentPull();
     void endSilentPull();
     void tellOfDevice() const;

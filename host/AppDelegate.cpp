@@ -80,6 +80,7 @@ void AppDelegate::buildWindow()
 
     window = std::make_unique<MainWindow>("Velotrine", colours::background, hostVC->view());
     window->onHelpAsked = [this] { showAbout(); };
+    window->onKeepingAsked = [this] { hostVC->keepLastTake(); };
 #if JUCE_MAC
     juce::MenuBarModel::setMacMainMenu(menu.get());
 #else

@@ -64,6 +64,8 @@ void HostViewController::viewDidLoad()
 {
     buildTopBar();
     buildContainer();
+    notice = std::make_unique<NoticeView>();
+    view().addChildComponent(*notice);
     instantiateAudioUnit();
 }
 
@@ -111,10 +113,37 @@ void HostViewController::audioUnitArrived(std::shared_ptr<AVAudioUnit> node)
 {
     avAudioUnit = std::move(node);
     audioUnit = avAudioUnit->audioUnit();
+    rememberTakes();
     startEngine();
     forceSyncOff();
     fillPresetPopup();
     embedEditor();
+    offerTakesLeftBehind();
+}
+
+void HostViewController::rememberTakes()
+{
+    const auto instrument = std::dynamic_pointer_cast<VelotrineAudioUnit>(audioUnit);
+    if (!instrument)
+        return;
+    takeKeeper = std::make_unique<TakeKeeper>(around.takePlaces, around.takeWriter);
+    takeKeeper->onNotice = [this](const juce::String& text, bool goesOn) { notice->show(text, goesOn); };
+    engine.onCycleRendered = [keeper = takeKeeper.get(), kernel = instrument->dspKernel](int frames) {
+        keeper->note(*kernel, frames);
+    };
+}
+
+void HostViewController::offerTakesLeftBehind()
+{
+    if (takeKeeper && takeKeeper->hasTakesLeftBehind())
+        notice->show("There is a take from a time when Velotrine ended without warning. Ctrl+K keeps it.",
+                     true);
+}
+
+void HostViewController::keepLastTake()
+{
+    if (takeKeeper)
+        takeKeeper->keepLastTake(presetPopup->getText());
 }
 
 void HostViewController::startEngine()
@@ -187,6 +216,7 @@ void HostViewController::viewDidLayout()
     auContainerView->setBounds(bounds.withTop(topBarHeight));
     if (auViewController)
         auViewController->view().setBounds(auContainerView->getLocalBounds());
+    notice->placeIn(bounds);
     helpButton->setBounds(width - controlInset - helpButtonWidth, controlInset, helpButtonWidth,
                           controlHeight);
     const auto popupWidth = juce::jmin(width / 2, widestPresetPopup);

@@ -6,8 +6,10 @@
 #include "host/AVAudioEngine.h"
 #include "host/AVAudioUnit.h"
 #include "host/HelpWindowController.h"
+#include "host/NoticeView.h"
 #include "host/PopUpButton.h"
 #include "host/Preferences.h"
+#include "host/TakeKeeper.h"
 #include "host/WrappingLabel.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
@@ -29,6 +31,8 @@ struct HostSurroundings
     DeviceTypeFactory deviceTypes = systemDeviceTypes;
     Instantiate instantiate = AVAudioUnit::instantiate; ///< may complete later, and on any thread
     juce::File preferencesFile = Preferences::defaultFile();
+    TakePlaces takePlaces = TakePlaces::ofUser();
+    TakeKeeper::Writer takeWriter = writeTakeFiles;
 };
 
 /// The content of the main window: the instrument, played through the system's audio output, its editor
@@ -43,9 +47,13 @@ public:
     /// Opens the help window at a page; an index that is no page's leaves the page as it was.
     void showHelp(int page);
 
+    /// Writes everything since the instrument last began to play to files, and says in the window where.
+    void keepLastTake();
+
     /// The help window has just been made. It is made once.
     std::function<void(HelpWindowController&)> onHelpWindowCreated;
 
+    std::unique_ptr<TakeKeeper> takeKeeper; ///< the engine plays to it, and goes away before it
     AVAudioEngine engine;
     std::shared_ptr<AVAudioUnit> avAudioUnit;
     std::shared_ptr<AUAudioUnit> audioUnit;
@@ -59,6 +67,8 @@ public:
     /// Says that there is nothing to hear; hidden while there is.
     std::unique_ptr<WrappingLabel> noDeviceLabel;
 
+    std::unique_ptr<NoticeView> notice;
+
 protected:
     void loadView() override;
     void viewDidLoad() override;
@@ -70,6 +80,8 @@ private:
     void buildContainer();
     void instantiateAudioUnit();
     void audioUnitArrived(std::shared_ptr<AVAudioUnit> node);
+    void rememberTakes();
+    void offerTakesLeftBehind();
     void startEngine();
     void forceSyncOff();
     void fillPresetPopup();

@@ -52,6 +52,11 @@ bool MainWindow::keyPressed(const juce::KeyPress& key)
         toggleMenuBar();
         return true;
     }
+    if (key == juce::KeyPress('k', juce::ModifierKeys::commandModifier, 0)) {
+        if (onKeepingAsked)
+            onKeepingAsked();
+        return true;
+    }
     // The character, since every keyboard has it elsewhere.
     if (key == juce::KeyPress(juce::KeyPress::F1Key) || (isPlain && key.getTextCharacter() == '?')) {
         if (onHelpAsked)

@@ -11,13 +11,15 @@ namespace velotrine {
 /// points, and so do the menus that open from it: half as fast as the window, and in quarters, at which the
 /// controls' edges lie on whole pixels.
 ///
-/// F10, or Alt by itself, opens the menu bar; F1 and "?" ask for help. Main thread.
+/// F10, or Alt by itself, opens the menu bar; F1 and "?" ask for help, Ctrl-K for the last take to be kept.
+/// Main thread.
 class MainWindow final : public HostWindow
 {
 public:
     using HostWindow::HostWindow;
 
     std::function<void()> onHelpAsked;
+    std::function<void()> onKeepingAsked;
 
     float getDesktopScaleFactor() const override;
     void resized() override;
