@@ -36,23 +36,6 @@ void answer(T* question, T value) noexcept
 
 } // namespace
 
-class HostedInstrument::QuietWriting
-{
-public:
-    explicit QuietWriting(HostedInstrument& owner) : instrument(owner)
-    {
-        instrument.quietWriter = std::this_thread::get_id();
-    }
-
-    ~QuietWriting() { instrument.quietWriter = std::thread::id(); }
-
-    QuietWriting(const QuietWriting&) = delete;
-    QuietWriting& operator=(const QuietWriting&) = delete;
-
-private:
-    HostedInstrument& instrument;
-};
-
 HostedInstrument::HostedInstrument(InstrumentHost& host)
     : instrumentHost(host), unit(std::make_shared<VelotrineAudioUnit>(
                                 velotrineComponentDescription(), AudioComponentInstantiationOptions::none))
@@ -238,10 +221,7 @@ void HostedInstrument::followValues()
 void HostedInstrument::observeEdits()
 {
     editsToken = unit->parameterTree()->tokenByAddingParameterAutomationObserver(
-        [this](const AUParameterAutomationEvent& event) {
-            if (quietWriter.load() != std::this_thread::get_id())
-                noteEdit(event);
-        });
+        [this](const AUParameterAutomationEvent& event) { noteEdit(event); });
 }
 
 void HostedInstrument::noteEdit(const AUParameterAutomationEvent& event)
@@ -282,8 +262,7 @@ bool HostedInstrument::choosePreset(std::size_t number)
         before[address] = value(address);
     {
         const std::scoped_lock lock(stateMutex);
-        const QuietWriting quiet(*this);
-        unit->setCurrentPreset(unit->factoryPresets()[number]);
+        unit->setCurrentPreset(unit->factoryPresets()[number], editsToken);
     }
     const auto& values = presetTable()[number].values;
     for (ParameterAddress address = 0; address < parameterCount; ++address)
@@ -324,8 +303,7 @@ std::optional<std::string> HostedInstrument::restoreState(std::string_view text)
     if (!read.state)
         return "The state is refused: " + read.error + ".";
     const std::scoped_lock lock(stateMutex);
-    const QuietWriting quiet(*this);
-    unit->setFullState(*read.state);
+    unit->setFullState(*read.state, editsToken);
     editorSize_ = read.editorSize.value_or(editorSize_);
     restoredAt = hostClockNow();
     return std::nullopt;

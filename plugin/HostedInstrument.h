@@ -9,7 +9,6 @@
 #include "plugin/InstrumentHost.h"
 
 #include <array>
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -17,7 +16,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <thread>
 
 namespace velotrine {
 
@@ -128,9 +126,6 @@ private:
     void noteEdit(const AUParameterAutomationEvent& event);
     void tellHost(ParameterAddress address, float value);
 
-    /// While one lives, writes to the parameters from its thread are not edits.
-    class QuietWriting;
-
     InstrumentHost& instrumentHost;
     std::shared_ptr<VelotrineAudioUnit> unit;
     CycleRenderer cycles;
@@ -149,8 +144,6 @@ private:
     AUParameterObserverToken editsToken = 0;
     std::array<float, parameterCount> shownValues{}; ///< what the editor was told last
     std::optional<ParameterAddress> heldParameter;
-
-    std::atomic<std::thread::id> quietWriter{};
 
     mutable std::mutex stateMutex; ///< presets and states come one at a time
     EditorSize editorSize_;
