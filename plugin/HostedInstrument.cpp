@@ -88,7 +88,7 @@ void HostedInstrument::reset() noexcept
 {
     if (!unit->renderResourcesAllocated())
         return;
-    render(nullptr, nullptr, cycles.framesLeftOver());
+    cycles.render({}, cycles.framesLeftOver());
     isAtRest = false;
     auto& kernel = *unit->dspKernel;
     kernel.reset();
@@ -140,37 +140,22 @@ bool HostedInstrument::answerMusicalContext(double* tempo, double* numerator,
     return transportIsKnown;
 }
 
-void HostedInstrument::render(float* left, float* right, int frames) noexcept
+void HostedInstrument::render(StereoOutput output, int frames) noexcept
 {
     if (frames < 1)
         return;
     const auto leftOver = std::min(frames, cycles.framesLeftOver());
-    renderCycles(left, right, leftOver);
+    cycles.render(output, leftOver);
     const auto newFrames = frames - leftOver;
     if (newFrames == 0)
         return;
-    auto* const newLeft = left != nullptr ? left + leftOver : nullptr;
-    auto* const newRight = right != nullptr ? right + leftOver : nullptr;
-    if (!goesOnResting()) {
-        renderCycles(newLeft, newRight, newFrames);
+    const auto newOutput = output.from(leftOver);
+    if (goesOnResting()) {
+        newOutput.clear(newFrames);
+        cycles.skip(newFrames);
+    } else {
+        cycles.render(newOutput, newFrames);
         noteWhetherItRests();
-        return;
-    }
-    for (auto* const channel : {newLeft, newRight})
-        if (channel != nullptr)
-            std::fill_n(channel, newFrames, 0.0f);
-    cycles.skip(newFrames);
-}
-
-void HostedInstrument::renderCycles(float* left, float* right, int frames) noexcept
-{
-    std::array<float, CycleRenderer::defaultCycleFrames> unheard{};
-    const auto longest = left != nullptr && right != nullptr ? frames : static_cast<int>(unheard.size());
-    for (int done = 0; done < frames;) {
-        const auto count = std::min(frames - done, longest);
-        cycles.render(left != nullptr ? left + done : unheard.data(),
-                      right != nullptr ? right + done : unheard.data(), count);
-        done += count;
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "audiounit/CycleRenderer.h"
 #include "audiounit/SampleRateRange.h"
+#include "audiounit/StereoOutput.h"
 #include "audiounit/VelotrineAudioUnit.h"
 #include "engine/Shared.h"
 #include "plugin/HostTransport.h"
@@ -63,11 +64,10 @@ public:
     /// for a host without one, which leaves what was said before in force. Render thread.
     void setTransport(const std::optional<HostTransport>& transport) noexcept;
 
-    /// Fills both channels; either may be null, and is then not written. Silence while not ready. Values set
-    /// between two calls hold from the next render cycle, so that a host that wants a value at a certain
-    /// frame renders up to it first. Render thread.
+    /// Fills the output. Silence while not ready. Values set between two calls hold from the next render
+    /// cycle, so that a host that wants a value at a certain frame renders up to it first. Render thread.
     /// @param frames  any number; none for fewer than 1
-    void render(float* left, float* right, int frames) noexcept;
+    void render(StereoOutput output, int frames) noexcept;
 
     // Values
 
@@ -117,7 +117,6 @@ public:
     [[nodiscard]] std::string_view transportNotice() const noexcept;
 
 private:
-    void renderCycles(float* left, float* right, int frames) noexcept;
     [[nodiscard]] bool goesOnResting() const noexcept;
     void noteWhetherItRests() noexcept;
     void connectTransport();

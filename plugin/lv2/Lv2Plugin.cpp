@@ -36,9 +36,9 @@ void Lv2Plugin::connectPort(std::uint32_t port, void* data) noexcept
     if (port < parameterCount)
         controls[port] = static_cast<const float*>(data);
     else if (port == lv2Port::left)
-        left = static_cast<float*>(data);
+        output.left = static_cast<float*>(data);
     else if (port == lv2Port::right)
-        right = static_cast<float*>(data);
+        output.right = static_cast<float*>(data);
     else if (port == lv2Port::time)
         time = static_cast<const LV2_Atom_Sequence*>(data);
 }
@@ -66,8 +66,7 @@ void Lv2Plugin::run(std::uint32_t frames) noexcept
     frames = std::min(frames, longest);
     std::uint32_t rendered = 0;
     const auto renderUpTo = [&](std::uint32_t frame) {
-        instrument.render(left != nullptr ? left + rendered : nullptr,
-                          right != nullptr ? right + rendered : nullptr, static_cast<int>(frame - rendered));
+        instrument.render(output.from(static_cast<int>(rendered)), static_cast<int>(frame - rendered));
         rendered = frame;
     };
     const auto states = restored.load();

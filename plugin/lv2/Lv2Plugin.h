@@ -81,8 +81,7 @@ private:
     const LV2_URID stringType;
 
     std::array<const float*, parameterCount> controls{};
-    float* left = nullptr;
-    float* right = nullptr;
+    StereoOutput output;
     const LV2_Atom_Sequence* time = nullptr;
 
     HostTransport transport; ///< as far as the host has spoken of it

@@ -75,7 +75,7 @@ void VelotrineProcessor::processBlock(juce::AudioBuffer<float>& buffer, juce::Mi
     const auto channel = [&buffer](int index) {
         return index < buffer.getNumChannels() ? buffer.getWritePointer(index) : nullptr;
     };
-    instrument.render(channel(0), channel(1), buffer.getNumSamples());
+    instrument.render({channel(0), channel(1)}, buffer.getNumSamples());
 }
 
 int VelotrineProcessor::getNumPrograms()
