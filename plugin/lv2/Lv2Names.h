@@ -1,5 +1,6 @@
 #pragma once
 
+#include "audiounit/Identity.h"
 #include "engine/ParameterAddress.h"
 
 #include <cstdint>
@@ -8,11 +9,9 @@
 
 namespace velotrine {
 
-inline constexpr auto lv2PluginUri = "https://marrowbeck.example/plugins/velotrine";
-inline constexpr auto lv2UiUri = "https://marrowbeck.example/plugins/velotrine#ui";
-
-/// The property under which a session keeps the state's text.
-inline constexpr auto lv2StateUri = "https://marrowbeck.example/plugins/velotrine#state";
+using identity::lv2PluginUri;
+using identity::lv2StateUri;
+using identity::lv2UiUri;
 
 /// Port indices. Before these, the parameters, each at its address.
 namespace lv2Port {
