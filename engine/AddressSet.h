@@ -42,6 +42,12 @@ public:
     /// The set of this one address. An address that no parameter has stops the program.
     constexpr explicit AddressSet(ParameterAddress address) noexcept : bits(bitOf(address)) {}
 
+    /// Every parameter there is.
+    [[nodiscard]] static constexpr AddressSet all() noexcept
+    {
+        return fromBits(~std::uint64_t{0} >> (64 - parameterCount));
+    }
+
     [[nodiscard]] constexpr bool isEmpty() const noexcept { return bits == 0; }
 
     /// False for an address that no parameter has.

@@ -4,12 +4,12 @@
 #include "audiounit/SampleRateRange.h"
 #include "audiounit/StereoOutput.h"
 #include "audiounit/VelotrineAudioUnit.h"
+#include "engine/AddressSet.h"
 #include "engine/Shared.h"
 #include "plugin/HostTransport.h"
 #include "plugin/HostedState.h"
 #include "plugin/InstrumentHost.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -79,7 +79,7 @@ public:
     /// The value in force; 0 for an address that no parameter has. Any thread.
     [[nodiscard]] float value(ParameterAddress address) const noexcept;
 
-    /// Shows the editor which values have changed since the last call, other than through the editor itself.
+    /// Tells the tree's observers, an editor among them, which values the host has set since the last call.
     /// Call it about 60 times a second while an editor is open. Main thread.
     void followValues();
 
@@ -139,9 +139,10 @@ private:
     Shared<bool> hostPlays{false};
     Shared<bool> tempoIsKnown{false}; ///< from now, or from before
 
+    SharedAddressSet setByHost; ///< and not yet followed
+
     // Main thread.
     AUParameterObserverToken editsToken = 0;
-    std::array<float, parameterCount> shownValues{}; ///< what the editor was told last
     std::optional<ParameterAddress> heldParameter;
 
     mutable std::mutex stateMutex; ///< presets and states come one at a time

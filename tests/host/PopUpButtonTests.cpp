@@ -19,7 +19,7 @@ protected:
     int choices = 0;
 };
 
-TEST_F(PopUpButtonTest, TellsOfEveryChoiceAlsoOfTheSameAgain)
+TEST_F(PopUpButtonTest, ReportsEveryChoiceEvenTheSameAgain)
 {
     button.choose(2);
     button.choose(2);

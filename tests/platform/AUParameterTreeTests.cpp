@@ -239,7 +239,7 @@ TEST_F(AUParameterTreeOfThree, ARemovedAutomationObserverIsNotTold)
     EXPECT_EQ(calls, 0);
 }
 
-TEST_F(AUParameterTreeOfThree, TellsOfAValueThatChangedElsewhereWithoutWritingIt)
+TEST_F(AUParameterTreeOfThree, ReportsAValueThatChangedElsewhereWithoutWritingIt)
 {
     std::vector<Write> originatorsWrites;
     std::vector<Write> othersWrites;

@@ -72,7 +72,7 @@ TEST(HostedState, BoundsTheEditorToSizesThatItCanHave)
         (EditorSize{EditorSize::maxSide, EditorSize::maxSide}));
 }
 
-TEST(HostedState, RefusesAnEditorSizeThatIsNone)
+TEST(HostedState, RefusesAnEditorSizeThatIsNotOne)
 {
     for (const auto* const editor :
          {"7", "null", "[]", R"({"width": 400})", R"({"width": 400.5, "height": 400})",
