@@ -1,7 +1,6 @@
 #include "plugin/lv2/Lv2Ui.h"
 
 #include "plugin/HostCall.h"
-#include "plugin/HostValue.h"
 #include "plugin/lv2/Lv2Features.h"
 
 #include <lv2/atom/atom.h>
@@ -58,13 +57,14 @@ void Lv2Ui::showPort(std::uint32_t port, float value) noexcept
 
 void Lv2Ui::writeStalePorts()
 {
-    const auto states = lv2Plugin.settledStates();
+    const auto& ports = lv2Plugin.controlPorts();
+    const auto states = ports.settledStates();
     if (states == knownStates)
         return;
     knownStates = states;
     for (ParameterAddress address = 0; address < parameterCount; ++address) {
         const auto value = lv2Plugin.hostedInstrument().value(address);
-        if (value != valueFromHost(address, static_cast<double>(lv2Plugin.portValue(address))))
+        if (ports.isStale(address, value))
             valueChanged(address, value);
     }
 }
