@@ -142,8 +142,6 @@ void VelotrineProcessor::endGesture(ParameterAddress address)
 } // namespace velotrine
 
 /// What JUCE's wrappers ask for a plug-in.
-juce::AudioProcessor* JUCE_CALLTYPE createPluginFilter();
-
 juce::AudioProcessor* JUCE_CALLTYPE createPluginFilter()
 {
     return new velotrine::VelotrineProcessor();
