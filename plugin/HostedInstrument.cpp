@@ -22,6 +22,8 @@ constexpr double maxBeatsPerBar = 256.0;
 constexpr double minBeatUnit = 1.0;
 constexpr double maxBeatUnit = 128.0;
 
+using RenderCall = ExclusiveCalls<>::Call;
+
 /// 0 for a value outside, and for one that is no number.
 double orUnknown(double value, double min, double max) noexcept
 {
@@ -60,7 +62,8 @@ HostedInstrument::~HostedInstrument()
 
 bool HostedInstrument::prepare(double sampleRate)
 {
-    release();
+    const RenderCall call(renderCalls, "prepare: another call renders or prepares meanwhile");
+    dropRenderResources();
     if (!takesSampleRate(sampleRate))
         return false;
     auto& bus = (*unit->outputBusses())[0];
@@ -70,13 +73,19 @@ bool HostedInstrument::prepare(double sampleRate)
         unit->allocateRenderResources();
         cycles.setup(unit->renderBlock());
     } catch (const std::exception&) {
-        release();
+        dropRenderResources();
         throw;
     }
     return true;
 }
 
 void HostedInstrument::release()
+{
+    const RenderCall call(renderCalls, "release: another call renders or prepares meanwhile");
+    dropRenderResources();
+}
+
+void HostedInstrument::dropRenderResources()
 {
     if (unit->renderResourcesAllocated())
         unit->deallocateRenderResources();
@@ -85,6 +94,7 @@ void HostedInstrument::release()
 
 void HostedInstrument::reset() noexcept
 {
+    const RenderCall call(renderCalls, "reset: another call renders or prepares meanwhile");
     if (!unit->renderResourcesAllocated())
         return;
     cycles.render({}, cycles.framesLeftOver());
@@ -96,6 +106,7 @@ void HostedInstrument::reset() noexcept
 
 void HostedInstrument::setTransport(const std::optional<HostTransport>& newTransport) noexcept
 {
+    const RenderCall call(renderCalls, "setTransport: another call renders or prepares meanwhile");
     if (newTransport.has_value() != transportIsKnown || (newTransport && *newTransport != transport))
         isAtRest = false;
     transportIsKnown = newTransport.has_value();
@@ -141,6 +152,7 @@ bool HostedInstrument::answerMusicalContext(double* tempo, double* numerator,
 
 void HostedInstrument::render(StereoOutput output, int frames) noexcept
 {
+    const RenderCall call(renderCalls, "render: another call renders or prepares meanwhile");
     if (frames < 1)
         return;
     const auto leftOver = std::min(frames, cycles.framesLeftOver());

@@ -9,6 +9,7 @@
 #include "plugin/HostTransport.h"
 #include "plugin/HostedState.h"
 #include "plugin/InstrumentHost.h"
+#include "plugin/ThreadChecks.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -117,6 +118,7 @@ public:
     [[nodiscard]] std::string_view transportNotice() const noexcept;
 
 private:
+    void dropRenderResources();
     [[nodiscard]] bool goesOnResting() const noexcept;
     void noteWhetherItRests() noexcept;
     void connectTransport();
@@ -124,6 +126,9 @@ private:
     void observeEdits();
     void noteEdit(const AUParameterAutomationEvent& event);
     void tellHost(ParameterAddress address, float value);
+
+    /// prepare(), release(), reset(), setTransport() and render().
+    ExclusiveCalls<> renderCalls;
 
     InstrumentHost& instrumentHost;
     std::shared_ptr<VelotrineAudioUnit> unit;

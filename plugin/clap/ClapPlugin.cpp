@@ -60,8 +60,13 @@ bool readAll(const clap_istream_t& stream, std::string& text)
 } // namespace
 
 ClapPlugin::ClapPlugin(const clap_plugin_descriptor_t& descriptor, const clap_host_t& host)
-    : clapHost(host), structure(clapStructureOf(*this, descriptor))
+    : clapHost(host), structure(clapStructureOf(*this, descriptor)), threads(host)
 {}
+
+bool ClapPlugin::isOn(ClapThread thread) const noexcept
+{
+    return threads.isOn(thread, instrument.audioUnit()->renderResourcesAllocated());
+}
 
 bool ClapPlugin::init()
 {
@@ -69,6 +74,7 @@ bool ClapPlugin::init()
     hostParams = static_cast<const clap_host_params_t*>(ask(CLAP_EXT_PARAMS));
     hostState = static_cast<const clap_host_state_t*>(ask(CLAP_EXT_STATE));
     hostLog = static_cast<const ClapHostLog*>(ask(clapLogId));
+    threads.findHostsWord();
     return true;
 }
 

@@ -89,9 +89,12 @@ void Lv2Ui::endGesture(ParameterAddress address)
 
 namespace {
 
+/// For each of the format's functions.
 Lv2Ui& ui(LV2UI_Handle handle)
 {
-    return *static_cast<Lv2Ui*>(handle);
+    auto& called = *static_cast<Lv2Ui*>(handle);
+    called.home.check("an LV2 host calls its editor on another thread than the one that made it");
+    return called;
 }
 
 /// Pixels for each point, as far as the host knows; else 0.
@@ -194,12 +197,11 @@ const void* extensionData(const char* uri)
 
 const LV2UI_Descriptor& lv2UiDescriptor() noexcept
 {
-    static constexpr LV2UI_Descriptor descriptor{
-        .URI = lv2UiUri,
-        .instantiate = instantiate,
-        .cleanup = [](LV2UI_Handle handle) { delete static_cast<Lv2Ui*>(handle); },
-        .port_event = showPort,
-        .extension_data = extensionData};
+    static constexpr LV2UI_Descriptor descriptor{.URI = lv2UiUri,
+                                                 .instantiate = instantiate,
+                                                 .cleanup = [](LV2UI_Handle handle) { delete &ui(handle); },
+                                                 .port_event = showPort,
+                                                 .extension_data = extensionData};
     return descriptor;
 }
 

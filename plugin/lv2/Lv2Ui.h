@@ -2,6 +2,7 @@
 
 #include "plugin/EmbeddedEditor.h"
 #include "plugin/InstrumentHost.h"
+#include "plugin/ThreadChecks.h"
 #include "plugin/lv2/Lv2Plugin.h"
 
 #include <lv2/core/lv2.h>
@@ -33,6 +34,9 @@ public:
     bool open(unsigned long parentWindow, double scale);
 
     [[nodiscard]] EmbeddedEditor& editor() noexcept { return embedded; }
+
+    /// Where the host made it, and where it must do everything else with it.
+    const HomeThread home;
 
     /// To be called often.
     void idle();
