@@ -24,7 +24,7 @@ constexpr double maxBeatUnit = 128.0;
 
 using RenderCall = ExclusiveCalls<>::Call;
 
-/// 0 for a value outside, and for one that is no number.
+/// 0 for a value that is out of range or not a number.
 double orUnknown(double value, double min, double max) noexcept
 {
     return value >= min && value <= max ? value : 0.0;
@@ -53,7 +53,7 @@ HostedInstrument::~HostedInstrument()
     try {
         unit->parameterTree()->removeParameterObserver(editsToken);
     } catch (const std::exception&) {
-        // It takes memory. The unit ends with this, and nobody sets its values any more.
+        // Removing takes memory. The unit ends here, and nobody sets its values any more.
     }
     release();
     unit->setMusicalContextBlock({});
@@ -170,8 +170,8 @@ void HostedInstrument::render(StereoOutput output, int frames) noexcept
     }
 }
 
-// A session has dozens of instruments that wait. Sixteen cycles that find out once more that nothing is to be
-// done cost thirty times what clearing a block of 512 frames does.
+// A session has dozens of instruments that wait. Sixteen cycles that find again that there is nothing to do
+// cost thirty times as much as clearing a block of 512 frames.
 bool HostedInstrument::goesOnResting() const noexcept
 {
     const auto& kernel = *unit->dspKernel;
@@ -189,8 +189,8 @@ void HostedInstrument::noteWhetherItRests() noexcept
     isAtRest = kernel.isAtRest() && transport.tempoPerFrame == 0.0;
 }
 
-// A store between two cycles is what a parameter event at the start of the next one would be, needs no queue
-// that could overflow, and can be read back at once.
+// A store between two cycles does what a parameter event at the start of the next one would, but needs no
+// queue that could overflow, and can be read back at once.
 bool HostedInstrument::setValue(ParameterAddress address, double value) noexcept
 {
     const auto bounded = valueFromHost(address, value);
@@ -238,7 +238,7 @@ void HostedInstrument::noteEdit(const AUParameterAutomationEvent& event)
     }
 }
 
-/// A change of one moment.
+/// A gesture that begins and ends at once.
 void HostedInstrument::tellHost(ParameterAddress address, float value)
 {
     instrumentHost.beginGesture(address);

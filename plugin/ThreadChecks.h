@@ -5,8 +5,8 @@
 #include <atomic>
 #include <thread>
 
-// Do hosts call on the threads that their formats name? For who develops the instrument: a debug build stops
-// at the first call that is not, where a debugger shows who made it. A release build believes its host.
+// Whether hosts call on the threads that their formats name. A debug build stops at the first call that
+// breaks the rule, where a debugger shows who made it. A release build believes its host.
 
 namespace velotrine {
 

@@ -53,7 +53,7 @@ bool readAll(const clap_istream_t& stream, std::string& text)
             return false;
         text.append(piece.data(), static_cast<std::size_t>(count));
         if (text.size() > maxStateBytes)
-            return true; // too long for a state whatever follows, which its reader will say
+            return true; // too long for a state whatever follows, as its reader will say
     }
 }
 
@@ -347,7 +347,7 @@ bool ClapPlugin::createGui(const char* api, bool isFloating)
     try {
         return gui->create();
     } catch (const std::exception&) {
-        gui->destroy(); // what is there of it
+        gui->destroy(); // whatever there is of it by now
         throw;
     }
 }

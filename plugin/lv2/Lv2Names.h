@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-// What the Turtle files, the plug-in and its editor must call alike. Stable for ever: sessions refer to them.
+// What the Turtle files, the plug-in and its editor share. It never changes: sessions refer to it.
 
 namespace velotrine {
 
@@ -13,7 +13,7 @@ using identity::lv2PluginUri;
 using identity::lv2StateUri;
 using identity::lv2UiUri;
 
-/// Port indices. Before these, the parameters, each at its address.
+/// Port indices. The parameters come first, each at its address.
 namespace lv2Port {
 inline constexpr std::uint32_t left = parameterCount;
 inline constexpr std::uint32_t right = left + 1;

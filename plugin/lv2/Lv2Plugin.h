@@ -18,7 +18,8 @@
 
 namespace velotrine {
 
-/// The instrument as an LV2 plug-in. Functions without a word on threads run where the format says.
+/// The instrument as an LV2 plug-in. Functions run on the threads that the format names, unless they say
+/// more.
 class Lv2Plugin final : private InstrumentHost
 {
 public:
@@ -36,20 +37,20 @@ public:
 
     [[nodiscard]] HostedInstrument& hostedInstrument() noexcept { return instrument; }
 
-    /// Made with the first use and kept to the end: to start JUCE takes ten times as long as to open the
-    /// editor again.
+    /// Made at first use and kept to the end: starting JUCE takes ten times as long as opening the editor
+    /// again.
     [[nodiscard]] EmbeddedEditor& embeddedEditor();
 
     [[nodiscard]] bool hasEditor() const noexcept { return editorHost != nullptr; }
 
-    /// Tells one editor's way to the host of edits from now on; none with null. What the one before still
-    /// held is let go.
+    /// From now on edits go to the host through this editor, or nowhere with null. Gestures that are still
+    /// open end in the editor before it.
     void setEditorHost(InstrumentHost* host) noexcept;
 
     [[nodiscard]] const ControlPorts& controlPorts() const noexcept { return ports; }
 
-    /// Takes what the host shows the editor of a port. A port reaches the instrument when it runs, and the
-    /// editor follows the instrument; only while nothing runs, this is the way.
+    /// Takes a port's value as the host shows it to the editor. Counts only while nothing runs: a run reads
+    /// the ports itself, and the editor follows the instrument.
     void showPort(ParameterAddress address, float value) noexcept;
 
 private:
@@ -70,7 +71,7 @@ private:
     StereoOutput output;
     const LV2_Atom_Sequence* time = nullptr;
 
-    HostTransport transport; ///< as far as the host has spoken of it
+    HostTransport transport; ///< as far as the host has reported it
     std::atomic<bool> isActive{false};
 
     InstrumentHost* editorHost = nullptr;

@@ -17,7 +17,7 @@ namespace velotrine {
 
 namespace {
 
-constexpr std::uint32_t plainFloat = 0; ///< the format in which values of control ports come and go
+constexpr std::uint32_t plainFloat = 0; ///< the format of a control port's value
 
 } // namespace
 
@@ -172,7 +172,7 @@ void showPort(LV2UI_Handle handle, std::uint32_t port, std::uint32_t size, std::
 
 constexpr LV2UI_Idle_Interface idleInterface{.idle = [](LV2UI_Handle handle) {
     answerOrNothing([handle] { ui(handle).idle(); });
-    return 0; // whatever it was, the window stays
+    return 0; // whatever went wrong, the window stays
 }};
 
 constexpr LV2UI_Resize resizeInterface{.handle = nullptr,

@@ -12,8 +12,8 @@
 
 namespace velotrine {
 
-/// The editor in an LV2 host's window. It works on the plug-in's own instance, for it shows the rings as they
-/// turn; edits go to the host's ports. Main thread.
+/// The editor in an LV2 host's window. It works on the plug-in's own instance, because it shows the rings as
+/// they turn; edits go to the host's ports. Main thread.
 class Lv2Ui final : private InstrumentHost
 {
 public:
@@ -30,7 +30,7 @@ public:
     ~Lv2Ui() override;
 
     /// Shows the editor in the host's window. False if it cannot be done.
-    /// @param scale  pixels for each point; what the screen's settings say for what no screen has
+    /// @param scale  pixels for each point; for a scale that no screen has, the screen's settings count
     bool open(unsigned long parentWindow, double scale);
 
     [[nodiscard]] EmbeddedEditor& editor() noexcept { return embedded; }

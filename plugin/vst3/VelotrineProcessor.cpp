@@ -19,7 +19,7 @@ namespace {
 [[maybe_unused]] const bool x11ServerIsReady = prepareX11Server();
 #endif
 
-/// None where the host's head says nothing: JUCE then answers with zeros.
+/// None where the host reports nothing: JUCE then answers with zeros.
 std::optional<HostTransport> transportOf(const juce::AudioPlayHead* head)
 {
     const auto position = head != nullptr ? head->getPosition() : juce::nullopt;

@@ -46,7 +46,7 @@ public:
     void setCurrentProgram(int index) override;
     const juce::String getProgramName(int index) override;
 
-    /// The presets' names are the maker's.
+    /// The presets' names are fixed.
     void changeProgramName(int, const juce::String&) override {}
 
     void getStateInformation(juce::MemoryBlock& state) override;
