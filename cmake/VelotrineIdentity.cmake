@@ -23,6 +23,7 @@ set(VELOTRINE_LV2_URI https://marrowbeck.example/plugins/velotrine)
 set(VELOTRINE_LV2_CLASS lv2:InstrumentPlugin)
 
 # For C++: audiounit/Identity.h in the build folder.
+string(REGEX REPLACE "^A " "a " VELOTRINE_DESCRIPTION_AFTER_A_COLON "${PROJECT_DESCRIPTION}")
 list(JOIN VELOTRINE_CLAP_FEATURES "\", \"" VELOTRINE_CLAP_FEATURES_IN_CPP)
 set(VELOTRINE_GENERATED "${PROJECT_BINARY_DIR}/generated")
 configure_file("${PROJECT_SOURCE_DIR}/audiounit/Identity.h.in" "${VELOTRINE_GENERATED}/audiounit/Identity.h" @ONLY)
