@@ -2,7 +2,7 @@
 
 #include "engine/HostClock.h"
 #include "engine/RandomGenerator.h"
-#include "tests/engine/EachSimdTarget.h"
+#include "tests/support/EachSimdTarget.h"
 #include "tests/engine/PlayingKernel.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
-#include "tests/audiounit/AllocationCounter.h"
+#include "tests/support/AllocationCounter.h"
 #include "tests/host/FakeDevices.h"
-#include "tests/host/MessageLoop.h"
+#include "tests/support/MessageLoop.h"
 #include "tests/host/PlayingEngine.h"
-#include "tests/platform/FakeAudioUnit.h"
+#include "tests/support/FakeAudioUnit.h"
 
 #include <algorithm>
 #include <chrono>

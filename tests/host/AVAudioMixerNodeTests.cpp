@@ -1,6 +1,6 @@
 #include "host/AVAudioMixerNode.h"
-#include "tests/audiounit/AllocationCounter.h"
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/AllocationCounter.h"
+#include "tests/support/TestInstrument.h"
 
 #include <algorithm>
 #include <random>

@@ -4,9 +4,9 @@
 #include "audiounit/VelotrineComponent.h"
 #include "editor/Colours.h"
 #include "tests/host/FakeDevices.h"
-#include "tests/host/MessageLoop.h"
-#include "tests/platform/FakeAudioUnit.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/MessageLoop.h"
+#include "tests/support/FakeAudioUnit.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

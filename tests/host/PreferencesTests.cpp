@@ -1,5 +1,5 @@
 #include "host/Preferences.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cstdlib>
 #include <filesystem>

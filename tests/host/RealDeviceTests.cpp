@@ -1,8 +1,8 @@
-#include "tests/host/JackListener.h"
-#include "tests/host/JackServer.h"
-#include "tests/host/MessageLoop.h"
+#include "tests/support/JackListener.h"
+#include "tests/support/JackServer.h"
+#include "tests/support/MessageLoop.h"
 #include "tests/host/PlayingEngine.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #include "platform/AUAudioUnit.h"
 
 #include "platform/AUError.h"
-#include "tests/platform/FakeAudioUnit.h"
-#include "tests/platform/OutputBuffers.h"
+#include "tests/support/FakeAudioUnit.h"
+#include "tests/support/OutputBuffers.h"
 #include "tests/platform/TestParameter.h"
 
 #include <limits>

@@ -1,7 +1,8 @@
-#include "tests/plugin/CommaLocale.h"
+#include "tests/support/CommaLocale.h"
 
 #include "audiounit/Parameters.h"
-#include "tests/plugin/EditorInAHost.h"
+#include "tests/plugin/EditorInUse.h"
+#include "tests/plugin/PluginContract.h"
 
 #include <algorithm>
 #include <array>
@@ -94,7 +95,7 @@ int furthestApart(const std::vector<unsigned long>& one, const std::vector<unsig
 }
 
 /// The plug-in in a host that loads a state with fractions in it.
-template <typename Editor>
+template <typename Plugin>
 class EditorInACommaLocale : public testing::Test
 {
 protected:
@@ -109,12 +110,11 @@ protected:
     {
         const auto parent = display.makeWindow(editorWidth, editorHeight);
         display.giveKeyboardTo(parent);
-        EditorInUse<Editor> editor(parent);
+        Plugin plugin;
+        EditorInUse editor(plugin, parent);
         EXPECT_TRUE(editor.shows());
         const auto type = [&](const char* field, const char* text) {
-            editor.click(field);
-            EXPECT_TRUE(editor.comesToHaveKeyboard());
-            editor.act(std::string("type ") + text);
+            EXPECT_TRUE(editor.type(field, text));
             editor.act("key Return");
         };
         type(tempoField, "97.5");
@@ -132,17 +132,16 @@ protected:
             unchanged = std::exchange(pixels, display.pixelsOf(parent)) == pixels ? unchanged + 1 : 0;
             return unchanged == 10;
         }));
-        const auto saved = editor.save();
-        EXPECT_TRUE(editor.load(saved));
-        EXPECT_EQ(editor.save(), saved);
+        const auto saved = plugin.save();
+        EXPECT_TRUE(plugin.load(saved));
+        EXPECT_EQ(plugin.save(), saved);
         return {pixels, saved};
     }
 
     const VirtualDisplay& display = VirtualDisplay::shared();
 };
 
-using Formats = testing::Types<ClapEditorInAHost, Lv2EditorInAHost, Vst3EditorInAHost>;
-TYPED_TEST_SUITE(EditorInACommaLocale, Formats);
+TYPED_TEST_SUITE(EditorInACommaLocale, EveryFormat, FormatNames);
 
 TYPED_TEST(EditorInACommaLocale, ShowsReadsAndSavesNumbersWithAPoint)
 {

@@ -1,10 +1,10 @@
 #include "plugin/HostedInstrument.h"
 
 #include "audiounit/Presets.h"
-#include "tests/audiounit/AllocationCounter.h"
-#include "tests/plugin/RecordingHost.h"
 #include "tests/plugin/Repeatedly.h"
-#include "tests/plugin/Sound.h"
+#include "tests/support/AllocationCounter.h"
+#include "tests/support/RecordingHost.h"
+#include "tests/support/Sound.h"
 
 #include <array>
 #include <atomic>

@@ -2,8 +2,8 @@
 
 #include "audiounit/Parameters.h"
 #include "audiounit/Presets.h"
-#include "tests/audiounit/TestInstrument.h"
-#include "tests/plugin/RecordingHost.h"
+#include "tests/support/RecordingHost.h"
+#include "tests/support/TestInstrument.h"
 
 #include <algorithm>
 #include <chrono>

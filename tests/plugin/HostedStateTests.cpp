@@ -1,7 +1,7 @@
 #include "plugin/HostedState.h"
 
 #include "audiounit/StateText.h"
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/TestInstrument.h"
 
 #include <string>
 

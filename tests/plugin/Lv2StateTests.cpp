@@ -38,14 +38,13 @@ std::string someState(const Lv2Library& library)
     return host.save();
 }
 
-TEST_F(Lv2State, SavesTheSameBytesAfterRestoringThem)
+TEST_F(Lv2State, RestoresAStringWithOrWithoutItsEnd)
 {
     const auto saved = someState(library);
     Lv2Host host(library);
     EXPECT_NE(host.save(), saved);
     EXPECT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
     EXPECT_EQ(host.save(), saved);
-    // Whether or not the host's string brings its end along.
     Lv2Host another(library);
     EXPECT_EQ(another.restore(saved, LV2_ATOM__String), LV2_STATE_SUCCESS);
     EXPECT_EQ(another.save(), saved);
@@ -94,7 +93,7 @@ TEST_F(Lv2State, AHostThatRestoresPortsAndStateGetsTheStateToTheLastDigitInEithe
     }
 }
 
-TEST_F(Lv2State, RefusesWhatIsNoStateAndSaysSoInTheHostsLog)
+TEST_F(Lv2State, SaysInTheHostsLogWhyAStateIsRefused)
 {
     Lv2Host host(library);
     host.start();

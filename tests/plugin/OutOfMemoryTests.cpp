@@ -1,9 +1,9 @@
 #include "plugin/lv2/Lv2Names.h"
-#include "tests/audiounit/AllocationFailure.h"
 #include "tests/plugin/ClapHost.h"
 #include "tests/plugin/Lv2Host.h"
-#include "tests/plugin/VirtualDisplay.h"
 #include "tests/plugin/Vst3Host.h"
+#include "tests/support/AllocationFailure.h"
+#include "tests/support/VirtualDisplay.h"
 
 #include <array>
 #include <cstdarg>

@@ -1,8 +1,8 @@
 #include "tests/plugin/Vst3Host.h"
 
 #include "audiounit/Parameters.h"
-#include "tests/plugin/Sound.h"
-#include "tests/plugin/VirtualDisplay.h"
+#include "tests/support/Sound.h"
+#include "tests/support/VirtualDisplay.h"
 
 #include <algorithm>
 #include <cmath>

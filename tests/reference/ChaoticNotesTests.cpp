@@ -3,7 +3,7 @@
 
 #include "engine/FMVoice.h"
 #include "engine/Timbre.h"
-#include "tests/engine/EachSimdTarget.h"
+#include "tests/support/EachSimdTarget.h"
 #include "tests/reference/ScalarTranscription.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "engine/ParameterAddress.h"
 #include "engine/SimdTarget.h"
 #include "engine/VelotrineDSPKernel.h"
-#include "tests/engine/SimdTargetGuard.h"
+#include "tests/support/SimdTargetGuard.h"
 #include "tests/reference/ScalarTranscription.h"
 
 #include <cstddef>

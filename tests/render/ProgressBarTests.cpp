@@ -1,6 +1,6 @@
 #include "render/ProgressBar.h"
 
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/render/Terminal.h"
 
 #include <cstdio>

@@ -2,10 +2,10 @@
 
 #include "editor/EditorLayout.h"
 #include "editor/FontLoader.h"
-#include "tests/host/MessageLoop.h"
+#include "tests/support/MessageLoop.h"
 #include "tests/host/windows/Desktop.h"
-#include "tests/render/ChildProcess.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -3,9 +3,9 @@
 #include "host/HostViewController.h"
 #include "host/HostWindow.h"
 #include "tests/host/FakeDevices.h"
-#include "tests/host/MessageLoop.h"
+#include "tests/support/MessageLoop.h"
 #include "tests/host/windows/Desktop.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,8 @@
 
 #include "editor/Colours.h"
 #include "editor/RingEditorViewMac.h"
-#include "tests/host/JackListener.h"
-#include "tests/host/JackServer.h"
+#include "tests/support/JackListener.h"
+#include "tests/support/JackServer.h"
 #include "tests/host/windows/ApplicationTest.h"
 
 namespace velotrine {

@@ -3,10 +3,10 @@
 #include "host/HostWindow.h"
 #include "host/MainMenu.h"
 #include "tests/host/FakeDevices.h"
-#include "tests/host/MessageLoop.h"
+#include "tests/support/MessageLoop.h"
 #include "tests/host/windows/Desktop.h"
-#include "tests/render/ChildProcess.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
