@@ -27,7 +27,7 @@ double secondsSince(Clock::time_point start)
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-void start(PluginUnderTest& plugin)
+void startStopped(PluginUnderTest& plugin)
 {
     if (!plugin.start(sampleRate, blockFrames))
         throw std::runtime_error("the plug-in cannot be started");
@@ -54,7 +54,7 @@ template <typename Plugin>
 void idling(benchmark::State& state)
 {
     Plugin plugin;
-    start(plugin);
+    startStopped(plugin);
     Sound sound(blockFrames);
     for (int block = 0; block < 100; ++block)
         process(plugin, sound);

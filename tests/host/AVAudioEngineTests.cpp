@@ -1,8 +1,8 @@
-#include "tests/support/AllocationCounter.h"
 #include "tests/host/FakeDevices.h"
-#include "tests/support/MessageLoop.h"
 #include "tests/host/PlayingEngine.h"
+#include "tests/support/AllocationCounter.h"
 #include "tests/support/FakeAudioUnit.h"
+#include "tests/support/MessageLoop.h"
 
 #include <algorithm>
 #include <chrono>

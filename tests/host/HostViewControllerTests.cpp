@@ -4,8 +4,8 @@
 #include "audiounit/VelotrineComponent.h"
 #include "editor/Colours.h"
 #include "tests/host/FakeDevices.h"
-#include "tests/support/MessageLoop.h"
 #include "tests/support/FakeAudioUnit.h"
+#include "tests/support/MessageLoop.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

@@ -1,7 +1,7 @@
-#include "tests/support/JackListener.h"
+#include "tests/host/JackListener.h"
+#include "tests/host/PlayingEngine.h"
 #include "tests/support/JackServer.h"
 #include "tests/support/MessageLoop.h"
-#include "tests/host/PlayingEngine.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 #include "platform/AUAudioUnit.h"
 
 #include "platform/AUError.h"
+#include "tests/platform/TestParameter.h"
 #include "tests/support/FakeAudioUnit.h"
 #include "tests/support/OutputBuffers.h"
-#include "tests/platform/TestParameter.h"
 
 #include <limits>
 #include <memory>

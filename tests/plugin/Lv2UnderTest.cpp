@@ -27,6 +27,7 @@ void Lv2UnderTest::makeInstance(double sampleRate)
     host->runsPluginWhileIdle = false;
     rate = sampleRate;
     nothing = host->sequenceOf({});
+    connected = {{lv2Port::left, nullptr}, {lv2Port::right, nullptr}, {lv2Port::time, nullptr}};
     hasNews = false;
     saidLast.reset();
     if (controls)
@@ -73,12 +74,21 @@ bool Lv2UnderTest::render(float* left, float* right, int frames)
                 std::fill_n(channel, frames, 0.0f);
         return false;
     }
-    host->connect(lv2Port::left, left);
-    host->connect(lv2Port::right, right);
-    host->connect(lv2Port::time, hasNews ? news.data() : nothing.data());
+    connect(lv2Port::left, left);
+    connect(lv2Port::right, right);
+    connect(lv2Port::time, hasNews ? news.data() : nothing.data());
     hasNews = false;
     host->run(static_cast<std::uint32_t>(frames));
     return true;
+}
+
+void Lv2UnderTest::connect(std::uint32_t port, void* data)
+{
+    auto& place = connected.at(port);
+    if (place == data)
+        return;
+    place = data;
+    host->connect(port, data);
 }
 
 double Lv2UnderTest::value(ParameterAddress address) const

@@ -3,6 +3,7 @@
 #include "tests/plugin/Lv2Host.h"
 #include "tests/plugin/PluginUnderTest.h"
 
+#include <map>
 #include <memory>
 
 namespace velotrine {
@@ -37,6 +38,9 @@ private:
 
     void makeInstance(double sampleRate);
 
+    /// Hosts leave a port alone whose place has not changed.
+    void connect(std::uint32_t port, void* data);
+
     Lv2Library library;
     std::unique_ptr<Lv2Host> host;
     double rate = 0.0;
@@ -44,6 +48,7 @@ private:
     Sequence nothing;     ///< what the time port reads while nothing changes
     Sequence news;        ///< and when something has
     bool hasNews = false; ///< for the next block
+    std::map<std::uint32_t, void*> connected;
 };
 
 } // namespace velotrine

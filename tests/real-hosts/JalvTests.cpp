@@ -3,10 +3,10 @@
 #include "audiounit/Parameters.h"
 #include "plugin/HostedInstrument.h"
 #include "plugin/lv2/Lv2Names.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/JackServer.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/Sound.h"
-#include "tests/support/ChildProcess.h"
 
 #include <array>
 #include <chrono>

@@ -1,7 +1,7 @@
 #include "render/MidiFile.h"
 
-#include "tests/support/ChildProcess.h"
 #include "tests/render/MidiReader.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <cmath>

@@ -37,7 +37,7 @@ Pipe makePipe()
 [[noreturn]] void becomeProgram(const std::vector<std::string>& commandLine,
                                 const ProcessSurroundings& surroundings, int out, int err)
 {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    ::prctl(PR_SET_PDEATHSIG, surroundings.signalWhenOrphaned);
     const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     ::dup2(nothing, STDIN_FILENO);
     ::dup2(out, STDOUT_FILENO);

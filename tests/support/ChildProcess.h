@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -21,9 +22,10 @@ struct ProcessResult
 /// What a program runs in, beside its arguments.
 struct ProcessSurroundings
 {
-    std::string folder;                                           ///< the working folder; empty for this one
-    std::vector<std::pair<std::string, std::string>> environment; ///< added to this process's own
-    std::function<void()> beforeStart; ///< runs in the new process just before the program does
+    std::string folder{}; ///< the working folder; empty for this one
+    std::vector<std::pair<std::string, std::string>> environment{}; ///< added to this process's own
+    std::function<void()> beforeStart{}; ///< runs in the new process just before the program does
+    int signalWhenOrphaned = SIGKILL;    ///< what it gets if the test ends before it
 };
 
 /// A program started with pipes for what it says. It does not outlive the test.

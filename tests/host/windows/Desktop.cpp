@@ -1,7 +1,7 @@
 #include "tests/host/windows/Desktop.h"
 
-#include "tests/support/MessageLoop.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/MessageLoop.h"
 
 #include <sstream>
 

@@ -3,9 +3,9 @@
 
 #include "editor/Colours.h"
 #include "editor/RingEditorViewMac.h"
-#include "tests/support/JackListener.h"
-#include "tests/support/JackServer.h"
+#include "tests/host/JackListener.h"
 #include "tests/host/windows/ApplicationTest.h"
+#include "tests/support/JackServer.h"
 
 namespace velotrine {
 namespace {

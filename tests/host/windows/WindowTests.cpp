@@ -3,9 +3,9 @@
 #include "host/HostWindow.h"
 #include "host/MainMenu.h"
 #include "tests/host/FakeDevices.h"
-#include "tests/support/MessageLoop.h"
 #include "tests/host/windows/Desktop.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/MessageLoop.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -216,6 +216,8 @@ TEST(HostViewControllerWindow, HelpOpensAtTheAskedPageInTheSameWindow)
     surroundings.preferencesFile = juce::File(folder.file("settings"));
     const auto controller = std::make_shared<HostViewController>(surroundings);
     controller->showHelp(5);
+    // The audio unit is on its way to the controller, in a message that holds it.
+    ASSERT_TRUE(runMessagesUntil([&] { return controller->audioUnit != nullptr; }, patienceSeconds));
     const auto* first = controller->helpWindowController.get();
     EXPECT_TRUE(first->pages[5]->isShowing());
     controller->helpWindowController->window().closeButtonPressed();
@@ -224,6 +226,7 @@ TEST(HostViewControllerWindow, HelpOpensAtTheAskedPageInTheSameWindow)
     EXPECT_TRUE(first->pages[0]->isShowing());
     controller->showHelp(8);
     EXPECT_TRUE(first->pages[0]->isShowing());
+    EXPECT_EQ(controller.use_count(), 1) << "a message that is still under way holds it";
 }
 
 class AppDelegateTest : public testing::Test

@@ -1,4 +1,4 @@
-#include "tests/support/JackListener.h"
+#include "tests/host/JackListener.h"
 
 #include "tests/support/MessageLoop.h"
 
