@@ -19,7 +19,7 @@ protected:
     int choices = 0;
 };
 
-TEST_F(PopUpButtonTest, TellsOfEveryChoiceAlsoOfTheSameAgain)
+TEST_F(PopUpButtonTest, ReportsEveryChoiceEvenTheSameAgain)
 {
     button.choose(2);
     button.choose(2);
@@ -27,7 +27,7 @@ TEST_F(PopUpButtonTest, TellsOfEveryChoiceAlsoOfTheSameAgain)
     EXPECT_EQ(button.getText(), "second");
 }
 
-TEST_F(PopUpButtonTest, AMenuLeftWithoutAChoiceIsNone)
+TEST_F(PopUpButtonTest, AMenuClosedWithoutAChoiceChoosesNothing)
 {
     button.choose(1);
     button.choose(0);

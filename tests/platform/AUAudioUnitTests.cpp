@@ -120,7 +120,7 @@ TEST(AUAudioUnitInstantiation, CompletesWithTheErrorThatTheUnitsConstructorThrow
     EXPECT_STREQ(completed.error->what(), "There is nothing to play on.");
 }
 
-TEST(AUAudioUnitInstantiation, DoesNotCallACompletionAgainThatThrows)
+TEST(AUAudioUnitInstantiation, DoesNotCallAThrowingCompletionAgain)
 {
     const auto description = freshDescription();
     AUAudioUnit::registerSubclass<FakeAudioUnit>(description, "Fake", 1);
@@ -170,7 +170,7 @@ TEST_F(AUAudioUnitRenderBlock, RefusesAfterDeallocation)
     EXPECT_TRUE(output.isUntouched(0));
 }
 
-TEST_F(AUAudioUnitRenderBlock, ReadBeforeAllocationWorksAfterIt)
+TEST_F(AUAudioUnitRenderBlock, ObtainedBeforeAllocationWorksAfterIt)
 {
     const auto block = unit->renderBlock();
     unit->allocateRenderResources();
@@ -191,7 +191,7 @@ TEST_F(AUAudioUnitRenderBlock, RefusesWhileRenderResourcesAreMadeAndDropped)
     EXPECT_EQ(log->frameCounts.size(), 1U);
 }
 
-TEST_F(AUAudioUnitRenderBlock, IsAsBeforeWhenAnAllocationFails)
+TEST_F(AUAudioUnitRenderBlock, IsUnchangedWhenAnAllocationFails)
 {
     const auto block = unit->renderBlock();
     unit->whileMade = [] { throw AUError(-17, "The unit cannot."); };
@@ -270,7 +270,7 @@ TEST_F(AUAudioUnitRenderBlock, AChangedMaximumCountsFromTheNextAllocationOn)
     EXPECT_EQ(renderInto(output, block, 17), kAudioUnitErr_TooManyFramesToProcess);
 }
 
-TEST_F(AUAudioUnitRenderBlock, HandsItsArgumentsOnAndAnswersWhatTheUnitAnswers)
+TEST_F(AUAudioUnitRenderBlock, PassesItsArgumentsOnAndReturnsWhatTheUnitReturns)
 {
     unit->allocateRenderResources();
     log->answer = -17;
@@ -322,7 +322,7 @@ TEST_F(AUAudioUnitFullState, OfAUnitWithoutATreeHasNoValues)
     EXPECT_EQ(unit.currentPreset(), (AUAudioUnitPreset{2, "Two"}));
 }
 
-TEST_F(AUAudioUnitFullState, IsRestoredByWhatItWas)
+TEST_F(AUAudioUnitFullState, IsRestoredByTheStateThatWasRead)
 {
     first->setValue(0.25f);
     second->setValue(90.0f);
@@ -381,7 +381,7 @@ TEST_F(AUAudioUnitFullState, WithoutAPresetClearsIt)
     EXPECT_EQ(unit.currentPreset(), std::nullopt);
 }
 
-TEST_F(AUAudioUnitFullState, TellsItsObserversOnceWhenAllOfItIsInPlace)
+TEST_F(AUAudioUnitFullState, NotifiesItsObserversOnceWhenAllOfItIsApplied)
 {
     std::vector<AUFullState> seen;
     const auto token =
@@ -394,7 +394,7 @@ TEST_F(AUAudioUnitFullState, TellsItsObserversOnceWhenAllOfItIsInPlace)
     EXPECT_EQ(seen.size(), 1U);
 }
 
-TEST_F(AUAudioUnitFullState, TellsNobodyThatWatchesThePresetOrIsToldOfSingleWrites)
+TEST_F(AUAudioUnitFullState, IsNotReportedToObserversOfThePresetOrOfSingleValues)
 {
     int fullStateChanges = 0;
     int presetChanges = 0;
@@ -412,7 +412,7 @@ TEST_F(AUAudioUnitFullState, TellsNobodyThatWatchesThePresetOrIsToldOfSingleWrit
     EXPECT_NE(presetToken, 0U);
 }
 
-TEST(AUAudioUnitCurrentPreset, TellsItsObserversWhenThePresetIsInPlace)
+TEST(AUAudioUnitCurrentPreset, NotifiesItsObserversOnceThePresetIsApplied)
 {
     FakeAudioUnit unit({}, Options::none);
     std::vector<std::optional<AUAudioUnitPreset>> seen;

@@ -91,7 +91,7 @@ TEST_F(ClapEditor, ShowsItselfInAHostThatOnlyHasTimers)
     EXPECT_GT(display.coloursIn(parent), manyColours);
 }
 
-TEST_F(ClapEditor, GoesWithThePluginThoughTheHostForgotToCloseIt)
+TEST_F(ClapEditor, ClosesWithThePluginIfTheHostForgotTo)
 {
     const auto parent = display.makeWindow(editorWidth, editorHeight);
     {

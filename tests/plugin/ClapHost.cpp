@@ -230,7 +230,7 @@ std::string ClapHost::save() const
     std::string text;
     const clap_ostream_t stream{
         .ctx = &text, .write = [](const clap_ostream_t* to, const void* bytes, std::uint64_t size) {
-            // As slow as a host may be.
+            // In small pieces, as a host may.
             const auto count = std::min<std::uint64_t>(size, 100);
             static_cast<std::string*>(to->ctx)->append(static_cast<const char*>(bytes), count);
             return static_cast<std::int64_t>(count);

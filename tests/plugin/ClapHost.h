@@ -51,7 +51,7 @@ struct ClapAutomation
     double value = 0.0;
 };
 
-/// A host with one instance of the plug-in, which it destroys in the end.
+/// A host with one instance of the plug-in.
 class ClapHost
 {
 public:
@@ -80,7 +80,7 @@ public:
     bool start(double sampleRate, std::uint32_t maxFrames);
     void stop();
 
-    /// One block. No transport is a host that has none.
+    /// One block. None is a host without a transport.
     clap_process_status process(float* left, float* right, std::uint32_t frames,
                                 const std::optional<HostTransport>& transport,
                                 const std::vector<ClapAutomation>& automation = {});
@@ -112,7 +112,7 @@ private:
     clap_id nextTimer = 7;
 };
 
-/// A process call that is ready before it is made: making it takes no memory of the host's, but for edits.
+/// A process call, prepared before it is made: the host allocates nothing in it but for edits.
 class ClapCall
 {
 public:
@@ -123,7 +123,7 @@ public:
 
     void setTransport(const std::optional<HostTransport>& transport);
 
-    /// Says something in the next block. In the order of frames.
+    /// For the next block; in the order of frames.
     void add(const ClapAutomation& automation);
 
     clap_process_status process(float* left, float* right, std::uint32_t frames);

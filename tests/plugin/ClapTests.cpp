@@ -61,7 +61,7 @@ TEST_F(Clap, DescribesItselfToAScanner)
     EXPECT_EQ(features, (std::vector<std::string>{"instrument", "synthesizer", "stereo"}));
 }
 
-TEST_F(Clap, MakesNothingThatItIsNotAskedFor)
+TEST_F(Clap, RefusesAnyOtherPluginFactoryOrExtension)
 {
     const auto& factory = library.factory();
     clap_host_t host{};

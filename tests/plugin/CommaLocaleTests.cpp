@@ -18,7 +18,7 @@
 namespace velotrine {
 namespace {
 
-// What a host that has set a locale with a comma gets is to the letter what other hosts get.
+// A host that has set a locale with a comma gets, to the letter, what other hosts get.
 
 constexpr int steps = 16;
 
@@ -81,7 +81,7 @@ TEST(CommaLocale, ChangesNothingInWhatTheLv2PluginLogs)
               std::vector<std::string>{"Velotrine: There is no sound at a sample rate of 7999.5 Hz.\n"});
 }
 
-/// How far two pictures are apart in the colour that differs most, of 255.
+/// The largest difference between two pictures in any pixel and colour, of 255.
 int furthestApart(const std::vector<unsigned long>& one, const std::vector<unsigned long>& other)
 {
     const auto channel = [](unsigned long pixel, int shift) {
@@ -94,12 +94,12 @@ int furthestApart(const std::vector<unsigned long>& one, const std::vector<unsig
     return furthest;
 }
 
-/// The plug-in in a host that loads a state with fractions in it.
+/// The plug-in in a host that loads a state with fractions.
 template <typename Plugin>
 class EditorInACommaLocale : public testing::Test
 {
 protected:
-    /// All that the editor shows with one of the rings' panels open, and what the plug-in then saves.
+    /// The editor with one of the rings' panels open, and what the plug-in then saves.
     struct Shown
     {
         std::vector<unsigned long> pixels;
@@ -148,7 +148,7 @@ TYPED_TEST(EditorInACommaLocale, ShowsReadsAndSavesNumbersWithAPoint)
     const auto expected = this->use();
     const CommaLocale locale;
     const auto shown = this->use();
-    // A ring that has come to rest may stand by a thousandth of a turn beside where it stood before.
+    // A ring at rest may stand a thousandth of a turn from where it stood before.
     EXPECT_LE(furthestApart(shown.pixels, expected.pixels), 2);
     EXPECT_EQ(shown.state, expected.state);
 }

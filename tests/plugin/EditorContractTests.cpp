@@ -124,7 +124,7 @@ TYPED_TEST(EditorContract, ClosesRightAfterTheHostsWindowIsGone)
     }
 }
 
-TYPED_TEST(EditorContract, DoesNotEndAHostWhoseWindowIsGoneAlready)
+TYPED_TEST(EditorContract, DoesNotEndAHostWhoseWindowIsAlreadyGone)
 {
     TypeParam plugin;
     const auto gone = this->display.makeWindow(editorWidth, editorHeight);
@@ -286,7 +286,7 @@ TYPED_TEST(EditorContract, AKnobIsTurnedWhileTheHostAutomatesOtherControlsOnItsR
 /// plug-ins must not be forked by each.
 TYPED_TEST(EditorContract, StartsNoProcess)
 {
-    // Without it nobody would ask it.
+    // Where it is missing, nothing could start it.
     EXPECT_TRUE(std::filesystem::exists("/usr/bin/gsettings"));
     const int before = processesStarted();
     constexpr int editors = 11;

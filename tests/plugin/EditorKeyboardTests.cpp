@@ -106,7 +106,7 @@ TYPED_TEST(EditorKeyboard, ClicksInAFieldInUsePlaceItsCaret)
     EXPECT_TRUE(this->editor.comesToSave("\"bpm\": 109"));
 }
 
-TYPED_TEST(EditorKeyboard, EscapeTakesAnEntryBackAndGivesTheKeyboardBack)
+TYPED_TEST(EditorKeyboard, EscapeDiscardsAnEntryAndReturnsTheKeyboard)
 {
     ASSERT_TRUE(this->editor.type(tempoField, "91"));
     this->editor.act("key Escape");
@@ -129,7 +129,7 @@ TYPED_TEST(EditorKeyboard, StaysWithTheEditorWhileTabMovesFromControlToControl)
     }
 }
 
-TYPED_TEST(EditorKeyboard, IsTheHostsAfterAClickOnAKnobThoughTabHadComeToIt)
+TYPED_TEST(EditorKeyboard, IsTheHostsAfterAClickOnAKnobEvenIfTabHadReachedIt)
 {
     ASSERT_TRUE(this->editor.type(tempoField, "91"));
     this->editor.act("key Tab");

@@ -55,7 +55,7 @@ TEST_F(Lv2Editor, ShowsItselfInTheHostsWindowAndAsksForItsSize)
     EXPECT_TRUE(host.logged.empty());
 }
 
-TEST_F(Lv2Editor, IsNotShownWithoutWhatItNeedsAndSaysWhy)
+TEST_F(Lv2Editor, IsNotShownInAHostThatLacksWhatItNeedsAndSaysWhy)
 {
     const auto parent = display.makeWindow(editorWidth, editorHeight);
     for (const auto* const feature : {LV2_INSTANCE_ACCESS_URI, LV2_UI__parent}) {
@@ -102,7 +102,7 @@ TEST_F(Lv2Editor, BoundsTheHostsResizeAndAsksForTheSavedSize)
     EXPECT_EQ(other.wantedSizes.back(), std::pair(800, 700));
 }
 
-TEST_F(Lv2Editor, FollowsAHostThatGivesItsWindowAnotherSizeWithoutAWord)
+TEST_F(Lv2Editor, FollowsAHostThatResizesItsWindowWithoutAsking)
 {
     Lv2Host host(library);
     const auto parent = display.makeWindow(900, 800);
@@ -117,7 +117,7 @@ TEST_F(Lv2Editor, FollowsAHostThatGivesItsWindowAnotherSizeWithoutAWord)
     display.act("mousemove 832 62 click 5");
     host.idle(100ms);
     EXPECT_LT(host.controls[0], 0.5f);
-    // Smaller than the editor can be, it is cut off.
+    // A window smaller than the editor can be cuts it off.
     display.resizeWindow(host.uiWindow, 100, 100);
     host.idle(100ms);
     EXPECT_EQ(display.sizeOf(host.uiWindow), std::pair(100, 100));
@@ -220,7 +220,7 @@ TEST_F(Lv2Editor, ShowsThePortsOfAHostThatDoesNotRunThePlugin)
     EXPECT_TRUE(host.told.empty());
 }
 
-TEST_F(Lv2Editor, WritesARestoredStateToThePortsThatStillShowWhatWasBefore)
+TEST_F(Lv2Editor, WritesARestoredStateToPortsThatStillShowTheOldValues)
 {
     Lv2Host first(library);
     first.start();
@@ -243,7 +243,7 @@ TEST_F(Lv2Editor, WritesARestoredStateToThePortsThatStillShowWhatWasBefore)
     EXPECT_EQ(host.told.size(), 1u);
 }
 
-TEST_F(Lv2Editor, DoesNotWriteToPortsWhatItOnlyBoundsForItself)
+TEST_F(Lv2Editor, DoesNotWriteBoundedValuesBackToThePorts)
 {
     Lv2Host host(library);
     host.start();

@@ -43,7 +43,7 @@ private:
     LV2UI_DescriptorFunction uiAt = nullptr;
 };
 
-/// What a host says of its transport at a frame of a block: numbers of any of the format's types, by URI.
+/// What a host says about its transport at a frame of a block: numbers of any of the format's types, by URI.
 struct Lv2Position
 {
     using Number = std::variant<float, double, std::int32_t, std::int64_t>;
@@ -52,14 +52,14 @@ struct Lv2Position
     std::map<std::string, Number> says;
 };
 
-/// All that hosts say, as they say it.
+/// Everything that real hosts say, in the types they use.
 [[nodiscard]] Lv2Position positionOf(std::int64_t frame, const HostTransport& transport);
 
-/// A host with one instance of the plug-in, which it destroys in the end.
+/// A host with one instance of the plug-in.
 class Lv2Host
 {
 public:
-    /// Which features a host leaves out of what the plug-in and its editor can use.
+    /// Features that the plug-in and its editor can use and this host lacks.
     using Features = std::vector<std::string>;
 
     explicit Lv2Host(const Lv2Library& library, double sampleRate = 48000.0, const Features& without = {});

@@ -19,7 +19,7 @@ protected:
     Lv2Library library;
 };
 
-/// A value of its own for every parameter, with more digits than a session keeps of a port.
+/// A value for every parameter, with more digits than a session keeps of a port.
 std::array<float, parameterCount> someValues()
 {
     std::array<float, parameterCount> values{};
@@ -50,7 +50,7 @@ TEST_F(Lv2State, RestoresAStringWithOrWithoutItsEnd)
     EXPECT_EQ(another.save(), saved);
 }
 
-TEST_F(Lv2State, ARestoredStateStaysThoughThePortsStillShowWhatWasBefore)
+TEST_F(Lv2State, ARestoredStateStaysThoughThePortsStillShowTheOldValues)
 {
     const auto saved = someState(library);
     Lv2Host fresh(library);

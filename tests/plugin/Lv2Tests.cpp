@@ -56,7 +56,7 @@ TEST_F(Lv2, HasOnePluginAndOneEditor)
     EXPECT_EQ(library.ui(0)->extension_data("another:extension"), nullptr);
 }
 
-TEST_F(Lv2, IsNotMadeWithoutWhatItNeedsAndSaysWhy)
+TEST_F(Lv2, RefusesAHostThatLacksWhatItNeedsAndSaysWhy)
 {
     const Lv2Host incapable(library, sampleRate, {LV2_URID__map});
     EXPECT_FALSE(incapable.hasPlugin());
@@ -167,7 +167,7 @@ TEST_F(Lv2, KeepsTheLastTempoAndMetreWhereTheHostSendsNonsense)
     }
 }
 
-/// Words with nothing behind them: to read on ends the program.
+/// Words with nothing after them: reading on ends the program.
 class WordsAtTheEndOfMemory
 {
 public:

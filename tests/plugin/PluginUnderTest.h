@@ -37,8 +37,8 @@ public:
     /// arrives at the first frame of the next block.
     virtual void setValue(ParameterAddress address, double value) = 0;
 
-    /// One block: the call of the plug-in and nothing else, for what goes into it is ready. The host takes no
-    /// memory for it. Any pointer may be null. False if the plug-in says that it failed.
+    /// One block: only the call of the plug-in, for everything that goes into it is prepared. The host
+    /// allocates nothing. Any pointer may be null. False if the plug-in says that it failed.
     virtual bool render(float* left, float* right, int frames) = 0;
 
     /// As the plug-in tells the host, in the parameter's own unit. In LV2 only a saved state tells.

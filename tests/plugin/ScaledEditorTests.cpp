@@ -32,8 +32,8 @@ std::string scaled(const std::string& place, double scale)
     return std::to_string(std::lround(x * scale)) + " " + std::to_string(std::lround(y * scale));
 }
 
-/// Left and top of what lies in a picture in one colour, but for its edges' smoothed pixels: the first column
-/// and row in which much of it stands in one piece.
+/// Left and top of an area of one colour: the first column and row with a long run of it, for the pixels of
+/// its edges are smoothed.
 std::pair<int, int> cornerOf(const std::vector<unsigned long>& pixels, std::size_t width,
                              unsigned long colour)
 {
@@ -94,7 +94,7 @@ TYPED_TEST(ScaledEditor, ARingsPanelMovesWithTheMouseThatDragsIt)
         editor.act("mousemove_relative 30 20 mousemove_relative 30 20");
         editor.act("mouseup 1");
         EXPECT_TRUE(editor.comesTrue([&] { return corner() != before; })) << scale;
-        // The panel lies on whole points.
+        // The panel is placed on whole points.
         EXPECT_NEAR(corner().first, before.first + 60, scale) << scale;
         EXPECT_NEAR(corner().second, before.second + 40, scale) << scale;
         this->display.destroyWindow(parent);

@@ -179,7 +179,7 @@ TYPED_TEST(SoundContract, WritesAllFramesThatAreAskedForAndNoMore)
         }
 }
 
-TYPED_TEST(SoundContract, BoundsEveryValueAndPassesOverWhatIsNoNumber)
+TYPED_TEST(SoundContract, BoundsEveryValueAndIgnoresNaN)
 {
     TypeParam plugin;
     TypeParam bounded;
@@ -216,7 +216,7 @@ TYPED_TEST(SoundContract, KeepsTheLastTempoWhereTheHostSendsNonsense)
     }
 }
 
-TYPED_TEST(SoundContract, TheRenderThreadTakesNoMemory)
+TYPED_TEST(SoundContract, TheRenderThreadDoesNotAllocate)
 {
     TypeParam plugin;
     {
@@ -268,7 +268,7 @@ TYPED_TEST(SoundContract, SurvivesRandomHosts)
     }
 }
 
-TYPED_TEST(SoundContract, ManyLiveSideBySide)
+TYPED_TEST(SoundContract, ManyInstancesPlaySideBySide)
 {
     std::vector<std::unique_ptr<TypeParam>> plugins;
     for (int i = 0; i < 20; ++i) {

@@ -23,7 +23,7 @@ namespace velotrine::vst3 {
 
 using namespace Steinberg;
 
-/// The host's objects live as long as the host: nobody counts.
+/// The host's objects live as long as the host: there is no counting.
 #define VELOTRINE_UNCOUNTED                                                                                  \
     uint32 PLUGIN_API addRef() override                                                                      \
     {                                                                                                        \
@@ -128,7 +128,7 @@ public:
     std::vector<ValueQueue> queues;
 };
 
-/// A call of process() that is ready before it is made: making it takes no memory of the host's.
+/// A call of process(), prepared before it is made: the host allocates nothing in it.
 class Call
 {
 public:
@@ -156,10 +156,10 @@ public:
         processData.processContext = transport ? &context : nullptr;
     }
 
-    /// Says something in the next block.
+    /// For the next block.
     void add(const Vst3Automation& automation) { changes.queues.emplace_back(automation); }
 
-    /// What has been said is said once.
+    /// Forgets what was added: the next block begins with nothing.
     void clear() noexcept { changes.queues.clear(); }
 
     void setOutput(const Vst3Block& block)
@@ -174,7 +174,7 @@ public:
         processData.outputs = block.hasBusses ? busses.data() : nullptr;
     }
 
-    /// Stereo, as it is at first; this takes no memory.
+    /// Stereo, as it is at first; this does not allocate.
     void setOutput(float* left, float* right, int frames)
     {
         channels.at(0) = left;

@@ -72,7 +72,7 @@ TEST_F(Vst3, ListsTheInstrumentsParametersFirstAndInTheirOrder)
         EXPECT_NEAR(parameter.defaultValue, static_cast<double>(expected), 1e-6);
         EXPECT_NEAR(host.value(parameter.id), static_cast<double>(expected), 1e-6);
     }
-    // What is left is the wrapper's own: bypass and program.
+    // The rest are the wrapper's own: bypass and program.
     EXPECT_EQ(parameters.size(), parameterCount + 2);
 }
 
@@ -117,7 +117,7 @@ TEST_F(Vst3, IsSilentAtARateThatNoDeviceHas)
 
 TEST_F(Vst3, AHostThatSendsBackTheValuesThatItReadsChangesNothing)
 {
-    // The first three come out one float beside, on the way to 0..1 and back.
+    // The first three come back from 0..1 as the neighbouring float.
     Vst3Host host;
     ASSERT_TRUE(host.start(sampleRate, 512));
     Sound sound(512);

@@ -102,7 +102,7 @@ JackTake JackConductor::perform(const JackScore& newScore, bool isFreewheeling)
     const bool isDone = waitUntil([this] { return !isPerforming; });
     if (isFreewheeling) {
         jack_set_freewheel(client, 0);
-        // A server that is asked for more while it goes back to its time may wait for seconds.
+        // A server that gets a request while it returns to real time may stall for seconds.
         constexpr int severalCycles = 10;
         const int before = cyclesHeard;
         waitUntil([&] { return cyclesHeard > before + severalCycles; });

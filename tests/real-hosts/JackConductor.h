@@ -8,7 +8,7 @@
 
 namespace velotrine {
 
-/// What JACK's transport does, in cycles of the server's from the beginning.
+/// What JACK's transport does, in server cycles from the start.
 struct JackScore
 {
     int start = 0;
@@ -25,7 +25,7 @@ struct JackTake
     struct Cycle
     {
         bool isRolling = false;
-        double tempo = 0.0; ///< 0 while nobody says one
+        double tempo = 0.0; ///< 0 while there is none
         int frames = 0;
     };
 
@@ -47,7 +47,7 @@ public:
     /// Waits for the client and its two ports. False if it does not come.
     [[nodiscard]] bool listenTo(const std::string& clientName);
 
-    /// @param isFreewheeling  as fast as can be, instead of in time
+    /// @param isFreewheeling  as fast as possible, instead of in real time
     [[nodiscard]] JackTake perform(const JackScore& score, bool isFreewheeling);
 
 private:

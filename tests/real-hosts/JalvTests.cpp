@@ -35,7 +35,7 @@ int cyclesIn(double seconds)
     return static_cast<int>(seconds * sampleRate / cycleFrames);
 }
 
-/// One ring of four spots that stands still and always fires, with notes that have died away before the next.
+/// One ring of four spots that stands still and always fires, with notes that die away before the next.
 const std::map<std::string, double>& metronome()
 {
     static const std::map<std::string, double> values{
@@ -52,7 +52,7 @@ protected:
     {
         ::setenv("JACK_DEFAULT_SERVER", ("velotrine-test-" + std::to_string(::getpid())).c_str(), 1);
         server = std::make_unique<JackServer>(std::vector<std::string>{"--sync"});
-        // It ends when there is nothing more to read for it.
+        // jalv ends when its input does.
         if (::pipe2(input.data(), O_CLOEXEC) != 0)
             throw std::runtime_error("no pipe");
         std::vector<std::string> command{"jalv", "-x", "-n", "velotrine"};
@@ -72,7 +72,7 @@ protected:
         ::close(input[0]);
         ::close(input[1]);
         jalv->send(SIGTERM);
-        // JACK wants its clients to take leave.
+        // JACK wants its clients to close.
         for (int i = 0; i < 500 && !jalv->hasEnded(); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
@@ -82,8 +82,7 @@ protected:
     std::unique_ptr<ChildProcess> jalv; ///< ends before the server
 };
 
-/// Where the hand comes to a spot: at every quarter note from the start of the transport, but a thousandth of
-/// a bar late.
+/// Where the hand crosses a spot: at every quarter note of the transport, a thousandth of a bar late.
 std::vector<int> crossingsIn(const JackTake& take)
 {
     constexpr double lateQuarters = 0.004;
@@ -105,7 +104,7 @@ std::vector<int> crossingsIn(const JackTake& take)
 /// Where sound begins after silence.
 std::vector<int> onsetsIn(const std::vector<float>& sound)
 {
-    constexpr int silenceFrames = 100; // longer than a sine's zero
+    constexpr int silenceFrames = 100; // longer than a zero crossing
     std::vector<int> frames;
     int zeros = silenceFrames;
     for (std::size_t i = 0; i < sound.size(); ++i) {
@@ -164,8 +163,8 @@ TEST_P(Jalv, SoundsWhileJacksTransportRollsAndFollowsItsTempo)
     EXPECT_TRUE(take.right == sound.right);
 }
 
-INSTANTIATE_TEST_SUITE_P(InTimeAndAsFastAsCanBe, Jalv, testing::Bool(),
-                         [](const auto& param) { return param.param ? "Freewheeling" : "InTime"; });
+INSTANTIATE_TEST_SUITE_P(InRealTimeAndFreewheeling, Jalv, testing::Bool(),
+                         [](const auto& param) { return param.param ? "Freewheeling" : "InRealTime"; });
 
 } // namespace
 } // namespace velotrine

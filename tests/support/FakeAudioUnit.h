@@ -10,7 +10,7 @@
 
 namespace velotrine {
 
-/// An audio unit that notes what its base class asks of it.
+/// An audio unit that records what its base class asks of it.
 class FakeAudioUnit : public AUAudioUnit
 {
 public:

@@ -21,7 +21,7 @@ public:
     /// Asks it to end, and waits until it has.
     ~JackServer();
 
-    /// Ends it with no chance to take leave of its clients. What it leaves behind goes with this object.
+    /// Ends it without a chance to tell its clients. What it leaves behind goes with this object.
     void kill();
 
     /// Stops it as a debugger would: it is there, and does nothing.

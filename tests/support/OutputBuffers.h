@@ -7,7 +7,7 @@
 
 namespace velotrine {
 
-/// The memory of a host's output channels, filled beforehand, so that what was not written can be told.
+/// A host's output channels, filled beforehand, so that what was not written can be told.
 class OutputBuffers
 {
 public:

@@ -7,7 +7,7 @@
 
 namespace velotrine {
 
-/// A music host that writes down what it is told: "begin 3", "3 = 0.25", "end 3".
+/// A music host that records what it is told: "begin 3", "3 = 0.25", "end 3".
 class RecordingHost final : public InstrumentHost
 {
 public:

@@ -4,7 +4,7 @@
 
 namespace velotrine {
 
-/// Puts the instruction set that the engine chose by itself back when a test is over.
+/// Restores the instruction set that the engine chose when a test is over.
 class SimdTargetGuard
 {
 public:

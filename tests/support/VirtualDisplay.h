@@ -5,15 +5,14 @@
 #include <utility>
 #include <vector>
 
-// Xlib's own name, for its header has macros of every name.
+// Xlib's own name; its header would define macros of common names.
 struct _XDisplay; // NOLINT(bugprone-reserved-identifier)
 
 namespace velotrine {
 
 using XWindow = unsigned long;
 
-/// An X server of the test's own, without a window manager, which this process uses while it lives. It
-/// fails by throwing.
+/// The test's own X server, without a window manager; this process uses it while it lives. Fails by throwing.
 class VirtualDisplay
 {
 public:
@@ -25,7 +24,7 @@ public:
     /// One for all tests of this process, from the first that asks for it.
     [[nodiscard]] static const VirtualDisplay& shared();
 
-    /// A window at the screen's top left, on show.
+    /// A visible window at the screen's top left.
     [[nodiscard]] XWindow makeWindow(unsigned width, unsigned height) const;
     void destroyWindow(XWindow window) const;
     void resizeWindow(XWindow window, unsigned width, unsigned height) const;
@@ -35,14 +34,14 @@ public:
 
     [[nodiscard]] std::pair<int, int> sizeOf(XWindow window) const;
 
-    /// The window's pixels as they show on the screen, from a column on.
+    /// The window's pixels as the screen shows them, from a column on.
     [[nodiscard]] std::vector<unsigned long> pixelsOf(XWindow window, int firstColumn = 0) const;
 
     /// One of them.
     /// @param place  from the window's left and top, as xdotool wants it
     [[nodiscard]] unsigned long pixelOf(XWindow window, const std::string& place) const;
 
-    /// How much there is to see.
+    /// How many colours there are to see.
     [[nodiscard]] int coloursIn(XWindow window) const;
 
     void giveKeyboardTo(XWindow window) const;

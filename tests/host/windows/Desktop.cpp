@@ -11,7 +11,7 @@ namespace {
 
 constexpr double patienceSeconds = 10.0;
 
-// JUCE outlives a window that goes while it asks about it only in what it takes for an application.
+// JUCE survives a window that closes while it asks about it only in what it takes for an application.
 [[maybe_unused]] const auto asApplication =
     juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* { return nullptr; };
 

@@ -98,7 +98,7 @@ protected:
         window.setContentSize(300, 200);
         window.show();
         EXPECT_TRUE(windowHasKeyboard("Edit menu"));
-        runMessagesFor(0.3); // the window manager's word, at which the window itself takes the keyboard
+        runMessagesFor(0.3); // for the window manager's message, at which the window takes the keyboard
         field.grabKeyboardFocus();
         EXPECT_TRUE(runMessagesUntil([this] { return field.hasKeyboardFocus(false); }, patienceSeconds));
     }
@@ -134,7 +134,7 @@ TEST_F(EditMenuTest, ActsOnTheTextFieldWithTheKeyboard)
     EXPECT_EQ(field.getText(), "velotrinevelotrine");
 }
 
-TEST_F(EditMenuTest, UndoesAndDoesAgain)
+TEST_F(EditMenuTest, UndoesAndRedoes)
 {
     perform("Select All");
     perform("Cut");
@@ -207,7 +207,7 @@ TEST(HostViewControllerWindow, APresetIsChosenFromThePopupsMenu)
     EXPECT_EQ(controller->presetPopup->getSelectedItemIndex(), 2);
 }
 
-TEST(HostViewControllerWindow, HelpOpensAtTheAskedPageInTheSameWindow)
+TEST(HostViewControllerWindow, HelpOpensAtTheRequestedPageInTheSameWindow)
 {
     const TemporaryFolder folder;
     FakeSound sound;

@@ -41,7 +41,7 @@ class Host:
             XDG_CONFIG_HOME=str(home / "config"),
             XDG_CACHE_HOME=str(home / "cache"),
             XDG_DATA_HOME=str(home / "data"),
-            # Without a name the plug-in takes the first display that it finds, which may be another test's and go away.
+            # Without a name the plug-in takes :0, which is somebody's.
             DISPLAY=":none",
             LV2_PATH=f"{home}/.lv2:/usr/lib/lv2",
             # What the host's own start script sets; its scanner has none.
@@ -61,7 +61,7 @@ class Host:
             self.scan(installed)
 
     def scan(self, bundle):
-        # The host believes a scan only if it is at least a second younger than the file.
+        # The host trusts a scan only if it is at least a second newer than the file.
         yesterday = time.time() - 24 * 60 * 60
         for file in bundle.rglob("*.so"):
             os.utime(file, (yesterday, yesterday))
@@ -157,7 +157,7 @@ def plug_in_node(session):
 
 
 def saved_state(plug_in_format, session):
-    """All that the host keeps for the plug-in: its bytes, and the instrument's state in them."""
+    """Everything that the host keeps for the plug-in: values, bytes, and the instrument's state in the bytes."""
     node = plug_in_node(session).find(plug_in_format)
     values = [(port.attrib.get("id", port.attrib.get("symbol")), port.attrib["value"]) for port in node.iter("Port")]
     if plug_in_format == "vst3":

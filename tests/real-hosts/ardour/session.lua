@@ -1,5 +1,5 @@
 -- What all scripts need: the plug-in's controls, its loudness, and a clean end. Objects of the host's that a
--- script still holds when the session closes would be freed too late; so the scripts keep them in functions.
+-- script still holds when the session closes are freed too late; so the scripts keep them in functions.
 
 local answers = assert(io.open(arg.answers, "w"))
 

@@ -1,5 +1,5 @@
-// ALSA's MIDI sequencer without the kernel's: for a host that does not start without one, where there is
-// none. It takes all and gives nothing. Preloaded, its functions come before the library's.
+// ALSA's MIDI sequencer where the kernel has none, for a host that does not start without it. It accepts
+// everything and sends nothing. Preloaded, its functions come before the library's.
 
 #include <alsa/asoundlib.h>
 

@@ -19,7 +19,7 @@ def wait_for(condition, what, seconds=SECONDS):
 
 
 def output_of(*command):
-    """None if the command fails, as it does for a window that has just gone."""
+    """None if the command fails, as it does for a window that has just closed."""
     ended = subprocess.run(command, capture_output=True, check=False)
     return ended.stdout.decode(errors="replace") if ended.returncode == 0 else None
 
@@ -59,7 +59,7 @@ def write(text):
 
 
 class Editor:
-    """The plug-in's editor in a host's window, of the size that it has at first."""
+    """The plug-in's editor in a host's window, at its initial size."""
 
     KNOB = (432, 62)
     TEMPO = (75, 315)
@@ -103,7 +103,7 @@ class Editor:
         return keyboard_owner() != self.window and not listens_to_keys(self.window)
 
     def enter(self, field, text):
-        """Clicks a field, types a number, and is done with it."""
+        """Clicks a field, types a number and presses Return."""
         self.click(field)
         wait_for(self.has_keyboard, "the field that is clicked has the keyboard")
         write(text)
