@@ -22,7 +22,7 @@ namespace velotrine {
 /// Reads a whole text as a decimal number, in the C locale whatever the user's. None if it is anything else.
 [[nodiscard]] std::optional<double> numberFromText(std::string_view text);
 
-/// A number with so many digits behind the point, which is a point whatever the user's locale.
+/// A number with `digits` digits behind the decimal point, which is a point in every locale.
 [[nodiscard]] std::string fixedText(double value, int digits);
 
 /// A value in as few digits as give it back exactly.

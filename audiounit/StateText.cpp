@@ -2,12 +2,12 @@
 
 #include "audiounit/OrderedJson.h"
 #include "audiounit/Parameters.h"
+#include "audiounit/StateDocument.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <stdexcept>
 #include <utility>
 
 namespace velotrine {
@@ -15,14 +15,6 @@ namespace velotrine {
 namespace {
 
 constexpr int version = 1;
-
-using Input = nlohmann::json;
-
-/// A text that is not a state; the message says why.
-struct Refusal : std::runtime_error
-{
-    using std::runtime_error::runtime_error;
-};
 
 /// The beginning of a text that a message quotes; a document holds texts of any length.
 std::string excerpt(std::string_view text, std::size_t longest)
@@ -40,7 +32,7 @@ std::string excerpt(std::string_view text, std::size_t longest)
 
 /// "[json.exception.parse_error.101] parse error at line 1, column 2: ...": only the part for people. It
 /// quotes the document, valid UTF-8 or not.
-std::string readableMessage(const Input::exception& error)
+std::string readableMessage(const StateDocument::exception& error)
 {
     constexpr std::size_t longest = 200;
     std::string message = error.what();
@@ -61,41 +53,30 @@ void refuseZeroBytes(std::string_view text)
     const auto before = text.substr(0, position);
     const auto line = std::ranges::count(before, '\n') + 1;
     const auto lineStart = before.rfind('\n') + 1; // npos + 1 is 0: the first line starts the text
-    throw Refusal("it is not valid JSON: there is a zero byte at line " + std::to_string(line) + ", column " +
-                  std::to_string(position - lineStart + 1));
+    throw StateRefusal("it is not valid JSON: there is a zero byte at line " + std::to_string(line) +
+                       ", column " + std::to_string(position - lineStart + 1));
 }
 
-Input parse(std::string_view text)
-{
-    if (text.size() > maxStateBytes)
-        throw Refusal("it is larger than 1 MiB");
-    refuseZeroBytes(text);
-    try {
-        return Input::parse(text);
-    } catch (const Input::exception& error) {
-        throw Refusal("it is not valid JSON: " + readableMessage(error));
-    }
-}
-
-const Input& member(const Input& object, const char* key, Input::value_t type, const char* expected)
+const StateDocument& member(const StateDocument& object, const char* key, StateDocument::value_t type,
+                            const char* expected)
 {
     const auto found = object.find(key);
     if (found == object.end())
-        throw Refusal(std::string("\"") + key + "\" is missing");
+        throw StateRefusal(std::string("\"") + key + "\" is missing");
     if (found->type() != type)
-        throw Refusal(std::string("\"") + key + "\" must be " + expected);
+        throw StateRefusal(std::string("\"") + key + "\" must be " + expected);
     return *found;
 }
 
-void checkVersion(const Input& document)
+void checkVersion(const StateDocument& document)
 {
     const auto found = document.find("version");
     if (found == document.end())
-        throw Refusal("\"version\" is missing");
+        throw StateRefusal("\"version\" is missing");
     if (!found->is_number_integer())
-        throw Refusal("\"version\" must be a whole number");
+        throw StateRefusal("\"version\" must be a whole number");
     if (*found != version)
-        throw Refusal("\"version\" is " + found->dump() + ", but this program reads version 1");
+        throw StateRefusal("\"version\" is " + found->dump() + ", but this program reads version 1");
 }
 
 /// A number too large for a float becomes the largest float: it is out of every range, and will be bounded.
@@ -105,34 +86,35 @@ float narrowed(double value)
     return static_cast<float>(std::clamp(value, -largest, largest));
 }
 
-AUValue readValue(const std::string& identifier, const Input& value)
+AUValue readValue(const std::string& identifier, const StateDocument& value)
 {
     constexpr std::size_t longest = 40;
     if (!value.is_number())
-        throw Refusal("the value of \"" + excerpt(identifier, longest) +
-                      "\" in \"parameters\" must be a number");
+        throw StateRefusal("the value of \"" + excerpt(identifier, longest) +
+                           "\" in \"parameters\" must be a number");
     return narrowed(value.get<double>());
 }
 
-std::optional<AUAudioUnitPreset> readPreset(const Input& document)
+std::optional<AUAudioUnitPreset> readPreset(const StateDocument& document)
 {
     const auto found = document.find("preset");
     if (found == document.end() || found->is_null())
         return std::nullopt;
     if (!found->is_object())
-        throw Refusal("\"preset\" must be an object or null");
+        throw StateRefusal("\"preset\" must be an object or null");
     const auto number = found->find("number");
     if (number == found->end())
-        throw Refusal("\"number\" is missing in \"preset\"");
+        throw StateRefusal("\"number\" is missing in \"preset\"");
     const bool beyond64Bits = number->is_number_unsigned() && number->get<std::uint64_t>() > INT64_MAX;
     if (!number->is_number_integer() || beyond64Bits)
-        throw Refusal("\"number\" in \"preset\" must be a whole number");
-    return AUAudioUnitPreset{number->get<std::int64_t>(),
-                             member(*found, "name", Input::value_t::string, "a text").get<std::string>()};
+        throw StateRefusal("\"number\" in \"preset\" must be a whole number");
+    return AUAudioUnitPreset{
+        number->get<std::int64_t>(),
+        member(*found, "name", StateDocument::value_t::string, "a text").get<std::string>()};
 }
 
 /// Those that the instrument has in the tree's order, then the others.
-std::vector<std::pair<std::string, AUValue>> readParameters(const Input& parameters)
+std::vector<std::pair<std::string, AUValue>> readParameters(const StateDocument& parameters)
 {
     std::vector<std::pair<std::string, AUValue>> read;
     for (const auto& info : parameterTable())
@@ -144,22 +126,34 @@ std::vector<std::pair<std::string, AUValue>> readParameters(const Input& paramet
     return read;
 }
 
-AUFullState readState(const Input& document)
-{
-    if (!document.is_object())
-        throw Refusal("it must be a JSON object");
-    checkVersion(document);
-
-    AUFullState state;
-    state.currentPreset = readPreset(document);
-    state.parameters = readParameters(member(document, "parameters", Input::value_t::object, "an object"));
-    return state;
-}
-
 /// A number or a text as JSON.
 std::string written(const OrderedJson& scalar)
 {
     return scalar.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
+}
+
+std::string presetJson(const std::optional<AUAudioUnitPreset>& preset)
+{
+    if (!preset)
+        return "null";
+    return jsonObject({{"number", written(preset->number)}, {"name", written(preset->name)}}, 1);
+}
+
+std::string parametersJson(const AUFullState& state)
+{
+    std::vector<JsonMember> values;
+    for (const auto& [identifier, value] : state.parameters)
+        if (std::isfinite(value))
+            values.emplace_back(identifier, written(value));
+    return jsonObject(values, 1);
+}
+
+/// In the document's order.
+std::vector<JsonMember> membersOf(const AUFullState& state)
+{
+    return {{"version", written(version)},
+            {"preset", presetJson(state.currentPreset)},
+            {"parameters", parametersJson(state)}};
 }
 
 } // namespace
@@ -180,29 +174,41 @@ std::string jsonObject(const std::vector<JsonMember>& members, int depth)
 
 std::string textFromState(const AUFullState& state, const std::vector<JsonMember>& furtherMembers)
 {
-    std::vector<JsonMember> parameters;
-    for (const auto& [identifier, value] : state.parameters)
-        if (std::isfinite(value))
-            parameters.emplace_back(identifier, written(value));
-
-    std::string preset = "null";
-    if (state.currentPreset)
-        preset = jsonObject(
-            {{"number", written(state.currentPreset->number)}, {"name", written(state.currentPreset->name)}},
-            1);
-
-    std::vector<JsonMember> members{{"version", written(version)},
-                                    {"preset", std::move(preset)},
-                                    {"parameters", jsonObject(parameters, 1)}};
+    auto members = membersOf(state);
     members.insert(members.end(), furtherMembers.begin(), furtherMembers.end());
     return jsonObject(members, 0) + "\n";
 }
 
-StateFromText stateFromText(std::string_view text)
+StateDocument parseState(std::string_view text)
+{
+    if (text.size() > maxStateBytes)
+        throw StateRefusal("it is larger than 1 MiB");
+    refuseZeroBytes(text);
+    try {
+        return StateDocument::parse(text);
+    } catch (const StateDocument::exception& error) {
+        throw StateRefusal("it is not valid JSON: " + readableMessage(error));
+    }
+}
+
+AUFullState stateFromDocument(const StateDocument& document)
+{
+    if (!document.is_object())
+        throw StateRefusal("it must be a JSON object");
+    checkVersion(document);
+
+    AUFullState state;
+    state.currentPreset = readPreset(document);
+    state.parameters =
+        readParameters(member(document, "parameters", StateDocument::value_t::object, "an object"));
+    return state;
+}
+
+StateReading stateFromText(std::string_view text)
 {
     try {
-        return {readState(parse(text)), {}};
-    } catch (const Refusal& refusal) {
+        return {stateFromDocument(parseState(text)), {}};
+    } catch (const StateRefusal& refusal) {
         return {std::nullopt, refusal.what()};
     }
 }

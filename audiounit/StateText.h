@@ -29,7 +29,7 @@ using JsonMember = std::pair<std::string, std::string>;
                                         const std::vector<JsonMember>& furtherMembers = {});
 
 /// A state, or a sentence that says what is wrong with the text and where.
-struct StateFromText
+struct StateReading
 {
     std::optional<AUFullState> state;
     std::string error;
@@ -39,6 +39,6 @@ struct StateFromText
 /// about form: it must be JSON of version 1, of the right types, with finite numbers, within maxStateBytes.
 /// Forgiving about content: identifiers may be missing, unknown or repeated, and values out of range. Never
 /// throws for what the text says.
-[[nodiscard]] StateFromText stateFromText(std::string_view text);
+[[nodiscard]] StateReading stateFromText(std::string_view text);
 
 } // namespace velotrine

@@ -18,7 +18,7 @@ void registerDisplayFont();
 /// @param otf  an OpenType file; empty for a program that has lost its data
 void registerDisplayFontFrom(std::span<const std::byte> otf);
 
-/// The display font, or the system's where there is none. Call registerDisplayFont() first.
+/// The display font, or the system's if it could not be registered. Call registerDisplayFont() first.
 /// @param points  size of the em, 1 point being one logical pixel
 [[nodiscard]] juce::Font displayFont(float points);
 

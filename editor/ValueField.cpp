@@ -6,7 +6,7 @@ namespace velotrine {
 
 namespace {
 
-/// A menu acts on the field that has the keyboard, so a click in it is none elsewhere.
+/// A menu acts on the field that has the keyboard, so a click in it does not count as a click elsewhere.
 bool isInMenu(const juce::Component& component)
 {
     const auto* const open = juce::Component::getCurrentlyModalComponent();

@@ -11,7 +11,7 @@
 #include "engine/FatalError.h"
 
 #include <algorithm>
-#include <atomic>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -64,14 +64,14 @@ void place(juce::Component& component, juce::Rectangle<double> bounds)
 
 VelotrineAUViewControllerMac::VelotrineAUViewControllerMac()
     : parameters([this] { return audioUnit ? audioUnit->parameterTree() : nullptr; }),
-      refreshRequest(std::make_shared<MainThreadRequest>([this] { refreshControls(); }))
+      changedParameters(std::make_shared<ChangedParameters>([this](AddressSet changed) { refresh(changed); }))
 {
     dismissClick.onClick = [this] { dismissRingEditor(); };
 }
 
 VelotrineAUViewControllerMac::~VelotrineAUViewControllerMac()
 {
-    refreshRequest->cancel();
+    changedParameters->cancel();
     disconnectFromAudioUnit();
     if (isViewLoaded()) {
         view().removeMouseListener(&dismissClick);
@@ -227,16 +227,20 @@ void VelotrineAUViewControllerMac::connectToAudioUnit()
     isPlaying = kernel.internalPlaying;
     refreshControls();
 
-    const auto refreshLater = [weak = std::weak_ptr(refreshRequest)] {
-        if (const auto request = weak.lock())
-            request->triggerAsyncUpdate();
+    const auto refreshLater = [weak = std::weak_ptr(changedParameters)](AddressSet changed) {
+        if (const auto parametersToRead = weak.lock())
+            parametersToRead->insert(changed);
     };
+    const auto refreshAllLater = [refreshLater] { refreshLater(AddressSet::all()); };
     observedTree = audioUnit->parameterTree();
     if (observedTree)
-        paramObserverToken = observedTree->tokenByAddingParameterObserver(
-            [refreshLater](AUParameterAddress, AUValue) { refreshLater(); });
-    fullStateToken = audioUnit->addPropertyObserver(AUProperty::fullState, refreshLater);
-    currentPresetToken = audioUnit->addPropertyObserver(AUProperty::currentPreset, refreshLater);
+        paramObserverToken =
+            observedTree->tokenByAddingParameterObserver([refreshLater](AUParameterAddress address, AUValue) {
+                if (address < parameterCount)
+                    refreshLater(AddressSet(address));
+            });
+    fullStateToken = audioUnit->addPropertyObserver(AUProperty::fullState, refreshAllLater);
+    currentPresetToken = audioUnit->addPropertyObserver(AUProperty::currentPreset, refreshAllLater);
 }
 
 void VelotrineAUViewControllerMac::disconnectFromAudioUnit()
@@ -259,43 +263,67 @@ void VelotrineAUViewControllerMac::write(ParameterAddress address, float value)
 
 void VelotrineAUViewControllerMac::refreshControls()
 {
+    refresh(AddressSet::all());
+}
+
+void VelotrineAUViewControllerMac::refresh(AddressSet changed)
+{
     if (!isViewLoaded() || !audioUnit || !audioUnit->parameterTree())
         return;
     const juce::ScopedValueSetter refreshing(isRefreshing, true);
-    activityKnob->setValue(parameters.value(addressOf(GlobalParameter::activity)));
-    boredomKnob->setValue(parameters.value(addressOf(GlobalParameter::boredom)));
-    caloriesKnob->setValue(parameters.value(addressOf(GlobalParameter::calories)));
-    drudgeryKnob->setValue(parameters.value(addressOf(GlobalParameter::drudgery)));
-
-    const auto root = boundedIndex(parameters.value(addressOf(GlobalParameter::rootNote)), rootNames.size());
-    const auto scale =
-        boundedIndex(parameters.value(addressOf(GlobalParameter::scaleType)), scaleNames.size());
-    rootButton->show(root);
-    scaleButton->show(scale);
-
-    showTempo(parameters.value(addressOf(GlobalParameter::bpm)));
-    syncButton->setToggleState(parameters.value(addressOf(GlobalParameter::sync)) > 0.5f,
-                               juce::dontSendNotification);
+    std::array<bool, ringCount> ringHasChanged{};
+    for (const auto address : changed) {
+        if (address < globalParameterCount)
+            refreshGlobal(static_cast<GlobalParameter>(address));
+        else
+            ringHasChanged.at(static_cast<std::size_t>(ringOf(address))) = true;
+    }
+    for (int ring = 0; ring < ringCount; ++ring)
+        if (ringHasChanged.at(static_cast<std::size_t>(ring)))
+            refreshRing(ring);
     playButton->setToggleState(isPlaying, juce::dontSendNotification);
-    refreshRings();
     refreshSyncDependentControls();
-    refreshRingEditor();
 }
 
-void VelotrineAUViewControllerMac::refreshRings()
+void VelotrineAUViewControllerMac::refreshGlobal(GlobalParameter parameter)
+{
+    const auto value = parameters.value(addressOf(parameter));
+    switch (parameter) {
+    case GlobalParameter::activity:
+        return activityKnob->setValue(value);
+    case GlobalParameter::boredom:
+        return boredomKnob->setValue(value);
+    case GlobalParameter::calories:
+        return caloriesKnob->setValue(value);
+    case GlobalParameter::drudgery:
+        return drudgeryKnob->setValue(value);
+    case GlobalParameter::rootNote:
+        return rootButton->show(boundedIndex(value, rootNames.size()));
+    case GlobalParameter::scaleType:
+        return scaleButton->show(boundedIndex(value, scaleNames.size()));
+    case GlobalParameter::bpm:
+        return showTempo(value);
+    case GlobalParameter::sync:
+        return syncButton->setToggleState(value > 0.5f, juce::dontSendNotification);
+    case GlobalParameter::volume:
+        return; // the editor has no control for it
+    }
+}
+
+void VelotrineAUViewControllerMac::refreshRing(int ring)
 {
     auto& rings = *circlesView;
-    for (int ring = 0; ring < ringCount; ++ring) {
-        const auto i = static_cast<std::size_t>(ring);
-        const auto shown = static_cast<float>(rings.ringSpotCounts[i]);
-        const auto spots = wholeNumber(parameters.value(addressOf(RingParameter::spots, ring), shown));
-        // A host may write more than can be drawn.
-        rings.ringSpotCounts[i] = std::clamp<std::int64_t>(spots, 0, maxSpotsPerRing);
-        rings.spotsPerRing[i] = rings.ringSpotCounts[i];
-        rings.ringPhaseOffsets[i] = parameters.value(addressOf(RingParameter::phase, ring));
-        rings.ringProbabilities[i] = parameters.value(addressOf(RingParameter::probability, ring));
-    }
+    const auto i = static_cast<std::size_t>(ring);
+    const auto shown = static_cast<float>(rings.ringSpotCounts[i]);
+    const auto spots = wholeNumber(parameters.value(addressOf(RingParameter::spots, ring), shown));
+    // A host may write more than can be drawn.
+    rings.ringSpotCounts[i] = std::clamp<std::int64_t>(spots, 0, maxSpotsPerRing);
+    rings.spotsPerRing[i] = rings.ringSpotCounts[i];
+    rings.ringPhaseOffsets[i] = parameters.value(addressOf(RingParameter::phase, ring));
+    rings.ringProbabilities[i] = parameters.value(addressOf(RingParameter::probability, ring));
     rings.redraw();
+    if (rings.selectedRing == ring)
+        refreshRingEditor();
 }
 
 void VelotrineAUViewControllerMac::refreshRingEditor()

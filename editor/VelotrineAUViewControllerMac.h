@@ -2,11 +2,11 @@
 
 #include "audiounit/VelotrineAudioUnit.h"
 #include "editor/AURotaryControl.h"
+#include "editor/ChangedParameters.h"
 #include "editor/ChoiceButton.h"
 #include "editor/ClickOutside.h"
 #include "editor/ConcentricCirclesViewMac.h"
 #include "editor/EditorButton.h"
-#include "editor/MainThreadRequest.h"
 #include "editor/ParameterWriter.h"
 #include "editor/RingEditorViewMac.h"
 #include "editor/Stepper.h"
@@ -102,14 +102,17 @@ private:
     /// Escape closes the ring's panel; space plays and stops where no host wants that key.
     bool keyPressed(const juce::KeyPress& key);
 
-    void refreshRings();
+    /// Reads these parameters again, and nothing that it shows is written back.
+    void refresh(AddressSet changed);
+    void refreshGlobal(GlobalParameter parameter);
+    void refreshRing(int ring);
     void refreshRingEditor();
     void refreshSyncDependentControls();
     void showTempo(float bpm) const;
 
     juce::SharedResourcePointer<VelotrineLookAndFeel> lookAndFeel;
     ParameterWriter parameters;
-    std::shared_ptr<MainThreadRequest> refreshRequest;
+    std::shared_ptr<ChangedParameters> changedParameters;
     juce::Rectangle<int> ringEditorPlace; ///< where the layout puts the panel
     ClickOutside dismissClick;            ///< enabled while the ring's panel shows
     std::shared_ptr<AUParameterTree> observedTree;

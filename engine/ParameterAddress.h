@@ -52,4 +52,10 @@ inline constexpr ParameterAddress parameterCount = globalParameterCount + ringPa
            static_cast<ParameterAddress>(ring);
 }
 
+/// @param address  a ring's, from globalParameterCount on
+[[nodiscard]] constexpr int ringOf(ParameterAddress address) noexcept
+{
+    return static_cast<int>((address - globalParameterCount) % ringCount);
+}
+
 } // namespace velotrine

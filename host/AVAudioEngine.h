@@ -39,14 +39,15 @@ public:
     [[nodiscard]] AVAudioMixerNode& mainMixerNode() noexcept { return mixer; }
 
     /// Before start(). Connects the attached node to the main mixer; other nodes or mixers are a fatal error.
-    /// @param format  its rate is wished of the device when the device options name none; with none, the
+    /// @param format  its rate is requested from the device when the device options name none; empty for the
     ///                device's own
     void connect(const std::shared_ptr<AVAudioUnit>& source, AVAudioMixerNode& destination,
                  const std::optional<AVAudioFormat>& format);
 
     /// Allocates the unit's render resources and begins to play, a JACK server preferred, else on the
-    /// system's default device. With an error there is no sound; if it is for want of a device, the clock
-    /// runs all the same, and a device that appears later is used. Further calls do nothing. Throws nothing.
+    /// system's default device. With an error there is no sound; if that is because there is no device, the
+    /// clock runs all the same, and a device that appears later is used. Further calls do nothing. Throws
+    /// nothing.
     [[nodiscard]] std::optional<AUError> start();
 
     [[nodiscard]] bool hasDevice() const noexcept { return output.isOpen(); }

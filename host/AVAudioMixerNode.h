@@ -10,8 +10,8 @@ namespace velotrine {
 /// Where the unit's stereo sound becomes that of the device: its two channels as they are, their mean where
 /// there is only one, silence on any beyond the second.
 ///
-/// Two threads may come for sound, the device's and the one that keeps the clock going without a device; who
-/// comes while the other renders gets silence. Nobody waits.
+/// Two threads may ask for sound, the device's and the one that keeps the clock going without a device;
+/// whichever asks while the other renders gets silence. Neither waits.
 class AVAudioMixerNode
 {
 public:
@@ -21,7 +21,7 @@ public:
 
     /// Fills the channels; silence as long as there is no source, or where it refuses to render. Render
     /// thread.
-    /// @param channels      as many as the count says, each of so many frames
+    /// @param channels      `channelCount` of them, each `frames` long
     /// @param channelCount  0 renders for the clock's sake alone
     void render(float* const* channels, int channelCount, int frames) noexcept;
 

@@ -17,9 +17,7 @@ constexpr int noDisplay = 1;       ///< exit code
 
 } // namespace
 
-AppDelegate::AppDelegate(AudioDeviceOptions options, std::optional<double> scale)
-    : deviceOptions(std::move(options)), scaleOption(scale)
-{}
+AppDelegate::AppDelegate(HostOptions startedWith) : options(std::move(startedWith)) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -36,7 +34,7 @@ const juce::String AppDelegate::getApplicationVersion()
 void AppDelegate::initialise(const juce::String&)
 {
     if (juce::Desktop::getInstance().getDisplays().displays.isEmpty()) {
-        std::cerr << "VelotrineHostMac: there is no display to open a window on; is DISPLAY set?\n";
+        std::cerr << options.program << ": there is no display to open a window on; is DISPLAY set?\n";
         setApplicationReturnValue(noDisplay);
         quit();
         return;
@@ -47,7 +45,7 @@ void AppDelegate::initialise(const juce::String&)
 
 void AppDelegate::applyScale() const
 {
-    const auto wanted = scaleOption ? scaleOption : desktopScale(readDesktopSettings());
+    const auto wanted = options.scale ? options.scale : desktopScale(readDesktopSettings());
     auto& desktop = juce::Desktop::getInstance();
     const auto* const screen = desktop.getDisplays().getPrimaryDisplay();
     if (!wanted || screen == nullptr)
@@ -77,7 +75,7 @@ void AppDelegate::buildMenu()
 void AppDelegate::buildWindow()
 {
     hostVC = std::make_shared<HostViewController>();
-    hostVC->engine.setDeviceOptions(deviceOptions);
+    hostVC->engine.setDeviceOptions(options.device);
     hostVC->onHelpWindowCreated = [this](HelpWindowController& help) { adopt(help.window()); };
 
     window = std::make_unique<MainWindow>("Velotrine", colours::background, hostVC->view());

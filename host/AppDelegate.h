@@ -1,7 +1,7 @@
 #pragma once
 
 #include "editor/VelotrineLookAndFeel.h"
-#include "host/AudioDeviceOptions.h"
+#include "host/HostOptions.h"
 #include "host/HostViewController.h"
 #include "host/MainMenu.h"
 #include "host/MainWindow.h"
@@ -18,8 +18,7 @@ namespace velotrine {
 class AppDelegate final : public juce::JUCEApplication
 {
 public:
-    /// @param scale  pixels a point; without one, the desktop's
-    explicit AppDelegate(AudioDeviceOptions deviceOptions, std::optional<double> scale = {});
+    explicit AppDelegate(HostOptions options);
     ~AppDelegate() override;
 
     std::unique_ptr<MainWindow> window;
@@ -49,8 +48,7 @@ private:
     void showAll();
     void forEachOpenWindow(const std::function<void(HostWindow&)>& action);
 
-    const AudioDeviceOptions deviceOptions;
-    const std::optional<double> scaleOption;
+    const HostOptions options;
     VelotrineLookAndFeel lookAndFeel;
     std::unique_ptr<MainMenu> menu;
 };

@@ -5,7 +5,7 @@
 
 namespace velotrine {
 
-/// What is wished of the audio device; what is not said is left to it.
+/// Requested device settings; an empty one leaves the choice to the device.
 struct AudioDeviceOptions
 {
     std::optional<std::string> deviceName; ///< one of outputDevices(); none is the system's default

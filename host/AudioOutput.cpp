@@ -14,14 +14,14 @@ namespace {
 constexpr double usualSampleRate = 48000.0; ///< Hz; what most hardware runs at by itself
 constexpr int channelsWanted = 2;
 
-/// The value nearest to the wished one; the wished one where there is no choice.
+/// The available value nearest to the wanted one; the wanted one where the device names none.
 template <typename Value>
-Value nearest(const juce::Array<Value>& values, Value wished)
+Value nearest(const juce::Array<Value>& values, Value wanted)
 {
-    const auto* const best = std::min_element(values.begin(), values.end(), [wished](Value a, Value b) {
-        return std::abs(a - wished) < std::abs(b - wished);
+    const auto* const best = std::min_element(values.begin(), values.end(), [wanted](Value a, Value b) {
+        return std::abs(a - wanted) < std::abs(b - wanted);
     });
-    return best == values.end() ? wished : *best;
+    return best == values.end() ? wanted : *best;
 }
 
 int checksWithin(double seconds)
@@ -38,7 +38,7 @@ int patienceWith(juce::AudioIODevice& device)
         std::max(shortest, buffers * device.getCurrentBufferSizeSamples() / device.getCurrentSampleRate()));
 }
 
-/// What every type had to say, for the one error that comes of it.
+/// What went wrong with each type of device, for one error.
 std::string complaint(const AudioDeviceOptions& options, const juce::StringArray& problems)
 {
     const auto which = options.deviceName ? " called \"" + *options.deviceName + "\"" : std::string();
@@ -136,7 +136,7 @@ AudioOutput::State AudioOutput::check()
     requestsAtLastCheck = now;
     if (checksWithoutRequest < patience)
         return State::playing;
-    // JACK closes the device when its server ends. The others keep silent about their end.
+    // JACK closes the device when its server ends. The others just stop asking.
     return device->getTypeName() == "JACK" && device->isOpen() ? State::idle : State::lost;
 }
 

@@ -37,7 +37,7 @@ public:
     AudioOutput(const AudioOutput&) = delete;
     AudioOutput& operator=(const AudioOutput&) = delete;
 
-    /// Opens the device of the wished name, or else the first default that opens, prepares at its rate, and
+    /// Opens the device of the requested name, or the first default that opens, prepares at its rate, and
     /// lets it play. No error when it does.
     [[nodiscard]] std::optional<AUError> open(const AudioDeviceOptions& options, const Prepare& prepare);
 
@@ -46,7 +46,7 @@ public:
 
     [[nodiscard]] bool isOpen() const noexcept { return device != nullptr; }
 
-    /// To be called once in an interval; finds out within a few whether the device still asks for sound.
+    /// Call it once an interval; it takes a few to find out whether the device still asks for sound.
     [[nodiscard]] State check();
 
     /// How often the device has asked for sound. Any thread.
@@ -72,7 +72,7 @@ private:
     std::atomic<std::uint32_t> requestCount{0};
     std::uint32_t requestsAtLastCheck = 0;
     int checksWithoutRequest = 0;
-    int patience = 0; ///< so many checks without a request are nothing unusual
+    int patience = 0; ///< checks without a request that are nothing unusual
 };
 
 } // namespace velotrine

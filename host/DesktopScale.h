@@ -6,7 +6,7 @@
 
 namespace velotrine {
 
-// Pixels a point; what is outside of these makes a window that nobody can read or see the whole of.
+// Pixels a point. Beyond these bounds a window is too small to read, or too large to see whole.
 inline constexpr double smallestScale = 0.5;
 inline constexpr double largestScale = 8.0;
 

@@ -18,8 +18,8 @@ struct CloseDisplay
     void operator()(Display* display) const { XCloseDisplay(display); }
 };
 
-/// Keeps everybody else's requests waiting, so that a window that somebody owns does not go while it is
-/// asked: to Xlib, asking a window that is gone is the end of the program.
+/// Holds back every other client's requests, so that a window cannot vanish while it is queried: a query of a
+/// window that is gone makes Xlib end the program.
 class ServerGrab
 {
 public:

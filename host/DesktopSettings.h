@@ -6,8 +6,8 @@
 
 namespace velotrine {
 
-/// What an X desktop and the environment say that has to do with the size of things, as it is there. Empty
-/// where nothing is said.
+/// What an X desktop and the environment say about the size of things, unparsed. Empty where they say
+/// nothing.
 struct DesktopSettings
 {
     std::vector<std::byte> xSettings; ///< as the desktop's settings manager publishes them

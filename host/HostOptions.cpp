@@ -1,25 +1,25 @@
 #include "host/HostOptions.h"
 
+#include "commandline/ArgumentParser.h"
+#include "commandline/Arguments.h"
+#include "commandline/Errors.h"
+#include "commandline/NearestName.h"
 #include "host/DesktopScale.h"
-#include "render/ArgumentParser.h"
-#include "render/Arguments.h"
-#include "render/Errors.h"
-#include "render/NearestName.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace velotrine {
 
 namespace {
 
-constexpr const char* programName = "VelotrineHostMac";
 constexpr int usageWrong = 2;
 
 constexpr const char* examples = R"(Examples:
-  VelotrineHostMac
-  VelotrineHostMac --list-devices
-  VelotrineHostMac --device system --buffer 128
-  VelotrineHostMac --scale 1.5)";
+  velotrine-app
+  velotrine-app --list-devices
+  velotrine-app --device system --buffer 128
+  velotrine-app --scale 1.5)";
 
 /// What was typed, option by option; empty where nothing was.
 struct HostArguments
@@ -31,14 +31,15 @@ struct HostArguments
     std::string scale;
 };
 
-ProgramEnd complaint(const UsageError& error)
+ProgramEnd complaint(const std::string& program, const UsageError& error)
 {
-    return {.exitCode = usageWrong, .out = {}, .err = programName + (": " + asOneLine(error.what())) + "\n"};
+    return {.exitCode = usageWrong, .out = {}, .err = program + ": " + asOneLine(error.what()) + "\n"};
 }
 
-HostOptions understood(const HostArguments& arguments)
+HostOptions understood(const std::string& program, const HostArguments& arguments)
 {
     HostOptions options;
+    options.program = program;
     options.listDevices = arguments.listDevices;
     if (!arguments.device.empty())
         options.device.deviceName = arguments.device;
@@ -56,34 +57,35 @@ HostOptions understood(const HostArguments& arguments)
 
 std::variant<HostOptions, ProgramEnd> parseHostOptions(std::span<const char* const> arguments)
 {
+    const auto program = std::filesystem::path(arguments[0]).filename().string();
     HostArguments typed;
-    ArgumentParser parser(programName, "Velotrine " VELOTRINE_VERSION);
-    auto program = parser.program();
-    program.addFlag("--list-devices", typed.listDevices, "List the audio devices, the default first");
-    program.addOption("--device", typed.device,
+    ArgumentParser parser(program.c_str(), "Velotrine " VELOTRINE_VERSION);
+    auto command = parser.program();
+    command.addFlag("--list-devices", typed.listDevices, "List the audio devices, the default first");
+    command.addOption("--device", typed.device,
                       "Audio device to play on [JACK if it runs, else ALSA's default]", "NAME");
-    program.addOption("--sample-rate", typed.sampleRate,
+    command.addOption("--sample-rate", typed.sampleRate,
                       "Sample rate; the device's nearest is taken [its own]", "HZ");
-    program.addOption("--buffer", typed.buffer, "Buffer size; the device's nearest is taken [its own]",
+    command.addOption("--buffer", typed.buffer, "Buffer size; the device's nearest is taken [its own]",
                       "FRAMES");
-    program.addOption("--scale", typed.scale,
+    command.addOption("--scale", typed.scale,
                       "How many times its plain size everything is [the desktop's scale]", "NUMBER");
-    program.addExamples(examples);
+    command.addExamples(examples);
 
     try {
         const auto request = parser.parse(arguments);
         if (request.answer)
             return ProgramEnd{.exitCode = 0, .out = *request.answer, .err = {}};
-        return understood(typed);
+        return understood(program, typed);
     } catch (const UsageError& error) {
-        return complaint(error);
+        return complaint(program, error);
     }
 }
 
-ProgramEnd deviceListing(const std::vector<OutputDevice>& devices)
+ProgramEnd deviceListing(const HostOptions& options, const std::vector<OutputDevice>& devices)
 {
     if (devices.empty())
-        return {.exitCode = 0, .out = {}, .err = programName + std::string(": there is no audio device\n")};
+        return {.exitCode = 0, .out = {}, .err = options.program + ": there is no audio device\n"};
     ProgramEnd end;
     for (const auto& device : devices)
         end.out += device.type + "  " + device.name + "\n";
@@ -98,9 +100,9 @@ std::optional<ProgramEnd> refuseUnknownDevice(const HostOptions& options,
         return std::nullopt;
     std::vector<std::string> names(devices.size());
     std::ranges::transform(devices, names.begin(), &OutputDevice::name);
-    return complaint({"--device", "there is no audio device " + inQuotes(*wanted) +
-                                      suggestion(*wanted, names) + " (\"" + programName +
-                                      " --list-devices\" shows all)"});
+    return complaint(options.program, {"--device", "there is no audio device " + inQuotes(*wanted) +
+                                                       suggestion(*wanted, names) + " (\"" + options.program +
+                                                       " --list-devices\" shows all)"});
 }
 
 } // namespace velotrine

@@ -14,6 +14,7 @@ namespace velotrine {
 /// What the application was told to do on its command line.
 struct HostOptions
 {
+    std::string program = "velotrine-app"; ///< the name under which it was started, for its messages
     AudioDeviceOptions device;
     std::optional<double> scale; ///< pixels a point, smallestScale to largestScale; none follows the desktop
     bool listDevices = false;    ///< print deviceListing() instead of opening a window
@@ -31,8 +32,8 @@ struct ProgramEnd
 /// argument that will not do: one line that says what, where, and what instead.
 [[nodiscard]] std::variant<HostOptions, ProgramEnd> parseHostOptions(std::span<const char* const> arguments);
 
-/// A line for each device, type and name; a word on standard error when there is none.
-[[nodiscard]] ProgramEnd deviceListing(const std::vector<OutputDevice>& devices);
+/// A line for each device, type and name; a sentence on standard error when there are none.
+[[nodiscard]] ProgramEnd deviceListing(const HostOptions& options, const std::vector<OutputDevice>& devices);
 
 /// An end when the options ask for a device that is not among these; names the nearest.
 [[nodiscard]] std::optional<ProgramEnd> refuseUnknownDevice(const HostOptions& options,

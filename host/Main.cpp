@@ -35,14 +35,14 @@ int main(int argc, char** argv)
     if (options.listDevices || options.device.deviceName) {
         const auto devices = outputDevices(systemDeviceTypes());
         if (options.listDevices)
-            return finish(deviceListing(devices));
+            return finish(deviceListing(options, devices));
         if (const auto end = refuseUnknownDevice(options, devices))
             return finish(*end);
     }
 
     applicationOptions() = options;
     juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* {
-        return new AppDelegate(applicationOptions().device, applicationOptions().scale);
+        return new AppDelegate(applicationOptions());
     };
     return juce::JUCEApplicationBase::main(argc, const_cast<const char**>(argv));
 }

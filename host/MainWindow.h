@@ -7,9 +7,9 @@
 
 namespace velotrine {
 
-/// The application's main window. When it is enlarged, all in it grows, also what has one size in points, and
-/// so do the menus that open from it: half as fast as the window, and in quarters, at which the controls'
-/// edges lie on whole pixels.
+/// The application's main window. When it is enlarged, everything in it grows, even what has a fixed size in
+/// points, and so do the menus that open from it: half as fast as the window, and in quarters, at which the
+/// controls' edges lie on whole pixels.
 ///
 /// F10, or Alt by itself, opens the menu bar; F1 and "?" ask for help. Main thread.
 class MainWindow final : public HostWindow

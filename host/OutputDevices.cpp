@@ -11,7 +11,7 @@ namespace velotrine {
 namespace {
 
 #if JUCE_LINUX
-/// Without this, libjack tells standard error at each look that no server runs.
+/// Without this, libjack complains on standard error at each look that no server runs.
 void silenceJackMessages()
 {
     using MessageFunction = void (*)(const char*);

@@ -4,7 +4,7 @@
 
 namespace velotrine {
 
-/// A combo box that calls onChange for every choice, also when it is the one that was there before: who
+/// A combo box that calls onChange for every choice, even for the item that is already chosen: whoever
 /// chooses a preset again wants its values back. Return opens it, and the space bar while it is marked.
 class PopUpButton final : public Control<juce::ComboBox>
 {

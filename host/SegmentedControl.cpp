@@ -153,7 +153,7 @@ void SegmentedControl::resized()
     while (points > smallestFontPoints && textWidth(points) + sides * smallestPaddingPoints > available)
         points -= fontStepPoints;
 
-    // What the text leaves is shared out, also when it is more than one asked for.
+    // The room that the labels leave is shared out, even when there is more than was asked for.
     const auto padding = (available - textWidth(points)) / sides;
     auto x = static_cast<float>(area.getX());
     for (const auto& segment : segments) {

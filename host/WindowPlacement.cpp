@@ -24,7 +24,7 @@ juce::Rectangle<int> placedBeside(juce::Rectangle<int> neighbour, juce::Rectangl
         const auto common = place.getIntersection(neighbour);
         return common.getWidth() * common.getHeight();
     };
-    // A strip more or less is no reason to leave the usual side, but that nothing is covered is one.
+    // A strip more or less is no reason to leave the usual side; covering nothing is.
     const auto strip = gap * neighbour.getHeight();
     auto best = places.front();
     for (const auto& place : places)

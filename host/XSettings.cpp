@@ -42,7 +42,7 @@ public:
         return value;
     }
 
-    /// Texts are filled up to whole numbers of four bytes.
+    /// Texts are padded to a multiple of four bytes.
     std::string_view text(std::size_t length)
     {
         const auto bytes = take(length);

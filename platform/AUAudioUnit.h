@@ -150,7 +150,7 @@ protected:
     /// leaves everything as it was.
     virtual void makeRenderResources() {}
 
-    /// Lets go of what the host gave for rendering. Nothing renders by then.
+    /// Releases what the host gave for rendering. Nothing renders by then.
     virtual void dropRenderResources() {}
 
     /// Renders without a check. A new block each time; it must not need the unit itself.

@@ -60,8 +60,6 @@ HostedInstrument::HostedInstrument(InstrumentHost& host)
     connectTransport();
     observeEdits();
     cycles.setup(unit->renderBlock());
-    for (ParameterAddress address = 0; address < parameterCount; ++address)
-        shownValues[address] = value(address);
 }
 
 HostedInstrument::~HostedInstrument()
@@ -218,6 +216,7 @@ bool HostedInstrument::setValue(ParameterAddress address, double value) noexcept
     if (!bounded)
         return false;
     unit->dspKernel->setParameter(address, *bounded);
+    setByHost.insert(address);
     return true;
 }
 
@@ -228,11 +227,8 @@ float HostedInstrument::value(ParameterAddress address) const noexcept
 
 void HostedInstrument::followValues()
 {
-    for (ParameterAddress address = 0; address < parameterCount; ++address) {
-        const auto now = value(address);
-        if (std::exchange(shownValues[address], now) != now)
-            unit->parameterTree()->tellObserversOf(address, editsToken);
-    }
+    for (const auto address : setByHost.takeAll())
+        unit->parameterTree()->tellObserversOf(address, editsToken);
 }
 
 void HostedInstrument::observeEdits()
@@ -246,7 +242,6 @@ void HostedInstrument::observeEdits()
 
 void HostedInstrument::noteEdit(const AUParameterAutomationEvent& event)
 {
-    shownValues[event.address] = value(event.address);
     switch (event.eventType) {
     case AUParameterAutomationEventType::touch:
         heldParameter = event.address;

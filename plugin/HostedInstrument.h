@@ -3,12 +3,12 @@
 #include "audiounit/CycleRenderer.h"
 #include "audiounit/SampleRateRange.h"
 #include "audiounit/VelotrineAudioUnit.h"
+#include "engine/AddressSet.h"
 #include "engine/Shared.h"
 #include "plugin/HostTransport.h"
 #include "plugin/HostedState.h"
 #include "plugin/InstrumentHost.h"
 
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -81,7 +81,7 @@ public:
     /// The value in force; 0 for an address that no parameter has. Any thread.
     [[nodiscard]] float value(ParameterAddress address) const noexcept;
 
-    /// Shows the editor which values have changed since the last call, other than through the editor itself.
+    /// Tells the tree's observers, an editor among them, which values the host has set since the last call.
     /// Call it about 60 times a second while an editor is open. Main thread.
     void followValues();
 
@@ -145,9 +145,10 @@ private:
     Shared<bool> hostPlays{false};
     Shared<bool> tempoIsKnown{false}; ///< from now, or from before
 
+    SharedAddressSet setByHost; ///< and not yet followed
+
     // Main thread.
     AUParameterObserverToken editsToken = 0;
-    std::array<float, parameterCount> shownValues{}; ///< what the editor was told last
     std::optional<ParameterAddress> heldParameter;
 
     std::atomic<std::thread::id> quietWriter{};

@@ -1,13 +1,11 @@
 #include "plugin/HostedState.h"
 
+#include "audiounit/StateDocument.h"
 #include "audiounit/StateText.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <string>
-#include <utility>
-
-#include <nlohmann/json.hpp>
 
 namespace velotrine {
 
@@ -18,7 +16,7 @@ constexpr auto widthKey = "width";
 constexpr auto heightKey = "height";
 
 /// None for anything but a whole number.
-std::optional<int> readSide(const nlohmann::json& editor, const char* key)
+std::optional<int> readSide(const StateDocument& editor, const char* key)
 {
     const auto found = editor.find(key);
     if (found == editor.end() || !found->is_number_integer())
@@ -26,6 +24,18 @@ std::optional<int> readSide(const nlohmann::json& editor, const char* key)
     if (found->is_number_unsigned())
         return static_cast<int>(std::min<std::uint64_t>(found->get<std::uint64_t>(), EditorSize::maxSide));
     return 0; // a negative number, below every bound
+}
+
+std::optional<EditorSize> readEditorSize(const StateDocument& document)
+{
+    const auto editor = document.find(editorKey);
+    if (editor == document.end())
+        return std::nullopt;
+    const auto width = editor->is_object() ? readSide(*editor, widthKey) : std::nullopt;
+    const auto height = editor->is_object() ? readSide(*editor, heightKey) : std::nullopt;
+    if (!width || !height)
+        throw StateRefusal(R"("editor" must be an object with the whole numbers "width" and "height")");
+    return EditorSize{*width, *height}.bounded();
 }
 
 } // namespace
@@ -42,22 +52,14 @@ std::string hostedStateText(const AUFullState& state, EditorSize editorSize)
     return textFromState(state, {{editorKey, editor}});
 }
 
-HostedState hostedStateFromText(std::string_view text)
+HostedStateReading hostedStateFromText(std::string_view text)
 {
-    auto read = stateFromText(text);
-    if (!read.state)
-        return {std::nullopt, std::nullopt, std::move(read.error)};
-
-    const auto document = nlohmann::json::parse(text);
-    const auto editor = document.find(editorKey);
-    if (editor == document.end())
-        return {std::move(read.state), std::nullopt, {}};
-    const auto width = editor->is_object() ? readSide(*editor, widthKey) : std::nullopt;
-    const auto height = editor->is_object() ? readSide(*editor, heightKey) : std::nullopt;
-    if (!width || !height)
-        return {std::nullopt, std::nullopt,
-                R"("editor" must be an object with the whole numbers "width" and "height")"};
-    return {std::move(read.state), EditorSize{*width, *height}.bounded(), {}};
+    try {
+        const auto document = parseState(text);
+        return {stateFromDocument(document), readEditorSize(document), {}};
+    } catch (const StateRefusal& refusal) {
+        return {std::nullopt, std::nullopt, refusal.what()};
+    }
 }
 
 } // namespace velotrine

@@ -26,7 +26,7 @@ struct EditorSize
 
 /// What a session remembers of a plug-in, read from a text; or a sentence that says what is wrong with the
 /// text.
-struct HostedState
+struct HostedStateReading
 {
     std::optional<AUFullState> state;
     std::optional<EditorSize> editorSize; ///< none where the text has none
@@ -39,6 +39,6 @@ struct HostedState
 
 /// Reads such a text, or one without an editor's size. Strict about form, forgiving about sizes out of range.
 /// Never throws for what the text says.
-[[nodiscard]] HostedState hostedStateFromText(std::string_view text);
+[[nodiscard]] HostedStateReading hostedStateFromText(std::string_view text);
 
 } // namespace velotrine

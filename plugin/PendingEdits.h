@@ -1,10 +1,10 @@
 #pragma once
 
+#include "engine/AddressSet.h"
 #include "engine/ParameterAddress.h"
 
 #include <array>
 #include <atomic>
-#include <cstdint>
 
 namespace velotrine {
 
@@ -16,15 +16,15 @@ class PendingEdits
 public:
     // Main thread.
 
-    void beginGesture(ParameterAddress address) noexcept { held.fetch_or(bitOf(address)); }
+    void beginGesture(ParameterAddress address) noexcept { held.insert(address); }
 
     void setValue(ParameterAddress address, float value) noexcept
     {
         values[address].store(value, std::memory_order_relaxed);
-        edited.fetch_or(bitOf(address));
+        edited.insert(address);
     }
 
-    void endGesture(ParameterAddress address) noexcept { held.fetch_and(~bitOf(address)); }
+    void endGesture(ParameterAddress address) noexcept { held.erase(address); }
 
     /// Hands what has happened since the last call to the receiver: begin(address), value(address, value),
     /// end(address), each parameter's in this order. Each answers whether it took it; what it did not take
@@ -32,50 +32,38 @@ public:
     template <typename Receiver>
     void handOver(Receiver&& receiver) noexcept
     {
-        // Only where there is something to take: an exchange costs more than all else of a call without
-        // edits.
-        const auto nowEdited = edited.load() != 0 ? edited.exchange(0) : 0;
+        const auto nowEdited = edited.takeAll();
         const auto nowHeld = held.load();
-        const auto concerned = nowEdited | (nowHeld ^ toldHeld);
-        for (ParameterAddress address = 0; concerned != 0 && address < parameterCount; ++address) {
-            const auto bit = bitOf(address);
-            if ((concerned & bit) != 0 &&
-                !handOverOne(address, (nowEdited & bit) != 0, (nowHeld & bit) != 0, receiver))
-                edited.fetch_or(nowEdited & bit);
-        }
+        for (const auto address : nowEdited | (nowHeld ^ toldHeld))
+            if (!handOverOne(address, nowEdited.contains(address), nowHeld.contains(address), receiver) &&
+                nowEdited.contains(address))
+                edited.insert(address);
     }
 
 private:
-    [[nodiscard]] static constexpr std::uint64_t bitOf(ParameterAddress address) noexcept
-    {
-        static_assert(parameterCount <= 64);
-        return std::uint64_t{1} << address;
-    }
-
     template <typename Receiver>
     [[nodiscard]] bool handOverOne(ParameterAddress address, bool isEdited, bool isHeld,
                                    Receiver& receiver) noexcept
     {
-        const auto bit = bitOf(address);
-        if ((toldHeld & bit) == 0) {
+        if (!toldHeld.contains(address)) {
             if (!receiver.begin(address))
                 return false;
-            toldHeld |= bit;
+            toldHeld.insert(address);
         }
         if (isEdited && !receiver.value(address, values[address].load(std::memory_order_relaxed)))
             return false;
         if (!isHeld) {
             if (!receiver.end(address))
                 return true; // the value is told; the gesture's end comes with the next call
-            toldHeld &= ~bit;
+            toldHeld.erase(address);
         }
         return true;
     }
 
-    std::atomic<std::uint64_t> held{0};   ///< controls that are held now
-    std::atomic<std::uint64_t> edited{0}; ///< values that the host has not been told
+    SharedAddressSet held;   ///< controls that are held now
+    SharedAddressSet edited; ///< values that the host has not been told
     std::array<std::atomic<float>, parameterCount> values{};
-    std::uint64_t toldHeld = 0; ///< controls that the host believes to be held; for handOver()
+    AddressSet toldHeld; ///< controls that the host believes to be held; for handOver()
 };
 
 } // namespace velotrine

@@ -1,6 +1,6 @@
 #include "render/AudioFileWriter.h"
 
-#include "render/Errors.h"
+#include "commandline/Errors.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -53,8 +53,8 @@ int containerOf(const AudioFileWriter::Format& format)
     return bytes > largestWav ? SF_FORMAT_RF64 : SF_FORMAT_WAV;
 }
 
-/// The nearest steps of samples of so many bits, in the upper ones of 32. The library's own conversion would
-/// take the next lower step: twice the error, and half a step of offset.
+/// Samples as whole steps of `bits` bits, rounded to the nearest, in the upper bits of 32. The library's own
+/// conversion would round down: twice the error, and half a step of offset.
 void nearestSteps(std::span<const float> samples, int bits, std::int32_t* steps)
 {
     constexpr int allBits = 32;

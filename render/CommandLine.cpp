@@ -1,10 +1,10 @@
 #include "render/CommandLine.h"
 
 #include "audiounit/ParameterText.h"
+#include "commandline/ArgumentParser.h"
+#include "commandline/Arguments.h"
+#include "commandline/Errors.h"
 #include "engine/ParameterAddress.h"
-#include "render/ArgumentParser.h"
-#include "render/Arguments.h"
-#include "render/Errors.h"
 #include "render/Interruption.h"
 #include "render/Listing.h"
 #include "render/RenderJob.h"

@@ -2,8 +2,8 @@
 
 namespace velotrine {
 
-/// Makes Ctrl-C, a hang-up and a request to end the program only noted, so that long work can stop cleanly,
-/// and makes a closed pipe and a file-size limit plain write errors.
+/// From here on, Ctrl-C, a hang-up and a request to end the program are only noted, so that long work can
+/// stop cleanly; a closed pipe and a file-size limit become plain write errors.
 void noteSignals();
 
 /// The signal that asked the program to end, or 0.

@@ -13,8 +13,6 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr int highestKey = 127;
-
 void appendText(Bytes& bytes, std::string_view text)
 {
     std::ranges::copy(text, std::back_inserter(bytes));
@@ -135,22 +133,18 @@ std::int64_t MidiFile::ticksAt(double seconds) const
     return std::llround(seconds * quartersPerMinute / secondsPerMinute * ticksPerQuarter);
 }
 
-void MidiFile::addNote(int ring, int note, double startSeconds, double lengthSeconds, float gain)
+void MidiFile::addNote(double start, const MidiNote& note)
 {
-    if (note < 0 || note > highestKey || !(gain > 0.0f))
-        return;
-    const auto start = ticksAt(startSeconds);
-    const auto end = std::max(ticksAt(startSeconds + lengthSeconds), start + 1);
-    // Synthesizers take the square of the velocity for the gain.
-    const auto velocity = std::clamp(std::lround(std::sqrt(gain) * static_cast<float>(highestKey)), 1L, 127L);
+    const auto from = ticksAt(start);
+    const auto to = std::max(ticksAt(start + note.seconds), from + 1);
 
-    auto& [notes, latestAtKey] = tracks[static_cast<std::size_t>(ring)];
-    auto& latest = latestAtKey[static_cast<std::size_t>(note)];
+    auto& [notes, latestAtKey] = tracks[note.channel];
+    auto& latest = latestAtKey[note.key];
     if (latest > 0) {
         auto& earlier = notes[latest - 1];
-        earlier.end = std::clamp(earlier.end, earlier.start, std::max(start, earlier.start));
+        earlier.end = std::clamp(earlier.end, earlier.start, std::max(from, earlier.start));
     }
-    notes.push_back({start, end, static_cast<std::uint8_t>(note), static_cast<std::uint8_t>(velocity)});
+    notes.push_back({from, to, note.key, note.velocity});
     latest = notes.size();
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "audiounit/MidiNote.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -18,11 +20,9 @@ public:
     /// @param bpm  quarter notes a minute, within the bounds of the internal tempo
     explicit MidiFile(double bpm) : quartersPerMinute(bpm) {}
 
-    /// A note that the same ring starts again while it sounds ends there. Silent notes (gain 0) are left out.
-    /// @param ring  0 to 4; notes of one ring come in the order of their start
-    /// @param note  a MIDI note number; those outside 0 to 127 are left out
-    /// @param gain  0 to 1, linear
-    void addNote(int ring, int note, double startSeconds, double lengthSeconds, float gain);
+    /// A note that the same ring starts again while it sounds ends there.
+    /// @param start  seconds, 0 or more; notes of one ring come in the order of their start
+    void addNote(double start, const MidiNote& note);
 
     /// The file, complete.
     [[nodiscard]] std::vector<std::uint8_t> bytes() const;
@@ -40,7 +40,7 @@ private:
     {
         std::vector<Note> notes;
         /// 1 + index in `notes` of this key's latest note; 0 until it is played.
-        std::array<std::size_t, 128> latestAtKey{};
+        std::array<std::size_t, MidiNote::highestKey + 1> latestAtKey{};
     };
 
     [[nodiscard]] std::int64_t ticksAt(double seconds) const;

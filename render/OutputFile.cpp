@@ -1,6 +1,6 @@
 #include "render/OutputFile.h"
 
-#include "render/Errors.h"
+#include "commandline/Errors.h"
 #include "render/Interruption.h"
 
 #include <algorithm>

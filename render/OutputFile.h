@@ -8,7 +8,7 @@
 
 namespace velotrine {
 
-/// The file that a name leads to: links are followed, even one to a file that is yet to be made.
+/// The file that a name leads to: links are followed, even one to a file that does not exist.
 [[nodiscard]] std::filesystem::path destinationOf(const std::string& name);
 
 /// A file that appears under its name only when it is whole. Until it is committed it is a temporary one in

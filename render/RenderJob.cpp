@@ -4,7 +4,7 @@
 #include "audiounit/StateText.h"
 #include "audiounit/VelotrineAudioUnit.h"
 #include "audiounit/VelotrineComponent.h"
-#include "render/Errors.h"
+#include "commandline/Errors.h"
 #include "render/Interruption.h"
 #include "render/MidiFile.h"
 #include "render/OutputFile.h"
@@ -91,7 +91,7 @@ public:
         interleaved.resize(samplesPerWrite + 2 * static_cast<std::size_t>(cycleFrames));
     }
 
-    /// Exactly so many frames: a change that follows takes effect at the very next one.
+    /// Renders exactly this many frames: a change made after it takes effect at the very next one.
     void render(std::int64_t frames)
     {
         for (std::int64_t done = 0; done < frames;) {
@@ -157,8 +157,8 @@ private:
     void collectNotes(MidiFile& file) const
     {
         for (const auto& event : kernel.noteEvents())
-            file.addNote(event.ring, event.note, secondsAt(framesRendered + event.frame),
-                         static_cast<double>(event.decaySeconds), event.gain);
+            if (const auto note = midiNote(event))
+                file.addNote(secondsAt(framesRendered + event.frame), *note);
     }
 
     void flush()

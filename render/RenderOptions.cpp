@@ -3,9 +3,9 @@
 #include "audiounit/ParameterText.h"
 #include "audiounit/Parameters.h"
 #include "audiounit/Presets.h"
-#include "render/Arguments.h"
-#include "render/Errors.h"
-#include "render/NearestName.h"
+#include "commandline/Arguments.h"
+#include "commandline/Errors.h"
+#include "commandline/NearestName.h"
 #include "render/OutputFile.h"
 
 #include <algorithm>

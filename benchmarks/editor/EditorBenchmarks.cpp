@@ -32,7 +32,7 @@ public:
     VelotrineAUViewControllerMac controller;
 };
 
-/// What a frame costs on a screen of so many pixels for each point.
+/// What a frame costs, at a number of pixels a point.
 void paint(benchmark::State& state, BusyEditor& editor, juce::Component& component)
 {
     const auto pixelsPerPoint = static_cast<float>(state.range(0));

@@ -14,12 +14,6 @@ namespace velotrine {
 
 namespace {
 
-constexpr std::uint64_t bitOf(ParameterAddress address) noexcept
-{
-    static_assert(parameterCount <= 64);
-    return std::uint64_t{1} << address;
-}
-
 /// Whether a port says a value as a session does that keeps six digits of it.
 bool isRounded(float port, float value) noexcept
 {
@@ -97,7 +91,7 @@ void Lv2Plugin::applyPort(ParameterAddress address, float value) noexcept
     if (portValues[address].load(std::memory_order_relaxed) == value)
         return;
     portValues[address].store(value, std::memory_order_relaxed);
-    const auto isHeld = (held & bitOf(address)) != 0;
+    const auto isHeld = held.contains(address);
     const auto isState = restored != settled && isRounded(value, instrument.value(address));
     if (!isHeld && !isState)
         instrument.setValue(address, static_cast<double>(value));
@@ -166,15 +160,14 @@ EmbeddedEditor& Lv2Plugin::embeddedEditor()
 
 void Lv2Plugin::setEditorHost(InstrumentHost* host) noexcept
 {
-    for (ParameterAddress address = 0; address < parameterCount; ++address)
-        if ((held & bitOf(address)) != 0)
-            endGesture(address);
+    for (const auto address : held.load())
+        endGesture(address);
     editorHost = host;
 }
 
 void Lv2Plugin::beginGesture(ParameterAddress address)
 {
-    held |= bitOf(address);
+    held.insert(address);
     if (editorHost != nullptr)
         editorHost->beginGesture(address);
 }
@@ -187,7 +180,7 @@ void Lv2Plugin::valueChanged(ParameterAddress address, float value)
 
 void Lv2Plugin::endGesture(ParameterAddress address)
 {
-    held &= ~bitOf(address);
+    held.erase(address);
     if (editorHost != nullptr)
         editorHost->endGesture(address);
 }

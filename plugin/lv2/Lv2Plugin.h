@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/AddressSet.h"
 #include "plugin/EmbeddedEditor.h"
 #include "plugin/HostedInstrument.h"
 #include "plugin/InstrumentHost.h"
@@ -92,7 +93,7 @@ private:
 
     /// Controls that a hand holds in the editor. What their ports say is what the editor wrote to them some
     /// moments ago.
-    std::atomic<std::uint64_t> held{0};
+    SharedAddressSet held;
 
     InstrumentHost* editorHost = nullptr;
     HostedInstrument instrument{*this};

@@ -64,7 +64,7 @@ protected:
         return renderer.render(left.data(), right.data(), frames, lastCycle);
     }
 
-    /// That the last pull gave so many frames, from this number on, and wrote no further.
+    /// That the last pull gave `count` frames, numbered from `first` on, and wrote no further.
     void expectFrames(int first, int count)
     {
         std::vector<float> expected(static_cast<std::size_t>(count));
@@ -81,7 +81,7 @@ protected:
     std::vector<float> right;
 };
 
-TEST_F(CycleRendererOfACountingUnit, AsksForCyclesOf32FramesUnlessToldOtherwise)
+TEST_F(CycleRendererOfACountingUnit, AsksForCyclesOf32FramesByDefault)
 {
     EXPECT_EQ(CycleRenderer::defaultCycleFrames, 32);
     EXPECT_EQ(pull(100), noErr);

@@ -199,7 +199,7 @@ protected:
     }
 };
 
-TEST_F(RefusedStateText, ThatIsNotJsonSaysWhereItStopsToBe)
+TEST_F(RefusedStateText, ThatIsNotJsonSaysWhereItGoesWrong)
 {
     expectRefused({
         {"", {"JSON", "line 1"}},
@@ -226,7 +226,7 @@ TEST_F(RefusedStateText, WithSomethingBehindItSaysWhere)
     });
 }
 
-TEST_F(RefusedStateText, WithANumberThatIsNoneSaysWhich)
+TEST_F(RefusedStateText, WithAValueThatIsNoNumberSaysWhich)
 {
     expectRefused({
         {withParameters(R"({"volume": NaN})"), {"JSON", "line 1", "column 57"}},

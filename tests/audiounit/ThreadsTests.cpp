@@ -19,7 +19,7 @@ namespace {
 
 constexpr int framesPerPull = 64;
 
-/// Renders so many times what a small device buffer takes. Returns whether all of it was fit to be heard.
+/// Renders `pulls` buffers of a small device. Returns whether all of it was fit to be heard.
 bool rendersWell(const AURenderBlock& block, int pulls)
 {
     CycleRenderer renderer;

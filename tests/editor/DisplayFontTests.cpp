@@ -16,7 +16,7 @@ protected:
     }
 };
 
-TEST_F(DisplayFont, SetsPairsCloserThatWouldGapeOtherwise)
+TEST_F(DisplayFont, KernsPairsThatWouldGape)
 {
     EXPECT_LT(widthOf("Tone"), widthOf("T") + widthOf("one") - 5.0f);
     EXPECT_LT(widthOf("AV"), widthOf("A") + widthOf("V") - 3.0f);

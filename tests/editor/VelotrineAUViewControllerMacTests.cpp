@@ -86,6 +86,17 @@ TEST_F(Editor, AValueFromElsewhereMovesTheKnobAndIsNotSentBack)
     EXPECT_TRUE(events.empty());
 }
 
+TEST_F(Editor, AValueFromElsewhereIsTheOnlyOneReadAgain)
+{
+    unit->dspKernel->setParameter(addressOf(GlobalParameter::boredom), 0.875f); // and nobody is told
+    write(addressOf(GlobalParameter::activity), 0.25f);
+    runMessages();
+    EXPECT_EQ(controller->activityKnob->value(), 0.25f);
+    EXPECT_EQ(controller->boredomKnob->value(), 0.5f);
+    controller->refreshControls();
+    EXPECT_EQ(controller->boredomKnob->value(), 0.875f);
+}
+
 TEST_F(Editor, APresetAndAStateShowThemselves)
 {
     unit->setCurrentPreset(unit->factoryPresets()[4]);
@@ -373,15 +384,15 @@ TEST_F(Editor, AnotherUnitsEditorDoesNotHearOfTheOneBefore)
     std::ignore = alone.view();
     const auto first = alone.createAudioUnit(velotrineComponentDescription());
     const auto second = alone.createAudioUnit(velotrineComponentDescription());
-    // Nobody is told of this, so the knob shows it once something else makes the editor look.
+    // Nobody is told of this, so the knob shows it only once the editor looks.
     second->dspKernel->activity = 0.9f;
     first->parameterTree()->parameterWithAddress(activity)->setValue(0.3f);
     first->setCurrentPreset(first->factoryPresets()[2]);
     runMessages();
     EXPECT_EQ(alone.activityKnob->value(), 0.5f);
-    second->parameterTree()->parameterWithAddress(addressOf(GlobalParameter::boredom))->setValue(0.3f);
+    second->parameterTree()->parameterWithAddress(activity)->setValue(0.7f);
     runMessages();
-    EXPECT_EQ(alone.activityKnob->value(), 0.9f);
+    EXPECT_EQ(alone.activityKnob->value(), 0.7f);
 }
 
 TEST_F(Editor, GoesAwayWhileAnotherThreadWritesParameters)

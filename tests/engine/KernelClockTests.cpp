@@ -17,7 +17,7 @@ using test::PlayingKernel;
 
 constexpr double sampleRate = 48000.0;
 
-/// What so many additions of a step come to, a turn taken off wherever one is complete.
+/// The sum after `additions` additions of a step, a turn taken off wherever one is complete.
 double accumulated(double step, int additions)
 {
     double phase = 0.0;

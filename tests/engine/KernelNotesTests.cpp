@@ -24,8 +24,8 @@ void setUp(VelotrineDSPKernel& kernel)
     kernel.setup(512, 48000.0);
 }
 
-/// Makes the next note this pitch class: it becomes the root of a pentatonic scale, which comes for certain
-/// after a note that the scale does not have.
+/// Makes the next note this pitch class: it becomes the root of a pentatonic scale, which is certain to
+/// follow a note that the scale does not have.
 void forceNextPitchClass(VelotrineDSPKernel& kernel, int pitchClass)
 {
     kernel.scaleType = 2.0f;

@@ -131,7 +131,7 @@ public:
             offsets[ring] = std::max(static_cast<double>(kernel.phaseOffsets[ring].load()), 0.001);
     }
 
-    /// Where the hand stands on the ring after so many frames, in turns.
+    /// Where the hand stands on the ring after `frames` frames, in turns.
     [[nodiscard]] double hand(std::size_t ring, std::int64_t frames) const
     {
         const double bars = static_cast<double>(frames) * barStep;

@@ -34,8 +34,8 @@ constexpr std::int64_t framesPerBarDenominator = 247809;
 constexpr std::int64_t wholeFramesPerBar = framesPerBarNumerator / framesPerBarDenominator;
 
 /// The frame in which the hand comes to a spot of a ring that neither rotates nor wobbles: the first at whose
-/// end the clock has moved by so many bars and the share of the spot and the offset, in exact numbers.
-/// -1 is before the start.
+/// end the clock has moved by `bar` bars, the spot's share of one, and the offset, in exact numbers. -1 is
+/// before the start.
 std::int64_t frameOfSpot(std::int64_t bar, std::int64_t spot, std::int64_t spots,
                          std::int64_t offsetThousandths)
 {

@@ -37,8 +37,8 @@ public:
     std::vector<float> left;
     std::vector<float> right;
 
-    /// Leaves one ring with so many spots, all of which fire, and takes the spots off the others. Nothing
-    /// rotates or wobbles: the ring's phase is the clock's less the ring's offset.
+    /// Gives one ring `spots` spots, all of which fire, and takes the spots off the others. Nothing rotates
+    /// or wobbles: the ring's phase is the clock's less the ring's offset.
     void playOnlyRing(std::size_t ring, std::int64_t spots)
     {
         kernel.activity = 0.0f;
@@ -50,7 +50,7 @@ public:
             probability = 1.0f;
     }
 
-    /// Renders so many frames in blocks of one length; the last may be shorter.
+    /// Renders frames in blocks of one length; the last may be shorter.
     void run(std::int64_t frames, int block) { run(frames, std::span(&block, 1)); }
 
     /// Renders so many frames in blocks of these lengths, over and over.

@@ -137,7 +137,7 @@ TEST(AVAudioEngine, TakesTheNearestRateAndBufferThatTheDeviceHas)
     EXPECT_EQ(playing.instrument->dspKernel->sampleRate, 96000.0);
 }
 
-TEST(AVAudioEngine, ADeviceIsAskedForTheRateOfTheConnectionsFormat)
+TEST(AVAudioEngine, TheRateOfAConnectionsFormatIsRequestedFromTheDevice)
 {
     FakeSound sound;
     sound.sampleRates = {44100.0, 48000.0, 96000.0};
@@ -345,7 +345,7 @@ TEST(AVAudioEngine, AnIdleJackClientStaysOpenAndDrivesTheClockAgainWhenItAsksFor
     EXPECT_EQ(playing.clock(), before);
 }
 
-TEST(AVAudioEngine, ReleasingItStopsTheDevice)
+TEST(AVAudioEngine, DroppingItStopsTheDevice)
 {
     FakeSound sound;
     {

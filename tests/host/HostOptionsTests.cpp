@@ -122,7 +122,7 @@ const std::vector<OutputDevice> devices{{"JACK", "system"}, {"ALSA", "Default AL
 
 TEST(HostOptions, TheListingHasALineForEachDevice)
 {
-    const auto listing = deviceListing(devices);
+    const auto listing = deviceListing({}, devices);
     EXPECT_EQ(listing.exitCode, 0);
     EXPECT_EQ(listing.out, "JACK  system\nALSA  Default ALSA Output\n");
     EXPECT_EQ(listing.err, "");
@@ -130,7 +130,7 @@ TEST(HostOptions, TheListingHasALineForEachDevice)
 
 TEST(HostOptions, TheListingSaysWhenThereIsNoDevice)
 {
-    const auto listing = deviceListing({});
+    const auto listing = deviceListing(options({}), {});
     EXPECT_EQ(listing.exitCode, 0);
     EXPECT_EQ(listing.out, "");
     EXPECT_EQ(listing.err, "VelotrineHostMac: there is no audio device\n");

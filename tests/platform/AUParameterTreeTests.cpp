@@ -239,7 +239,7 @@ TEST_F(AUParameterTreeOfThree, ARemovedAutomationObserverIsNotNotified)
     EXPECT_EQ(calls, 0);
 }
 
-TEST_F(AUParameterTreeOfThree, AnnouncesAValueThatChangedElsewhereWithoutWritingIt)
+TEST_F(AUParameterTreeOfThree, ReportsAValueThatChangedElsewhereWithoutWritingIt)
 {
     std::vector<Write> originatorsWrites;
     std::vector<Write> othersWrites;

@@ -110,6 +110,22 @@ TEST_F(HostedInstrumentWithoutSound, WrapsAnEditWithoutAGestureInOne)
     EXPECT_EQ(host.told, (Told{"begin 8", "8 = 0.", "end 8"}));
 }
 
+TEST_F(HostedInstrumentWithoutSound, ShowsTheEditorOnceWhatTheHostSetManyTimes)
+{
+    instrument.setValue(spotsOfRing1, 3.0);
+    instrument.setValue(activity, 0.25);
+    instrument.setValue(activity, 0.75);
+    instrument.followValues();
+    EXPECT_EQ(shown, (Told{"0 = 0.750000", "9 = 3.000000"}));
+}
+
+TEST_F(HostedInstrumentWithoutSound, DoesNotShowTheEditorWhatTheHostWasRefused)
+{
+    instrument.setValue(activity, std::numeric_limits<double>::quiet_NaN());
+    instrument.followValues();
+    EXPECT_EQ(shown, Told{});
+}
+
 TEST_F(HostedInstrumentWithoutSound, DoesNotShowTheEditorItsOwnEditAgain)
 {
     tree->parameterWithAddress(activity)->setValue(0.25f);

@@ -72,7 +72,7 @@ TEST(HostedState, BoundsTheEditorsSize)
         (EditorSize{EditorSize::maxSide, EditorSize::maxSide}));
 }
 
-TEST(HostedState, RefusesAnImpossibleEditorSize)
+TEST(HostedState, RefusesAnEditorSizeThatIsNotOne)
 {
     for (const auto* const editor :
          {"7", "null", "[]", R"({"width": 400})", R"({"width": 400.5, "height": 400})",

@@ -304,7 +304,7 @@ TEST(EngineAndTranscriptionAtExtremes, AgreeWhereVoicesMakeMoreThanATurnASample)
     {
         float octave;
         float drudgery;
-        double turnsASample; ///< the fastest modulator makes at least so many
+        double turnsASample; ///< of the fastest modulator, at least
     };
 
     constexpr double sampleRate = 8000.0;

@@ -12,7 +12,7 @@ struct AudioFile
     int sampleRate = 0; ///< Hz
     int channels = 0;
     int format = 0;                  ///< libsndfile's container and sample format
-    std::vector<float> samples;      ///< channels by turns; full scale is 1
+    std::vector<float> samples;      ///< interleaved; full scale is 1
     std::vector<std::int32_t> whole; ///< the same with full scale 2^31; of no meaning for floats
 
     [[nodiscard]] std::int64_t frames() const { return static_cast<std::int64_t>(samples.size()) / channels; }

@@ -1,6 +1,6 @@
 #include "render/AudioFileWriter.h"
 
-#include "render/Errors.h"
+#include "commandline/Errors.h"
 #include "tests/render/AudioFile.h"
 #include "tests/support/TemporaryFolder.h"
 

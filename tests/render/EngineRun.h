@@ -33,7 +33,7 @@ struct EngineRun
     std::vector<float> right;
     std::vector<Note> notes;
 
-    /// Left and right by turns.
+    /// Interleaved: L R L R.
     [[nodiscard]] std::vector<float> interleaved() const;
 };
 

@@ -1,6 +1,6 @@
 #include "render/OutputFile.h"
 
-#include "render/Errors.h"
+#include "commandline/Errors.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <filesystem>

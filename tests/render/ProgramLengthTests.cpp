@@ -95,7 +95,7 @@ TEST_F(Tail, IsNotThereWhenNothingSounds)
     EXPECT_THAT(file.samples, Each(0.0f));
 }
 
-TEST_F(Tail, IsAutomaticUnlessToldOtherwise)
+TEST_F(Tail, IsAutomaticByDefault)
 {
     render({"--preset", "1", "--seconds", "0.5", "--out", "default.wav"});
     render({"--preset", "1", "--seconds", "0.5", "--tail", "auto", "--out", "auto.wav"});

@@ -1,4 +1,4 @@
-#include "render/Errors.h"
+#include "commandline/Errors.h"
 #include "render/RenderOptions.h"
 #include "tests/support/TemporaryFolder.h"
 

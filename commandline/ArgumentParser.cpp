@@ -1,7 +1,7 @@
-#include "render/ArgumentParser.h"
+#include "commandline/ArgumentParser.h"
 
-#include "render/Errors.h"
-#include "render/NearestName.h"
+#include "commandline/Errors.h"
+#include "commandline/NearestName.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,4 +1,4 @@
-#include "render/NearestName.h"
+#include "commandline/NearestName.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,8 +1,8 @@
-#include "render/Arguments.h"
+#include "commandline/Arguments.h"
 
 #include "audiounit/ParameterText.h"
 #include "audiounit/SampleRateRange.h"
-#include "render/Errors.h"
+#include "commandline/Errors.h"
 
 #include <algorithm>
 #include <cmath>
