@@ -80,6 +80,20 @@ TEST_F(ClapEditor, AsksForAFlushWhereNothingRenders)
     EXPECT_FALSE(host.told.empty());
 }
 
+TEST_F(ClapEditor, DoesNotReportALoadedStateAsEdits)
+{
+    ClapHost first(library);
+    first.flush({{0, 7, 0.25}});
+    ClapHost host(library);
+    open(host, display.makeWindow(editorWidth, editorHeight));
+    host.runLoop(50ms);
+    ASSERT_TRUE(host.load(first.save()));
+    host.runLoop(100ms);
+    host.flush({});
+    EXPECT_EQ(host.value(7), 0.25);
+    EXPECT_TRUE(host.told.empty());
+}
+
 TEST_F(ClapEditor, ShowsItselfInAHostThatOnlyHasTimers)
 {
     ClapHost host(library);
