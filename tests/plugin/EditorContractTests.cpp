@@ -142,12 +142,13 @@ TYPED_TEST(EditorContract, FollowsTheHostsResizeAndRemembersTheSize)
     const auto size = [&] { return this->display.sizeOf(this->display.childOf(window)); };
     TypeParam plugin;
     ASSERT_TRUE(plugin.openEditor(window));
-    for (const auto& [wanted, given] : {std::pair{std::pair{10, 10}, std::pair{360, 320}},
-                                        {{600, 500}, {600, 500}},
-                                        {{800, 700}, {800, 700}}}) {
-        EXPECT_TRUE(plugin.resizeEditor(wanted.first, wanted.second));
-        EXPECT_TRUE(this->waitFor(plugin, [&] { return size() == given; })) << given.first;
-    }
+    const auto resizedTo = [&](std::pair<int, int> wanted, std::pair<int, int> given) {
+        return plugin.resizeEditor(wanted.first, wanted.second) &&
+               this->waitFor(plugin, [&] { return size() == given; });
+    };
+    EXPECT_TRUE(resizedTo({10, 10}, {360, 320}));
+    EXPECT_TRUE(resizedTo({600, 500}, {600, 500}));
+    EXPECT_TRUE(resizedTo({800, 700}, {800, 700}));
     const auto saved = plugin.save();
     EXPECT_NE(saved.find("\"width\": 800"), std::string::npos);
     EXPECT_NE(saved.find("\"height\": 700"), std::string::npos);

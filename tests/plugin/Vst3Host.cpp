@@ -154,7 +154,7 @@ std::vector<Vst3Parameter> Vst3Host::parameters() const
 {
     std::vector<Vst3Parameter> all;
     for (int32 i = 0; i < self->controller->getParameterCount(); ++i) {
-        Vst::ParameterInfo info;
+        Vst::ParameterInfo info{};
         self->controller->getParameterInfo(i, info);
         all.push_back(
             {info.id, fromUtf16(info.title), info.stepCount, info.defaultNormalizedValue, info.flags});
@@ -192,7 +192,7 @@ std::optional<double> Vst3Host::valueOf(std::uint32_t id, const std::string& tex
 std::vector<std::string> Vst3Host::programs() const
 {
     std::vector<std::string> names;
-    Vst::ProgramListInfo list;
+    Vst::ProgramListInfo list{};
     if (self->units->getProgramListInfo(0, list) != kResultOk)
         return names;
     for (int32 i = 0; i < list.programCount; ++i) {
@@ -288,8 +288,9 @@ bool Vst3Host::open(unsigned long parentWindow, double scale)
     auto* const scaling = query<IPlugViewContentScaleSupport>(self->view, IPlugViewContentScaleSupport_iid);
     scaling->setContentScaleFactor(static_cast<float>(scale));
     scaling->release();
-    return self->view->attached(reinterpret_cast<void*>(parentWindow), kPlatformTypeX11EmbedWindowID) ==
-           kResultOk;
+    auto* const window =
+        reinterpret_cast<void*>(parentWindow); // NOLINT(performance-no-int-to-ptr): the format's way
+    return self->view->attached(window, kPlatformTypeX11EmbedWindowID) == kResultOk;
 }
 
 void Vst3Host::close()
@@ -322,6 +323,7 @@ void Vst3Host::runLoop(std::chrono::milliseconds duration)
     while (std::chrono::steady_clock::now() < end) {
         const auto handlers = self->frame.loop.handlers;
         std::vector<pollfd> watched;
+        watched.reserve(handlers.size());
         for (const auto& [descriptor, each] : handlers)
             watched.push_back({.fd = descriptor, .events = POLLIN, .revents = 0});
         poll(watched.data(), watched.size(), 5);

@@ -20,7 +20,10 @@ constexpr double timeoutSeconds = 10.0;
 
 std::string serverName()
 {
-    return std::getenv("JACK_DEFAULT_SERVER");
+    const auto* const name = std::getenv("JACK_DEFAULT_SERVER");
+    if (name == nullptr)
+        throw std::runtime_error("JACK_DEFAULT_SERVER names no server of the test's own");
+    return name;
 }
 
 bool isAnswering()
