@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -342,6 +343,21 @@ TEST_F(AUAudioUnitFullState, IsWrittenThroughTheTreeInItsOrder)
     unit.setFullState({{{"first", 0.5f}, {"second", 60.0f}}, {}});
     EXPECT_NE(token, 0U);
     EXPECT_EQ(writes, (std::vector<std::pair<AUParameterAddress, AUValue>>{{1, 60.0f}, {0, 0.5f}}));
+}
+
+TEST_F(AUAudioUnitFullState, IsWrittenWithoutTellingItsOriginatorOfTheValues)
+{
+    int told = 0;
+    const auto originator =
+        unit.tree->tokenByAddingParameterObserver([&told](AUParameterAddress, AUValue) { ++told; });
+    int changes = 0;
+    std::ignore = unit.addPropertyObserver(AUProperty::fullState, [&changes] { ++changes; });
+    unit.setFullState({{{"first", 0.5f}, {"second", 60.0f}}, {}}, originator);
+    EXPECT_EQ(told, 0);
+    EXPECT_EQ(first->value(), 0.5f);
+    EXPECT_EQ(changes, 1);
+    unit.setFullState({{{"first", 0.5f}}, {}});
+    EXPECT_EQ(told, 1);
 }
 
 TEST_F(AUAudioUnitFullState, BoundsValuesToTheParametersRange)

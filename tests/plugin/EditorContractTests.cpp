@@ -1,3 +1,4 @@
+#include "plugin/ThreadChecks.h"
 #include "tests/plugin/EditorInUse.h"
 #include "tests/plugin/PluginContract.h"
 #include "tests/plugin/Repeatedly.h"
@@ -239,6 +240,8 @@ TYPED_TEST(EditorContract, IsOpenWhileItPlaysAndLoadsStates)
 
 TYPED_TEST(EditorContract, OpensAndClosesWhileItPlaysAndIsSavedAndLoadedOnOtherThreads)
 {
+    if (checksThreads)
+        GTEST_SKIP() << "a debug build stops a host that handles states on another thread than its main one";
     TypeParam plugin;
     ASSERT_TRUE(plugin.start(sampleRate, 512));
     plugin.setTransport(rolling);

@@ -34,7 +34,7 @@ struct HostedPlayer
     Sound render(int frames)
     {
         Sound sound(frames);
-        instrument.render(sound.left.data(), sound.right.data(), frames);
+        instrument.render({sound.left.data(), sound.right.data()}, frames);
         return sound;
     }
 
@@ -82,7 +82,7 @@ Sound sessionIn(const BlockSizes& sizes)
             player.instrument.setValue(volume, 0.3);
         if (offset == 20012)
             player.instrument.setValue(addressOf(RingParameter::spots, 2), 15.0);
-        player.instrument.render(sound.left.data() + offset, sound.right.data() + offset, frames);
+        player.instrument.render({sound.left.data() + offset, sound.right.data() + offset}, frames);
     });
     return sound;
 }
@@ -151,7 +151,7 @@ TEST(HostedInstrument, SoundsTheSameAfterRestsAsIfItHadAskedTheHostInEveryCycle)
             const auto frames = lengths[static_cast<std::size_t>(below(static_cast<int>(lengths.size())))];
             for (const int piece : {frames, 7, 64}) {
                 Sound sound(piece);
-                expected.renderer.render(sound.left.data(), sound.right.data(), piece);
+                expected.renderer.render({sound.left.data(), sound.right.data()}, piece);
                 ASSERT_TRUE(player.render(piece) == sound) << seed << " " << block;
                 hasSounded = hasSounded || !sound.isSilent();
             }
@@ -236,9 +236,9 @@ TEST(HostedInstrument, SoundsTheSameOnEitherSideWhenTheOtherIsMissing)
     HostedPlayer leftOnly;
     leftOnly.instrument.setTransport(rolling);
     Sound sound(48000);
-    leftOnly.instrument.render(sound.left.data(), nullptr, 20000);
-    leftOnly.instrument.render(nullptr, nullptr, 10);
-    leftOnly.instrument.render(nullptr, sound.right.data() + 20010, 27990);
+    leftOnly.instrument.render({sound.left.data(), nullptr}, 20000);
+    leftOnly.instrument.render({}, 10);
+    leftOnly.instrument.render({nullptr, sound.right.data() + 20010}, 27990);
     EXPECT_TRUE(std::equal(sound.left.begin(), sound.left.begin() + 20000, expected.left.begin()));
     EXPECT_TRUE(std::equal(sound.right.begin() + 20010, sound.right.end(), expected.right.begin() + 20010));
     EXPECT_EQ(sound.left[20000], Sound::untouched);
@@ -248,8 +248,8 @@ TEST(HostedInstrument, WritesNothingForNoFrames)
 {
     HostedPlayer player;
     Sound sound(1);
-    player.instrument.render(sound.left.data(), sound.right.data(), 0);
-    player.instrument.render(sound.left.data(), sound.right.data(), -7);
+    player.instrument.render({sound.left.data(), sound.right.data()}, 0);
+    player.instrument.render({sound.left.data(), sound.right.data()}, -7);
     EXPECT_EQ(sound.left[0], Sound::untouched);
 }
 
@@ -259,7 +259,7 @@ TEST(HostedInstrument, IsSilentWhileItIsNotPrepared)
     HostedInstrument instrument(host);
     instrument.setTransport(rolling);
     Sound sound(1000);
-    instrument.render(sound.left.data(), sound.right.data(), 1000);
+    instrument.render({sound.left.data(), sound.right.data()}, 1000);
     EXPECT_TRUE(sound.isSilent());
     instrument.reset();
 }
@@ -300,7 +300,7 @@ TEST(HostedInstrument, TheRenderThreadDoesNotAllocate)
         for (ParameterAddress address = 0; address < parameterCount; ++address)
             player.instrument.setValue(address, static_cast<double>(block % 10) / 10.0);
         player.instrument.setValue(volume, 0.5);
-        player.instrument.render(sound.left.data(), sound.right.data(), 17 + 67 * block);
+        player.instrument.render({sound.left.data(), sound.right.data()}, 17 + 67 * block);
         if (block == 30)
             player.instrument.reset();
     }

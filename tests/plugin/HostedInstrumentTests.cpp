@@ -255,7 +255,7 @@ TEST_F(HostedInstrumentWithoutSound, SaysNothingWhileAnEarlierTempoIsInForce)
 {
     ASSERT_TRUE(instrument.prepare(48000.0));
     instrument.setTransport(HostTransport{.tempo = 120.0, .isPlaying = true});
-    instrument.render(nullptr, nullptr, 64);
+    instrument.render({}, 64);
     instrument.setTransport(HostTransport{.isPlaying = true});
     EXPECT_EQ(instrument.transportNotice(), "");
 }
@@ -265,7 +265,7 @@ TEST_F(HostedInstrumentWithoutSound, SaysThatATempoIsMissingIfTheHostSentItOnlyW
     ASSERT_TRUE(instrument.prepare(48000.0));
     instrument.setValue(sync, 0.0);
     instrument.setTransport(HostTransport{.tempo = 120.0, .isPlaying = true});
-    instrument.render(nullptr, nullptr, 64);
+    instrument.render({}, 64);
     instrument.setTransport(HostTransport{.isPlaying = true});
     instrument.setValue(sync, 1.0);
     EXPECT_EQ(instrument.transportNotice(), "no tempo from the host");

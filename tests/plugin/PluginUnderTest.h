@@ -13,7 +13,8 @@ namespace velotrine {
 
 /// One instance of the plug-in in a host of its format: what a host of any format can do. It is loaded from
 /// the file that the build made, and destroyed as a host does that has forgotten nothing. The threads are the
-/// format's: render() on one thread at a time, states on any, all else on the main thread.
+/// format's: render() on one thread at a time, all else on the main thread. A release build takes states on
+/// any.
 class PluginUnderTest
 {
 public:

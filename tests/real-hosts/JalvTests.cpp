@@ -130,7 +130,7 @@ Sound expectedSound(const JackTake& take)
                                               .beatsPerBar = 4,
                                               .beatUnit = 4,
                                               .isPlaying = cycle.isRolling});
-        instrument.render(sound.left.data() + done, sound.right.data() + done, cycle.frames);
+        instrument.render({sound.left.data() + done, sound.right.data() + done}, cycle.frames);
         done += cycle.frames;
     }
     return sound;

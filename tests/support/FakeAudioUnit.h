@@ -81,7 +81,8 @@ protected:
         };
     }
 
-    void applyCurrentPreset(const std::optional<AUAudioUnitPreset>& newPreset) override
+    void applyCurrentPreset(const std::optional<AUAudioUnitPreset>& newPreset,
+                            AUParameterObserverToken) override
     {
         preset = newPreset;
         ++presetsApplied;

@@ -116,7 +116,7 @@ inline Sound soundOfTheAudioUnit(int frames, double sampleRate, double tempo,
     CycleRenderer renderer;
     renderer.setup(unit->renderBlock());
     Sound sound(frames);
-    renderer.render(sound.left.data(), sound.right.data(), frames);
+    renderer.render({sound.left.data(), sound.right.data()}, frames);
     return sound;
 }
 
