@@ -1,0 +1,34 @@
+#pragma once
+
+#include "audiounit/VelotrineAudioUnit.h"
+#include "render/RenderOptions.h"
+#include "takes/Take.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace velotrine {
+
+/// An instrument as the registry makes it. Throws WorkError.
+[[nodiscard]] std::shared_ptr<VelotrineAudioUnit> makeAudioUnit();
+
+/// What is to be rendered. Everything is a take: a preset is one in which nothing happens but that the clock
+/// starts.
+struct Piece
+{
+    Take take;
+    std::string stateText; ///< the settings with which it begins, for a state file
+    int sampleRate;        ///< Hz
+
+    // In frames from the piece's beginning
+
+    std::int64_t from; ///< where writing begins
+    std::int64_t end;  ///< where the clock stops, above from
+};
+
+/// Reads what the options name, and finds out how long it is. Throws UsageError for a file that is not what
+/// it should be, and for a length that there is not.
+[[nodiscard]] Piece pieceOf(const RenderOptions& options);
+
+} // namespace velotrine
