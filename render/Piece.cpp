@@ -4,7 +4,6 @@
 #include "audiounit/StateText.h"
 #include "audiounit/VelotrineComponent.h"
 #include "commandline/Errors.h"
-#include "render/PieceLength.h"
 #include "takes/TakeText.h"
 
 #include <algorithm>
@@ -137,9 +136,7 @@ Piece pieceOf(const RenderOptions& options)
         options.sampleRate.value_or(static_cast<int>(std::lround(piece.take.start.sampleRate)));
     if (!options.outPath.empty())
         checkContainer(options, piece.sampleRate);
-    const auto frames = framesOf(piece.take, options, piece.sampleRate);
-    piece.from = frames.from;
-    piece.end = frames.end;
+    piece.frames = framesOf(piece.take, options, piece.sampleRate);
     return piece;
 }
 

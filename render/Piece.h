@@ -1,10 +1,10 @@
 #pragma once
 
 #include "audiounit/VelotrineAudioUnit.h"
+#include "render/PieceLength.h"
 #include "render/RenderOptions.h"
 #include "takes/Take.h"
 
-#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -21,10 +21,7 @@ struct Piece
     std::string stateText; ///< the settings with which it begins, for a state file
     int sampleRate;        ///< Hz
 
-    // In frames from the piece's beginning
-
-    std::int64_t from; ///< where writing begins
-    std::int64_t end;  ///< where the clock stops, above from
+    PieceFrames frames;
 };
 
 /// Reads what the options name, and finds out how long it is. Throws UsageError for a file that is not what

@@ -21,6 +21,13 @@ public:
         player.apply(kernel);
     }
 
+    /// The first frame of the cycle that comes now or later and holds this frame.
+    [[nodiscard]] std::int64_t cycleWith(std::int64_t frame) const
+    {
+        const auto ahead = frame - player.frame();
+        return ahead < 0 ? player.frame() : frame - ahead % player.cycleFrames();
+    }
+
     /// The frame at which a bar comes. Bars are asked for in their order.
     std::int64_t frameOf(double bar, const char* option)
     {
@@ -68,17 +75,26 @@ private:
 PieceFrames framesOf(const Take& take, const RenderOptions& options, int sampleRate)
 {
     Walk walk(take, sampleRate);
-    const auto from = options.fromBar > 0.0 ? walk.frameOf(options.fromBar, "--from") : 0;
-    if (options.seconds)
-        return {from, from + std::max<std::int64_t>(1, std::llround(*options.seconds * sampleRate))};
-    if (options.bars || options.takePath.empty()) {
-        const auto end = walk.frameOf(options.fromBar + options.bars.value_or(defaultBars), "--bars");
-        return {from, std::max(end, from + 1)};
+    PieceFrames frames{.from = 0, .barLine = 0, .end = 0};
+    std::int64_t start = 0;
+    if (options.fromBar > 0.0) {
+        start = walk.frameOf(options.fromBar, "--from");
+        // A frame's phase is that at its end: the bar's first is one behind the bar line.
+        frames.barLine = start - 1;
+        frames.from = walk.cycleWith(frames.barLine);
     }
-    const auto end = walk.end();
-    if (from >= end && from > 0)
-        throw UsageError("--from", "the take has ended by then");
-    return {from, std::max(end, from + 1)};
+    std::int64_t end = 0;
+    if (options.seconds) {
+        end = start + std::llround(*options.seconds * sampleRate);
+    } else if (options.bars || options.takePath.empty()) {
+        end = walk.frameOf(options.fromBar + options.bars.value_or(defaultBars), "--bars");
+    } else {
+        end = walk.end();
+        if (start > 0 && start >= end)
+            throw UsageError("--from", "the take has ended by then");
+    }
+    frames.end = frames.from + std::max<std::int64_t>(1, end - start);
+    return frames;
 }
 
 } // namespace velotrine

@@ -22,7 +22,7 @@ double startTempo(const Piece& piece)
 Rendering::Rendering(const Piece& piece, const RenderOptions& options, const std::string& origin)
     : progress(!options.quiet), tail(options.tail),
       tailFrames(std::llround(options.tailSeconds * piece.sampleRate)), sampleRate(piece.sampleRate),
-      from(piece.from), end(piece.end)
+      frames(piece.frames)
 {
     addPart(piece, options, options.outPath, std::nullopt, origin);
     for (int ring = 0; options.stems && ring < ringCount; ++ring)
@@ -44,7 +44,8 @@ void Rendering::addPart(const Piece& piece, const RenderOptions& options, const 
             AudioFileWriter::Format{.container = options.container,
                                     .samples = options.format,
                                     .sampleRate = sampleRate,
-                                    .expectedFrames = end - from + std::llround(tailSeconds * sampleRate),
+                                    .expectedFrames =
+                                        frames.end - frames.from + std::llround(tailSeconds * sampleRate),
                                     .comment = origin},
             options.existing);
     parts.push_back({PlayingInstrument(piece, onlyRing), std::move(file)});
@@ -52,7 +53,7 @@ void Rendering::addPart(const Piece& piece, const RenderOptions& options, const 
 
 void Rendering::run()
 {
-    renderTo(end);
+    renderTo(frames.end);
     for (auto& part : parts)
         part.instrument.stop();
     renderTail();
@@ -77,34 +78,34 @@ void Rendering::renderTail()
             renderCycle(whole().cycleFrames());
         return;
     case RenderOptions::Tail::fixed:
-        return renderTo(end + tailFrames);
+        return renderTo(frames.end + tailFrames);
     }
 }
 
-void Rendering::renderCycle(int frames)
+void Rendering::renderCycle(int count)
 {
     for (auto& part : parts) {
         part.instrument.follow();
-        part.instrument.render(frames);
+        part.instrument.render(count);
         write(part);
     }
     collectNotes();
-    frame += frames;
+    frame += count;
 
     constexpr std::int64_t framesBetweenWords = 4096;
-    framesSinceWord += frames;
+    framesSinceWord += count;
     if (framesSinceWord < framesBetweenWords)
         return;
     framesSinceWord = 0;
     stopIfInterrupted();
-    progress.update(static_cast<double>(frame) / static_cast<double>(end), secondsWritten());
+    progress.update(static_cast<double>(frame) / static_cast<double>(frames.end), secondsWritten());
 }
 
 void Rendering::write(Part& part) const
 {
     const auto left = part.instrument.left();
     const auto unheard = static_cast<std::size_t>(
-        std::clamp<std::int64_t>(from - frame, 0, static_cast<std::int64_t>(left.size())));
+        std::clamp<std::int64_t>(frames.from - frame, 0, static_cast<std::int64_t>(left.size())));
     if (part.file)
         part.file->add(left.subspan(unheard), part.instrument.right().subspan(unheard));
 }
@@ -114,22 +115,20 @@ void Rendering::collectNotes()
     if (!midi)
         return;
     const auto& kernel = whole().kernel();
+    const auto secondsAt = [this](std::int64_t frameOfPiece) {
+        return std::max(0.0, static_cast<double>(frameOfPiece - frames.barLine) / sampleRate);
+    };
     // What comes before the beginning still counts for the tempo there.
     if (const auto tempo = kernel.tempo())
-        midi->setTempo(secondsAt(std::max(frame, from)), tempo->quartersPerMinute);
+        midi->setTempo(secondsAt(frame), tempo->quartersPerMinute);
     for (const auto& event : kernel.noteEvents())
-        if (const auto note = midiNote(event); note && frame + event.frame >= from)
+        if (const auto note = midiNote(event); note && frame >= frames.from)
             midi->addNote(secondsAt(frame + event.frame), *note);
-}
-
-double Rendering::secondsAt(std::int64_t frameOfPiece) const
-{
-    return static_cast<double>(frameOfPiece - from) / sampleRate;
 }
 
 double Rendering::secondsWritten() const
 {
-    return std::max(0.0, secondsAt(frame));
+    return std::max(0.0, static_cast<double>(frame - frames.from) / sampleRate);
 }
 
 std::vector<OutputFile*> Rendering::outputs()

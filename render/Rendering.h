@@ -54,7 +54,6 @@ private:
     void renderCycle(int frames);
     void write(Part& part) const;
     void collectNotes();
-    [[nodiscard]] double secondsAt(std::int64_t frame) const;
     [[nodiscard]] double secondsWritten() const;
 
     std::vector<Part> parts; ///< the whole first
@@ -63,9 +62,8 @@ private:
     RenderOptions::Tail tail;
     std::int64_t tailFrames; ///< of a fixed tail
     int sampleRate;          ///< Hz
-    std::int64_t from;       ///< frame of the piece at which writing begins
-    std::int64_t end;        ///< and at which the clock stops
-    std::int64_t frame = 0;  ///< reached so far
+    PieceFrames frames;
+    std::int64_t frame = 0; ///< of the piece, reached so far
     std::int64_t framesSinceWord = 0;
 };
 
