@@ -40,6 +40,23 @@ std::optional<float> indexOf(std::span<const std::string_view> names, std::strin
     return static_cast<float>(found - names.begin());
 }
 
+/// A pitch class by any of its names: a letter, and a sharp or a flat behind it.
+std::optional<float> rootFromText(std::string_view text)
+{
+    const auto natural = indexOf(rootNames, text.substr(0, 1));
+    const auto accidental = text.substr(std::min<std::size_t>(1, text.size()));
+    if (!natural)
+        return std::nullopt;
+    if (accidental.empty())
+        return natural;
+    const auto octave = static_cast<float>(rootNames.size());
+    if (accidental == "#" || accidental == "\u266F")
+        return std::fmod(*natural + 1.0f, octave);
+    if (accidental == "b" || accidental == "\u266D")
+        return std::fmod(*natural + octave - 1.0f, octave);
+    return std::nullopt;
+}
+
 std::string nameAt(std::span<const std::string_view> names, float value)
 {
     const auto last = static_cast<float>(names.size() - 1);
@@ -117,7 +134,7 @@ std::optional<float> parameterFromText(const ParameterInfo& parameter, std::stri
                 return floatFrom(*number / percent);
         return std::nullopt;
     case ParameterKind::root:
-        return indexOf(rootNames, text);
+        return rootFromText(text);
     case ParameterKind::scale:
         return indexOf(scaleNames, text);
     case ParameterKind::toggle:

@@ -49,6 +49,11 @@ UsageError unexpectedArgument(const CLI::App& app)
     return {first, "is not known here" + suggestion(typed, known) + hintFor(chosen(app))};
 }
 
+std::string helpOf(const CLI::App& command)
+{
+    return command.get_formatter()->make_help(&command, spokenName(command), CLI::AppFormatMode::Normal);
+}
+
 bool isOption(const CLI::App& command, std::string_view text)
 {
     return text.starts_with("--") &&
@@ -161,6 +166,20 @@ ArgumentParser::Request ArgumentParser::parse(std::span<const char* const> argum
     }
     const auto commands = app->get_subcommands();
     return {.answer = std::nullopt, .command = commands.empty() ? "" : commands.front()->get_name()};
+}
+
+std::string ArgumentParser::helpFor(const std::string& command) const
+{
+    if (command.empty())
+        return helpOf(*app);
+    std::vector<std::string> known;
+    for (const auto* const there : app->get_subcommands([](const CLI::App*) { return true; })) {
+        if (there->get_name() == command)
+            return helpOf(*there);
+        known.push_back(there->get_name());
+    }
+    throw UsageError("help",
+                     "there is no command \"" + command + '"' + suggestion(command, known) + hintFor(*app));
 }
 
 std::string ArgumentParser::helpHint() const

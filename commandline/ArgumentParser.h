@@ -58,6 +58,10 @@ public:
     /// it takes the next option; an empty one, which means nothing; and a flag with a value.
     [[nodiscard]] Request parse(std::span<const char* const> arguments);
 
+    /// What --help behind a command says, or that of the program for an empty name. Throws UsageError for a
+    /// command that there is not.
+    [[nodiscard]] std::string helpFor(const std::string& command) const;
+
     /// Where to read what a command knows, in parentheses and with a space before it; for the end of a
     /// message.
     [[nodiscard]] std::string helpHint() const;

@@ -123,8 +123,20 @@ bool AudioFileWriter::isPossible(const Format& format)
            (format.container != AudioContainer::flac || flacHolds(format.sampleRate));
 }
 
-AudioFileWriter::AudioFileWriter(std::string path, const Format& format)
-    : output(std::move(path)), encoder(std::make_unique<Encoder>())
+std::string AudioFileWriter::commentIn(const std::string& path)
+{
+    SF_INFO info{};
+    auto* const file = sf_open(path.c_str(), SFM_READ, &info);
+    if (file == nullptr)
+        return "";
+    const char* const text = sf_get_string(file, SF_STR_COMMENT);
+    std::string comment = text != nullptr ? text : "";
+    sf_close(file);
+    return comment;
+}
+
+AudioFileWriter::AudioFileWriter(std::string path, const Format& format, OutputFile::Existing existing)
+    : output(std::move(path), existing), encoder(std::make_unique<Encoder>())
 {
     auto info = infoOf(format);
     encoder->samples = format.samples;
@@ -134,6 +146,8 @@ AudioFileWriter::AudioFileWriter(std::string path, const Format& format)
         encoder->fail(output.name());
     // The chunk of peak values holds the time of day, which would make two equal renderings differ.
     sf_command(encoder->handle, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+    if (!format.comment.empty())
+        sf_set_string(encoder->handle, SF_STR_COMMENT, format.comment.c_str());
 }
 
 AudioFileWriter::~AudioFileWriter() = default;

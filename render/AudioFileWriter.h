@@ -33,12 +33,17 @@ public:
         SampleFormat samples = SampleFormat::s24;
         int sampleRate = 48000;          ///< Hz
         std::int64_t expectedFrames = 0; ///< decides whether a WAV needs sizes beyond 4 GiB
+        std::string comment{};           ///< for whoever asks the file what it is
     };
 
     /// Whether the container can hold these samples at this rate.
     [[nodiscard]] static bool isPossible(const Format& format);
 
-    AudioFileWriter(std::string path, const Format& format);
+    /// The comment in a file, or "" for one without, and for what is no audio file.
+    [[nodiscard]] static std::string commentIn(const std::string& path);
+
+    AudioFileWriter(std::string path, const Format& format,
+                    OutputFile::Existing existing = OutputFile::Existing::replaced);
     ~AudioFileWriter();
     AudioFileWriter(const AudioFileWriter&) = delete;
     AudioFileWriter& operator=(const AudioFileWriter&) = delete;

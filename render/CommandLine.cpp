@@ -8,6 +8,7 @@
 #include "engine/ParameterAddress.h"
 #include "render/Interruption.h"
 #include "render/Listing.h"
+#include "render/Origin.h"
 #include "render/RenderJob.h"
 #include "render/RenderOptions.h"
 
@@ -42,26 +43,35 @@ constexpr const char* renderExamples = R"(Examples:
   velotrine render --preset 7 --seconds 60 --tempo 96 --out chimes.flac
   velotrine render --preset 4 --set activity=0.7 --set rootNote=F# --midi notes.mid --out precession.wav
   velotrine render --state mine.json --tail none --out - | sox - loud.wav norm -1
+  velotrine render --take grows.velotrine-take --stems --out grows.wav
 
 The sound is exactly as long as asked for, then the clock stops and the notes ring out (--tail).
-Settings apply in this order: --preset, --state, --set, --tempo.)";
+Settings apply in this order: --preset, --state or --take, --set, --tempo, --seed.)";
 
 constexpr const char* mainExamples = R"(Examples:
   velotrine list presets
-  velotrine render --preset "Drum Circle" --bars 16 --out drums.wav)";
+  velotrine render --preset "Drum Circle" --bars 16 --out drums.wav
+  velotrine help render)";
 
 void addRender(ArgumentParser& parser, RenderArguments& arguments)
 {
     auto render = parser.addCommand("render", "Render a piece to an audio file");
     render.addOption("--preset", arguments.preset, "Factory preset to start from", "NAME|NUMBER");
-    render.addOption("--state", arguments.state, "State to load, as --save-state writes it", "FILE.json");
+    render.addOption("--state", arguments.state,
+                     "State to load, as --save-state writes it; - is standard input", "FILE.json|-");
+    render.addOption("--take", arguments.take, "Take to play, instead of a preset; - is standard input",
+                     "FILE.velotrine-take|-");
     render.addOption("--set", arguments.settings, "Parameter to change; may be repeated", "IDENTIFIER=VALUE");
-    render.addOption("--bars", arguments.bars, "Length in bars of 4/4 [16]", "N");
+    render.addOption("--seed", arguments.seed, "Other dice: 0 to 4294967295 [12345]", "N");
+    render.addOption("--bars", arguments.bars, "Length in bars [16, or the take's]", "N");
     render.addOption("--seconds", arguments.seconds, "Length in seconds, instead of bars", "S");
+    render.addOption("--from", arguments.from, "Bars that are played unheard before writing begins [0]",
+                     "BAR");
     render.addOption("--tempo", arguments.tempo,
-                     "Tempo, " + shortestText(minTempo) + " to " + shortestText(maxTempo) + " [the preset's]",
+                     "Tempo at the beginning, " + shortestText(minTempo) + " to " + shortestText(maxTempo) +
+                         " [the preset's]",
                      "BPM");
-    render.addOption("--sample-rate", arguments.sampleRate, "Sample rate [48000]", "HZ");
+    render.addOption("--sample-rate", arguments.sampleRate, "Sample rate [48000, or the take's]", "HZ");
     render.addOption("--block", arguments.block, "Render cycle; notes start at the first frame of one [32]",
                      "FRAMES");
     render.addOption("--tail", arguments.tail, "What follows the asked length [auto: until all is silent]",
@@ -69,8 +79,11 @@ void addRender(ArgumentParser& parser, RenderArguments& arguments)
     render.addOption("--format", arguments.format, "Sample format [s24]", "s16|s24|f32");
     render.addOption("--midi", arguments.midi, "Also write the notes as a MIDI file", "FILE.mid");
     render.addOption("--save-state", arguments.saveState, "Also write the settings", "FILE.json");
+    render.addFlag("--stems", arguments.stems, "Also write each ring alone, to FILE-R1.wav and so on");
+    render.addFlag("--no-clobber", arguments.noClobber, "Replace no file that is already there");
     render.addFlag("--quiet", arguments.quiet, "No progress bar");
-    render.addOption("--out", arguments.out, "Where the sound goes; - is standard output",
+    render.addOption("--out", arguments.out,
+                     "Where the sound goes; - is standard output; may be missing with --midi",
                      "FILE.wav|FILE.flac|-");
     render.addExamples(renderExamples);
 }
@@ -81,6 +94,21 @@ void addList(ArgumentParser& parser, ListArguments& arguments)
     list.addOption("what", arguments.what, "What to list", "presets|parameters");
     list.addFlag("--json", arguments.asJson, "As JSON, with all there is to know");
     list.addExamples("Examples:\n  velotrine list presets\n  velotrine list parameters --json");
+}
+
+void addShow(ArgumentParser& parser, std::string& file)
+{
+    auto show = parser.addCommand("show", "Show the settings with which a WAV, FLAC or MIDI file was made");
+    show.addOption("file", file, "A file that \"velotrine render\" has written", "FILE");
+    show.addExamples("Examples:\n  velotrine show drums.wav\n"
+                     "  velotrine show drums.wav | velotrine render --state - --out again.wav");
+}
+
+void addHelp(ArgumentParser& parser, std::string& command)
+{
+    auto help = parser.addCommand("help", "Say what there is, or what a command can do");
+    help.addOption("command", command, "One of the commands", "COMMAND");
+    help.addExamples("Examples:\n  velotrine help\n  velotrine help render");
 }
 
 void print(const std::string& text)
@@ -101,6 +129,13 @@ void runList(const ListArguments& arguments)
     throw UsageError("list", "there is no list of \"" + arguments.what + "\"; say presets or parameters");
 }
 
+void runShow(const std::string& file)
+{
+    if (file.empty())
+        throw UsageError("show", "say which file: a WAV, FLAC or MIDI file");
+    print(stateTextIn(file));
+}
+
 void runRender(const RenderArguments& arguments)
 {
     if (arguments.out == "-" && ::isatty(STDOUT_FILENO) != 0)
@@ -113,10 +148,14 @@ void run(std::span<const char* const> arguments)
 {
     RenderArguments renderArguments;
     ListArguments listArguments;
+    std::string shownFile;
+    std::string helpedCommand;
     ArgumentParser parser("velotrine", identity::nameAndVersion);
     parser.program().addExamples(mainExamples);
     addRender(parser, renderArguments);
     addList(parser, listArguments);
+    addShow(parser, shownFile);
+    addHelp(parser, helpedCommand);
 
     const auto request = parser.parse(arguments);
     if (request.answer)
@@ -125,7 +164,11 @@ void run(std::span<const char* const> arguments)
         return runRender(renderArguments);
     if (request.command == "list")
         return runList(listArguments);
-    throw UsageError("command", "is missing; say render or list" + parser.helpHint());
+    if (request.command == "show")
+        return runShow(shownFile);
+    if (request.command == "help")
+        return print(parser.helpFor(helpedCommand));
+    throw UsageError("command", "is missing; say render, list or show" + parser.helpHint());
 }
 
 int complain(const std::string& message, int exitCode)

@@ -41,6 +41,8 @@ void appendVariableLength(Bytes& bytes, std::uint32_t number)
     bytes.push_back(static_cast<std::uint8_t>(number & lowBits));
 }
 
+constexpr std::uint8_t metaStatus = 0xFF;
+
 enum class MetaEvent : std::uint8_t
 {
     text = 0x01,
@@ -50,13 +52,19 @@ enum class MetaEvent : std::uint8_t
     timeSignature = 0x58,
 };
 
-void appendMeta(Bytes& track, std::uint32_t delta, MetaEvent type, const Bytes& data)
+/// Without the time at which it comes.
+void appendEvent(Bytes& track, MetaEvent type, const Bytes& data)
 {
-    appendVariableLength(track, delta);
-    track.push_back(0xFF);
+    track.push_back(metaStatus);
     track.push_back(static_cast<std::uint8_t>(type));
     appendVariableLength(track, static_cast<std::uint32_t>(data.size()));
     std::ranges::copy(data, std::back_inserter(track));
+}
+
+void appendMeta(Bytes& track, std::uint32_t delta, MetaEvent type, const Bytes& data)
+{
+    appendVariableLength(track, delta);
+    appendEvent(track, type, data);
 }
 
 /// What comes before an event. A number has four bytes at most; texts without a letter, which no player
@@ -82,19 +90,65 @@ void appendTrack(Bytes& file, Bytes track)
     std::ranges::copy(track, std::back_inserter(file));
 }
 
-Bytes tempoTrack(double quartersPerMinute)
+std::int64_t ticksOf(double quarters)
+{
+    return std::llround(quarters * MidiFile::ticksPerQuarter);
+}
+
+Bytes tempoData(double quartersPerMinute)
 {
     constexpr double microsecondsPerMinute = 60.0e6;
+    constexpr long mostMicroseconds = (1L << 24) - 1;
+    const auto microseconds =
+        std::min(std::lround(microsecondsPerMinute / quartersPerMinute), mostMicroseconds);
     Bytes tempo;
-    appendNumber(tempo, static_cast<std::uint32_t>(std::lround(microsecondsPerMinute / quartersPerMinute)),
-                 3);
+    appendNumber(tempo, static_cast<std::uint32_t>(microseconds), 3);
+    return tempo;
+}
 
+Bytes tempoTrack(const std::vector<TempoMap::Step>& steps, const std::string& comment)
+{
     Bytes track;
     appendName(track, identity::name);
-    appendMeta(track, 0, MetaEvent::tempo, tempo);
+    if (!comment.empty())
+        appendMeta(track, 0, MetaEvent::text, Bytes(comment.begin(), comment.end()));
+    appendMeta(track, 0, MetaEvent::tempo, tempoData(steps.front().quartersPerMinute));
     // 4/4: numerator, denominator as a power of two, MIDI clocks per click, 32nds per quarter.
     appendMeta(track, 0, MetaEvent::timeSignature, {4, 2, 24, 8});
+    std::int64_t tick = 0;
+    for (const auto& step : std::span(steps).subspan(1)) {
+        const auto next = ticksOf(step.quarters);
+        appendPause(track, next - tick);
+        appendEvent(track, MetaEvent::tempo, tempoData(step.quartersPerMinute));
+        tick = next;
+    }
     return track;
+}
+
+/// A note in ticks.
+struct HeldKey
+{
+    std::int64_t start;
+    std::int64_t end;
+    std::uint8_t key;
+    std::uint8_t velocity;
+};
+
+/// Each note ends where its key is struck again; of several at one tick the last remains.
+std::vector<HeldKey> withoutOverlaps(std::vector<HeldKey> notes)
+{
+    /// 1 + index of each key's latest note; 0 until it is played.
+    std::array<std::size_t, MidiNote::highestKey + 1> latestAtKey{};
+    for (std::size_t i = 0; i < notes.size(); ++i) {
+        const auto& note = notes[i];
+        if (auto& latest = latestAtKey[note.key]; latest > 0) {
+            auto& earlier = notes[latest - 1];
+            earlier.end = std::clamp(earlier.end, earlier.start, std::max(note.start, earlier.start));
+        }
+        latestAtKey[note.key] = i + 1;
+    }
+    std::erase_if(notes, [](const auto& note) { return note.end == note.start; });
+    return notes;
 }
 
 struct KeyEvent
@@ -105,10 +159,15 @@ struct KeyEvent
     std::uint8_t velocity;
 };
 
-Bytes ringTrack(int ring, std::vector<KeyEvent> events)
+Bytes ringTrack(int ring, const std::vector<HeldKey>& notes)
 {
     constexpr int noteOff = 0x80;
     constexpr int noteOn = 0x90;
+    std::vector<KeyEvent> events;
+    for (const auto& note : notes) {
+        events.push_back({note.start, true, note.key, note.velocity});
+        events.push_back({note.end, false, note.key, 0});
+    }
     // At the same tick what ends comes first, or it would end what begins.
     std::ranges::stable_sort(events, [](const auto& a, const auto& b) {
         return a.tick != b.tick ? a.tick < b.tick : a.isOn < b.isOn;
@@ -127,27 +186,26 @@ Bytes ringTrack(int ring, std::vector<KeyEvent> events)
     return track;
 }
 
-} // namespace
-
-std::int64_t MidiFile::ticksAt(double seconds) const
+/// Reads a number of appendVariableLength() and moves on behind it; 0 at the end of the bytes.
+std::uint32_t takeVariableLength(std::span<const std::uint8_t>& bytes)
 {
-    constexpr double secondsPerMinute = 60.0;
-    return std::llround(seconds * quartersPerMinute / secondsPerMinute * ticksPerQuarter);
+    constexpr std::uint8_t moreToCome = 0x80;
+    std::uint32_t number = 0;
+    while (!bytes.empty()) {
+        const auto byte = bytes.front();
+        bytes = bytes.subspan(1);
+        number = number << 7 | (byte & 0x7FU);
+        if ((byte & moreToCome) == 0)
+            break;
+    }
+    return number;
 }
+
+} // namespace
 
 void MidiFile::addNote(double start, const MidiNote& note)
 {
-    const auto from = ticksAt(start);
-    const auto to = std::max(ticksAt(start + note.seconds), from + 1);
-
-    auto& [notes, latestAtKey] = tracks[note.channel];
-    auto& latest = latestAtKey[note.key];
-    if (latest > 0) {
-        auto& earlier = notes[latest - 1];
-        earlier.end = std::clamp(earlier.end, earlier.start, std::max(from, earlier.start));
-    }
-    notes.push_back({from, to, note.key, note.velocity});
-    latest = notes.size();
+    tracks[note.channel].push_back({start, start + note.seconds, note.key, note.velocity});
 }
 
 std::vector<std::uint8_t> MidiFile::bytes() const
@@ -160,18 +218,45 @@ std::vector<std::uint8_t> MidiFile::bytes() const
     appendNumber(file, 1 + ringTracks, 2);
     appendNumber(file, ticksPerQuarter, 2);
 
-    appendTrack(file, tempoTrack(quartersPerMinute));
+    const auto steps = tempoMap.steps();
+    const auto tickAt = [&steps](double seconds) { return ticksOf(TempoMap::quartersAt(steps, seconds)); };
+    appendTrack(file, tempoTrack(steps, comment));
     for (int ring = 0; ring < ringTracks; ++ring) {
-        std::vector<KeyEvent> events;
-        for (const auto& note : tracks[static_cast<std::size_t>(ring)].notes) {
-            if (note.end == note.start)
-                continue;
-            events.push_back({note.start, true, note.key, note.velocity});
-            events.push_back({note.end, false, note.key, 0});
+        std::vector<HeldKey> notes;
+        for (const auto& note : tracks[static_cast<std::size_t>(ring)]) {
+            const auto start = tickAt(note.start);
+            notes.push_back({start, std::max(tickAt(note.end), start + 1), note.key, note.velocity});
         }
-        appendTrack(file, ringTrack(ring, std::move(events)));
+        appendTrack(file, ringTrack(ring, withoutOverlaps(std::move(notes))));
     }
     return file;
+}
+
+bool MidiFile::isOne(std::span<const std::uint8_t> bytes)
+{
+    constexpr std::string_view magic = "MThd";
+    return std::ranges::equal(bytes.first(std::min(bytes.size(), magic.size())), magic);
+}
+
+std::string MidiFile::commentIn(std::span<const std::uint8_t> bytes)
+{
+    constexpr std::size_t headerBytes = 14;
+    constexpr std::size_t trackHeaderBytes = 8;
+    bytes = bytes.subspan(std::min(bytes.size(), headerBytes + trackHeaderBytes));
+    while (!bytes.empty()) {
+        (void)takeVariableLength(bytes);
+        if (bytes.size() < 2 || bytes[0] != metaStatus)
+            break;
+        const auto type = static_cast<MetaEvent>(bytes[1]);
+        bytes = bytes.subspan(2);
+        const std::size_t length = takeVariableLength(bytes);
+        if (length > bytes.size())
+            break;
+        if (type == MetaEvent::text)
+            return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length)};
+        bytes = bytes.subspan(length);
+    }
+    return "";
 }
 
 } // namespace velotrine

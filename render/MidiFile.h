@@ -1,10 +1,13 @@
 #pragma once
 
 #include "audiounit/MidiNote.h"
+#include "render/TempoMap.h"
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
+#include <span>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace velotrine {
@@ -17,8 +20,13 @@ public:
     static constexpr int ringTracks = 5;
     static constexpr int ticksPerQuarter = 960;
 
-    /// @param bpm  quarter notes a minute, within the bounds of the internal tempo
-    explicit MidiFile(double bpm) : quartersPerMinute(bpm) {}
+    /// @param bpm         quarter notes a minute, above 0, from the beginning on
+    /// @param newComment  a text for the first track; empty for none
+    explicit MidiFile(double bpm, std::string newComment = {}) : tempoMap(bpm), comment(std::move(newComment))
+    {}
+
+    /// Another tempo from a time on, in seconds, which is not before that of the call before.
+    void setTempo(double seconds, double bpm) { tempoMap.set(seconds, bpm); }
 
     /// A note that the same ring starts again while it sounds ends there.
     /// @param start  seconds, 0 or more; notes of one ring come in the order of their start
@@ -27,26 +35,24 @@ public:
     /// The file, complete.
     [[nodiscard]] std::vector<std::uint8_t> bytes() const;
 
+    /// Whether a file begins as one of MIDI does.
+    [[nodiscard]] static bool isOne(std::span<const std::uint8_t> bytes);
+
+    /// The first text in the first track of such a file, or "".
+    [[nodiscard]] static std::string commentIn(std::span<const std::uint8_t> bytes);
+
 private:
     struct Note
     {
-        std::int64_t start; ///< ticks
-        std::int64_t end;   ///< ticks, after start
+        double start; ///< seconds
+        double end;   ///< seconds
         std::uint8_t key;
         std::uint8_t velocity;
     };
 
-    struct Track
-    {
-        std::vector<Note> notes;
-        /// 1 + index in `notes` of this key's latest note; 0 until it is played.
-        std::array<std::size_t, MidiNote::highestKey + 1> latestAtKey{};
-    };
-
-    [[nodiscard]] std::int64_t ticksAt(double seconds) const;
-
-    double quartersPerMinute;
-    std::array<Track, ringTracks> tracks;
+    TempoMap tempoMap;
+    std::string comment;
+    std::array<std::vector<Note>, ringTracks> tracks;
 };
 
 } // namespace velotrine

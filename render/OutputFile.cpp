@@ -69,7 +69,7 @@ fs::path destinationOf(const std::string& name)
     return error ? path : canonical;
 }
 
-OutputFile::OutputFile(std::string path) : name_(std::move(path))
+OutputFile::OutputFile(std::string path, Existing newExisting) : name_(std::move(path)), existing(newExisting)
 {
     if (name_ == "-") {
         name_ = "standard output";
@@ -78,14 +78,16 @@ OutputFile::OutputFile(std::string path) : name_(std::move(path))
         // What a link leads to is replaced, and not the link.
         std::error_code error;
         target = destinationOf(name_);
-        const auto existing = fs::status(target, error);
+        const auto there = fs::status(target, error);
         // A name that cannot be is found out here, and not when all the work is done.
-        if (!fs::status_known(existing))
+        if (!fs::status_known(there))
             fail(name_, error.value());
-        if (fs::is_directory(existing))
+        if (fs::is_directory(there))
             throw WorkError(name_ + ": could not be written: it is a folder");
-        isStream_ = fs::exists(existing) && !fs::is_regular_file(existing);
-        if (fs::exists(existing) && ::access(target.c_str(), W_OK) != 0)
+        isStream_ = fs::exists(there) && !fs::is_regular_file(there);
+        if (fs::is_regular_file(there) && existing == Existing::kept)
+            fail(name_, EEXIST);
+        if (fs::exists(there) && ::access(target.c_str(), W_OK) != 0)
             fail(name_, errno);
     }
     openTemporary(folderForTemporary());
@@ -176,6 +178,8 @@ void OutputFile::finishWriting()
 
 void OutputFile::appear()
 {
+    if (existing == Existing::kept)
+        return appearInAnEmptyPlace();
     keepOlderFile();
     if (::rename(temporary.c_str(), target.c_str()) != 0) {
         const int error = errno;
@@ -188,15 +192,28 @@ void OutputFile::appear()
     temporary.clear();
 }
 
+/// A second name is given only where there is none, even when another program comes at the same moment.
+void OutputFile::appearInAnEmptyPlace()
+{
+    if (::link(temporary.c_str(), target.c_str()) == 0)
+        return removeTemporary();
+    const int error = errno;
+    std::error_code ignored;
+    // Where files cannot have two names, looking first must do.
+    if (error == EEXIST || fs::exists(target, ignored) || ::rename(temporary.c_str(), target.c_str()) != 0)
+        fail(name_, error);
+    temporary.clear();
+}
+
 /// Gives what is to be replaced a second name, so that at every moment something is under the first.
 void OutputFile::keepOlderFile()
 {
     std::error_code error;
-    const auto existing = fs::status(target, error);
+    const auto there = fs::status(target, error);
     // Somebody may have made it in the meantime.
-    if (fs::is_directory(existing))
+    if (fs::is_directory(there))
         fail(name_, EISDIR);
-    if (!fs::exists(existing))
+    if (!fs::exists(there))
         return;
     auto keptAs = temporary;
     keptAs += ".old";

@@ -17,7 +17,14 @@ namespace velotrine {
 class OutputFile
 {
 public:
-    explicit OutputFile(std::string path);
+    /// What becomes of a file that has the name already.
+    enum class Existing
+    {
+        replaced,
+        kept, ///< and there is a WorkError instead
+    };
+
+    explicit OutputFile(std::string path, Existing existing = Existing::replaced);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -40,6 +47,7 @@ public:
 private:
     void finishWriting();
     void appear();
+    void appearInAnEmptyPlace();
     void keepOlderFile();
     void disappear() noexcept;
     void forgetOlderFile() noexcept;
@@ -51,7 +59,8 @@ private:
 
     std::string name_;
     std::filesystem::path target; ///< empty for standard output
-    bool isStream_ = false;       ///< cannot be replaced by renaming
+    Existing existing;
+    bool isStream_ = false; ///< cannot be replaced by renaming
     std::filesystem::path temporary;
     std::filesystem::path olderFile; ///< what is replaced, until all have appeared; empty for none
     int descriptor_ = -1;

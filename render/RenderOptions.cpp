@@ -12,6 +12,7 @@
 #include <cctype>
 #include <cmath>
 #include <filesystem>
+#include <limits>
 #include <set>
 #include <string_view>
 
@@ -40,14 +41,23 @@ std::int64_t presetNumber(const std::string& text)
                                      ")");
 }
 
+std::string scaleList()
+{
+    std::string list;
+    for (const auto name : scaleNames)
+        list += std::string(name) + ", ";
+    list.pop_back();
+    return list;
+}
+
 std::string allowedValues(const ParameterInfo& parameter)
 {
     const auto range = "from " + shortestText(parameter.minValue) + " to " + shortestText(parameter.maxValue);
     switch (parameter.kind) {
     case ParameterKind::root:
-        return "a note name such as F#, or a whole number " + range;
+        return "a note name such as F# or Bb, or a whole number " + range;
     case ParameterKind::scale:
-        return "a scale such as \"Minor Pentatonic\", or a whole number " + range;
+        return scaleList() + " or a whole number " + range;
     case ParameterKind::toggle:
         return "on or off";
     case ParameterKind::spots:
@@ -115,11 +125,15 @@ SampleFormat sampleFormat(const std::string& text)
     throw UsageError("--format", inQuotes(text) + " is not a format; give s16, s24 or f32");
 }
 
-AudioContainer containerOf(const std::string& path)
+bool isDevice(const std::string& path)
 {
     std::error_code error;
-    const bool isDevice = fs::exists(path, error) && fs::is_other(path, error);
-    if (path == "-" || isDevice)
+    return fs::exists(path, error) && fs::is_other(path, error);
+}
+
+AudioContainer containerOf(const std::string& path)
+{
+    if (path == "-" || isDevice(path))
         return AudioContainer::wav;
     const auto ending = lowerCase(fs::path(path).extension().string());
     if (ending == ".wav")
@@ -144,6 +158,9 @@ void readTail(const std::string& text, RenderOptions& options)
 
 void readLength(const RenderArguments& arguments, RenderOptions& options)
 {
+    if (!arguments.from.empty())
+        options.fromBar = numberArgument({"--from", 0.0, maxBars, false, "a number of bars from 0 to 43200"},
+                                         arguments.from);
     if (!arguments.bars.empty() && !arguments.seconds.empty())
         throw UsageError("--seconds", "the length is already given by --bars; give one of the two");
     constexpr double shortest = 1.0e-6;
@@ -162,48 +179,71 @@ void checkPaths(const RenderOptions& options)
         throw UsageError(options.midiPath == "-" ? "--midi" : "--save-state",
                          "only --out can be standard output; give a file name");
     std::set<fs::path> seen;
-    for (const auto& [option, path] :
-         {std::pair{"--out", options.outPath}, std::pair{"--midi", options.midiPath},
-          std::pair{"--save-state", options.saveStatePath}})
+    std::vector<std::pair<const char*, std::string>> outputs{
+        {"--out", options.outPath}, {"--midi", options.midiPath}, {"--save-state", options.saveStatePath}};
+    for (int ring = 0; options.stems && ring < ringCount; ++ring)
+        outputs.emplace_back("--stems", stemPath(options.outPath, ring));
+    for (const auto& [option, path] : outputs)
         if (!path.empty() && !seen.insert(destinationOf(path)).second)
             throw UsageError(option, inQuotes(path) + " is already the name of another output");
 }
 
+void readSound(const RenderArguments& arguments, RenderOptions& options)
+{
+    options.container = containerOf(options.outPath);
+    if (options.container == AudioContainer::flac && options.format == SampleFormat::f32)
+        throw UsageError("--format", "a FLAC file cannot hold f32; give s16 or s24, or a .wav file");
+    if (options.sampleRate)
+        checkContainer(options, *options.sampleRate);
+    options.stems = arguments.stems;
+    if (options.stems && (options.outPath == "-" || isDevice(options.outPath)))
+        throw UsageError("--stems", "needs a file name behind --out, from which the rings' names are made");
+}
+
 void readOutput(const RenderArguments& arguments, RenderOptions& options)
 {
-    if (arguments.out.empty())
-        throw UsageError("--out", "is missing; say where the sound goes, for instance --out drums.wav");
     options.outPath = arguments.out;
     options.midiPath = arguments.midi;
     options.saveStatePath = arguments.saveState;
-    options.container = containerOf(options.outPath);
+    if (arguments.noClobber)
+        options.existing = OutputFile::Existing::kept;
     if (!arguments.format.empty())
         options.format = sampleFormat(arguments.format);
-    if (options.container == AudioContainer::flac && options.format == SampleFormat::f32)
-        throw UsageError("--format", "a FLAC file cannot hold f32; give s16 or s24, or a .wav file");
-    if (!AudioFileWriter::isPossible({options.container, options.format, options.sampleRate, 0}))
-        throw UsageError("--sample-rate",
-                         "a FLAC file cannot hold " + std::to_string(options.sampleRate) +
-                             " Hz; give a whole number of tens up to 655350, or a .wav file");
+    if (!options.outPath.empty())
+        readSound(arguments, options);
+    else if (options.midiPath.empty() || arguments.stems)
+        throw UsageError("--out", "is missing; say where the sound goes, for instance --out drums.wav");
     checkPaths(options);
 }
 
-} // namespace
-
-RenderOptions renderOptions(const RenderArguments& arguments)
+void readBeginning(const RenderArguments& arguments, RenderOptions& options)
 {
-    if (arguments.preset.empty() && arguments.state.empty())
+    if (arguments.preset.empty() && arguments.state.empty() && arguments.take.empty())
         throw UsageError("--preset", "is missing; say what to play, for instance --preset \"Drum Circle\"");
-
-    RenderOptions options;
-    options.quiet = arguments.quiet;
+    if (!arguments.take.empty() && !(arguments.preset.empty() && arguments.state.empty()))
+        throw UsageError("--take", "says itself how it begins; change that by --set, --tempo and --seed, and "
+                                   "leave out --preset and --state");
     options.statePath = arguments.state;
+    options.takePath = arguments.take;
     if (!arguments.preset.empty())
         options.presetNumber = presetNumber(arguments.preset);
     for (const auto& setting : arguments.settings)
         options.settings.push_back(parameterSetting(setting));
     if (!arguments.tempo.empty())
         options.tempo = tempoArgument(arguments.tempo);
+    constexpr double largestSeed = std::numeric_limits<std::uint32_t>::max();
+    if (!arguments.seed.empty())
+        options.seed = static_cast<std::uint32_t>(numberArgument(
+            {"--seed", 0.0, largestSeed, true, "a whole number from 0 to 4294967295"}, arguments.seed));
+}
+
+} // namespace
+
+RenderOptions renderOptions(const RenderArguments& arguments)
+{
+    RenderOptions options;
+    options.quiet = arguments.quiet;
+    readBeginning(arguments, options);
     if (!arguments.sampleRate.empty())
         options.sampleRate = sampleRateArgument("--sample-rate", arguments.sampleRate);
     if (!arguments.block.empty())
@@ -213,6 +253,22 @@ RenderOptions renderOptions(const RenderArguments& arguments)
     readLength(arguments, options);
     readOutput(arguments, options);
     return options;
+}
+
+void checkContainer(const RenderOptions& options, int sampleRate)
+{
+    if (!AudioFileWriter::isPossible({options.container, options.format, sampleRate, 0}))
+        throw UsageError("--sample-rate",
+                         "a FLAC file cannot hold " + std::to_string(sampleRate) +
+                             " Hz; give a whole number of tens up to 655350, or a .wav file");
+}
+
+std::string stemPath(const std::string& outPath, int ring)
+{
+    auto path = fs::path(outPath);
+    const auto ending = path.extension().string();
+    const auto name = path.stem().string() + "-R" + std::to_string(ring + 1) + ending;
+    return path.replace_filename(name).string();
 }
 
 } // namespace velotrine

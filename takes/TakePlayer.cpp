@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <span>
 
 namespace velotrine {
 
@@ -111,9 +110,9 @@ void TakePlayer::startRamp(const VelotrineDSPKernel& kernel, ParameterAddress ad
 
 void TakePlayer::endRamp(ParameterAddress address) noexcept VELOTRINE_NONBLOCKING
 {
-    const auto running = std::span(ramps).first(rampCount);
-    const auto ended = std::ranges::remove(running, address, &Ramp::address);
-    rampCount -= ended.size();
+    for (std::size_t i = 0; i < rampCount; ++i)
+        if (ramps[i].address == address)
+            ramps[i] = ramps[--rampCount];
 }
 
 void TakePlayer::moveRamps(VelotrineDSPKernel& kernel) noexcept VELOTRINE_NONBLOCKING
@@ -147,14 +146,28 @@ void TakePlayer::followTempo(const VelotrineDSPKernel& kernel) noexcept VELOTRIN
     framesPerBar = now;
 }
 
-bool TakePlayer::isDue(const TakeTime& time) const noexcept VELOTRINE_NONBLOCKING
+std::optional<std::int64_t> TakePlayer::frameOf(double bar) const noexcept VELOTRINE_NONBLOCKING
 {
-    if (time.unit == TakeTime::Unit::frames)
-        return std::llround(time.amount * framesPerTake) <= frame_;
+    const double bars = bar - barThere;
+    if (bars <= 0.0)
+        return frameThere;
+    // Beyond this, in frames, nothing is ever rendered; and whole numbers hold it.
+    constexpr double never = 1.0e15;
+    if (!framesPerBar || bars * *framesPerBar > never)
+        return std::nullopt;
     // The nearest frame, since a bar's length is not exact in binary digits.
-    const double bars = time.amount - barThere;
-    return bars <= 0.0 ||
-           (framesPerBar && std::round(bars * *framesPerBar) <= static_cast<double>(frame_ - frameThere));
+    return frameThere + std::llround(bars * *framesPerBar);
+}
+
+bool TakePlayer::isDue(const TakeTime& time) noexcept VELOTRINE_NONBLOCKING
+{
+    const auto due = time.unit == TakeTime::Unit::bars
+                         ? frameOf(time.amount)
+                         : std::optional<std::int64_t>(std::llround(time.amount * framesPerTake));
+    if (!due || *due > frame_)
+        return false;
+    lastDueFrame_ = std::max(lastDueFrame_, *due);
+    return true;
 }
 
 double TakePlayer::barAt(std::int64_t frame) const noexcept VELOTRINE_NONBLOCKING

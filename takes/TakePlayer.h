@@ -40,6 +40,14 @@ public:
     /// Bars since the beginning, as of the last apply().
     [[nodiscard]] double bar() const noexcept VELOTRINE_NONBLOCKING { return barAt(frame_); }
 
+    /// The frame at which a bar comes, in the tempo in force as of the last apply(); none while there is no
+    /// tempo.
+    [[nodiscard]] std::optional<std::int64_t> frameOf(double bar) const noexcept VELOTRINE_NONBLOCKING;
+
+    /// The frame for which the last of what has been done was meant, or 0; it may lie within the cycle
+    /// before.
+    [[nodiscard]] std::int64_t lastDueFrame() const noexcept VELOTRINE_NONBLOCKING { return lastDueFrame_; }
+
     /// Whether everything that the take says has been done.
     [[nodiscard]] bool isOver() const noexcept VELOTRINE_NONBLOCKING
     {
@@ -64,7 +72,7 @@ private:
     void endRamp(ParameterAddress address) noexcept VELOTRINE_NONBLOCKING;
     void moveRamps(VelotrineDSPKernel& kernel) noexcept VELOTRINE_NONBLOCKING;
     void followTempo(const VelotrineDSPKernel& kernel) noexcept VELOTRINE_NONBLOCKING;
-    [[nodiscard]] bool isDue(const TakeTime& time) const noexcept VELOTRINE_NONBLOCKING;
+    [[nodiscard]] bool isDue(const TakeTime& time) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] double barAt(std::int64_t frame) const noexcept VELOTRINE_NONBLOCKING;
 
     const Take& take;
@@ -73,6 +81,7 @@ private:
     double framesPerTake;                       ///< frames at this rate for one of the take's
     int cycleFrames_;
     std::int64_t frame_ = 0;
+    std::int64_t lastDueFrame_ = 0;
     std::size_t next = 0; ///< of the take's changes
 
     // Bars are counted from where the tempo last changed.

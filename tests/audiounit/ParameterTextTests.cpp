@@ -197,7 +197,9 @@ TEST(ParameterText, GarbageIsRefusedForEveryParameter)
                                        "5 spot spots",
                                        "5 quarters",
                                        "H",
-                                       "Db",
+                                       "Hb",
+                                       "C##",
+                                       "b#b",
                                        "Minor Pentatonics",
                                        "Minor  Pentatonic",
                                        "Onn",
@@ -265,6 +267,26 @@ TEST(ShortestText, WritesNoMoreDigitsThanItTakes)
     EXPECT_EQ(shortestText(120.0f), "120");
     EXPECT_EQ(shortestText(0.0f), "0");
     EXPECT_EQ(shortestText(0.1f + 0.2f), "0.3");
+}
+
+TEST(ParameterText, ARootMayBeSpelledWithASharpOrAFlat)
+{
+    const auto& root = named("rootNote");
+    for (const auto& [text, value] : {std::pair{"Db", 1.0f},
+                                      {"Eb", 3.0f},
+                                      {"Gb", 6.0f},
+                                      {"Ab", 8.0f},
+                                      {"Bb", 10.0f},
+                                      {"Cb", 11.0f},
+                                      {"Fb", 4.0f},
+                                      {"E#", 5.0f},
+                                      {"B#", 0.0f},
+                                      {"bb", 10.0f},
+                                      {"B\u266D", 10.0f},
+                                      {"f\u266F", 6.0f}})
+        EXPECT_EQ(parameterFromText(root, text), value) << text;
+    EXPECT_EQ(parameterFromText(root, ""), std::nullopt);
+    EXPECT_EQ(parameterText(root, 10.0f), "A#") << "and is shown with a sharp";
 }
 
 TEST(ParameterText, AnAmountIsTypedInPercentOrFromZeroToOne)

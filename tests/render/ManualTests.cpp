@@ -62,7 +62,8 @@ TEST_F(Manual, HasExamplesThatAllRun)
         EXPECT_EQ(result.err, "") << example;
     }
     for (const auto* const file : {"drums.wav", "chimes.flac", "preset-9.flac", "activity-0.4.wav",
-                                   "piece-67.mid", "wobbly.mid", "starfish.json", "calm.wav", "loud.wav"})
+                                   "piece-67.mid", "wobbly.mid", "starfish.json", "calm.wav", "loud.wav", "other-100.flac",
+                                   "grows.wav", "grows-R5.wav", "loop.wav", "notes.mid", "again.wav"})
         EXPECT_THAT(folder.entries(), testing::Contains(file));
 }
 
@@ -77,7 +78,7 @@ TEST_F(Manual, ExplainsEveryOption)
         EXPECT_THAT(text, HasSubstr("\n| `" + option + "` | "));
         ++count;
     }
-    EXPECT_EQ(count, 14);
+    EXPECT_EQ(count, 19);
 }
 
 TEST_F(Manual, ExplainsEveryParameterWithItsRange)

@@ -30,7 +30,7 @@ protected:
 
 TEST_F(Help, IsThereForTheProgramAndForEachCommandWithExamples)
 {
-    for (const auto& command : {std::vector<std::string>{}, {"render"}, {"list"}})
+    for (const auto& command : {std::vector<std::string>{}, {"render"}, {"list"}, {"show"}, {"help"}})
         for (const auto* const option : {"--help", "-h"}) {
             auto arguments = command;
             arguments.emplace_back(option);
@@ -40,19 +40,23 @@ TEST_F(Help, IsThereForTheProgramAndForEachCommandWithExamples)
 
 TEST_F(Help, MentionsEveryCommand)
 {
-    EXPECT_THAT(printed({"--help"}), testing::AllOf(HasSubstr("\n  render "), HasSubstr("\n  list "),
-                                                    HasSubstr("\n  --version ")));
+    EXPECT_THAT(printed({"--help"}),
+                testing::AllOf(HasSubstr("\n  render "), HasSubstr("\n  list "), HasSubstr("\n  show "),
+                               HasSubstr("\n  help "), HasSubstr("\n  --version ")));
 }
 
 TEST_F(Help, MentionsEveryOptionOfRender)
 {
     const auto text = printed({"render", "--help"});
     for (const auto* const option :
-         {"--preset NAME|NUMBER", "--state FILE.json", "--set IDENTIFIER=VALUE", "--bars N", "--seconds S",
-          "--tempo BPM", "--sample-rate HZ", "--block FRAMES", "--tail auto|none|SECONDS",
-          "--format s16|s24|f32", "--midi FILE.mid", "--save-state FILE.json", "--quiet",
+         {"--preset NAME|NUMBER", "--state FILE.json|-", "--take FILE.velotrine-take|-",
+          "--set IDENTIFIER=VALUE", "--seed N", "--bars N", "--seconds S", "--from BAR", "--tempo BPM",
+          "--sample-rate HZ", "--block FRAMES", "--tail auto|none|SECONDS", "--format s16|s24|f32",
+          "--midi FILE.mid", "--save-state FILE.json", "--stems", "--no-clobber", "--quiet",
           "--out FILE.wav|FILE.flac|-"})
-        EXPECT_THAT(text, HasSubstr("\n  " + std::string(option) + " "));
+        EXPECT_TRUE(text.find("\n  " + std::string(option) + ' ') != std::string::npos ||
+                    text.find("\n  " + std::string(option) + '\n') != std::string::npos)
+            << option;
 }
 
 TEST_F(Help, MentionsEveryListAndItsOption)
@@ -60,6 +64,13 @@ TEST_F(Help, MentionsEveryListAndItsOption)
     const auto text = printed({"list", "--help"});
     EXPECT_THAT(text, HasSubstr("presets|parameters"));
     EXPECT_THAT(text, HasSubstr("\n  --json "));
+}
+
+TEST_F(Help, IsACommandToo)
+{
+    EXPECT_EQ(printed({"help"}), printed({"--help"}));
+    for (const auto* const command : {"render", "list", "show", "help"})
+        EXPECT_EQ(printed({"help", command}), printed({command, "--help"}));
 }
 
 TEST_F(Help, ComesBeforeAnyWork)

@@ -130,12 +130,13 @@ INSTANTIATE_TEST_SUITE_P(
                 "\"17 spots\" will not do for Spots R1; give a whole number from 0 to 16"),
         setting("OfAnEighthOctave", "octaveR2=8",
                 "\"8\" will not do for Octave R2; give a whole number from 0 to 7"),
+        setting("OfNoNote", "rootNote=H",
+                "\"H\" will not do for Root Note; give a note name such as F# or Bb, or a whole number from "
+                "0 to 11"),
         setting(
-            "OfNoNote", "rootNote=H",
-            "\"H\" will not do for Root Note; give a note name such as F#, or a whole number from 0 to 11"),
-        setting("OfNoScale", "scaleType=Dorian",
-                "\"Dorian\" will not do for Scale; give a scale such as \"Minor Pentatonic\", or a whole "
-                "number from 0 to 3"),
+            "OfNoScale", "scaleType=Dorian",
+            "\"Dorian\" will not do for Scale; give Major, Minor, Major Pentatonic, Minor Pentatonic, or a "
+            "whole number from 0 to 3"),
         setting("OfNoSwitch", "sync=maybe", "\"maybe\" will not do for Sync; give on or off"),
         setting("OfHalfASwitch", "sync=0.5", "\"0.5\" will not do for Sync; give on or off")),
     nameOf);

@@ -50,17 +50,47 @@ TEST(RenderOptions, WhatIsNotTypedHasADefault)
     EXPECT_EQ(options.statePath, "");
     EXPECT_THAT(options.settings, IsEmpty());
     EXPECT_EQ(options.tempo, std::nullopt);
-    EXPECT_EQ(options.bars, 16.0);
+    EXPECT_EQ(options.takePath, "");
+    EXPECT_EQ(options.seed, std::nullopt);
+    EXPECT_EQ(options.bars, std::nullopt);
     EXPECT_EQ(options.seconds, std::nullopt);
-    EXPECT_EQ(options.sampleRate, 48000);
-    EXPECT_EQ(options.blockFrames, 32);
+    EXPECT_EQ(options.fromBar, 0.0);
+    EXPECT_EQ(options.sampleRate, std::nullopt);
+    EXPECT_EQ(options.blockFrames, std::nullopt);
     EXPECT_EQ(options.tail, RenderOptions::Tail::untilSilent);
     EXPECT_EQ(options.container, AudioContainer::wav);
     EXPECT_EQ(options.format, SampleFormat::s24);
     EXPECT_EQ(options.midiPath, "");
     EXPECT_EQ(options.saveStatePath, "");
     EXPECT_EQ(options.outPath, "a.wav");
+    EXPECT_FALSE(options.stems);
+    EXPECT_EQ(options.existing, OutputFile::Existing::replaced);
     EXPECT_FALSE(options.quiet);
+}
+
+TEST(RenderOptions, NeedNoSoundWhereThereAreNotes)
+{
+    auto arguments = enough();
+    arguments.out = "";
+    arguments.midi = "a.mid";
+    const auto options = renderOptions(arguments);
+    EXPECT_EQ(options.outPath, "");
+    EXPECT_EQ(options.midiPath, "a.mid");
+}
+
+TEST(RenderOptions, TakeAnySeedOf32Bits)
+{
+    auto arguments = enough();
+    for (const auto& [typed, seed] : {std::pair{"0", 0U}, {"12345", 12345U}, {"4294967295", 4294967295U}}) {
+        arguments.seed = typed;
+        EXPECT_EQ(renderOptions(arguments).seed, seed);
+    }
+}
+
+TEST(StemPath, PutsTheRingBetweenTheNameAndItsEnding)
+{
+    EXPECT_EQ(stemPath("a.wav", 0), "a-R1.wav");
+    EXPECT_EQ(stemPath("music/two.parts.FLAC", 4), "music/two.parts-R5.FLAC");
 }
 
 TEST(RenderOptions, FindPresetsByNumberAndByNameInAnyCase)
