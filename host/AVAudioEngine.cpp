@@ -108,9 +108,9 @@ AURenderBlock AVAudioEngine::observedBlock() const
         return block;
     return [block = std::move(block),
             tell = onCycleRendered](AudioUnitRenderActionFlags* flags, const AudioTimeStamp* time,
-                                    AUAudioFrameCount frames, int bus, AudioBufferList* output,
+                                    AUAudioFrameCount frames, int bus, AudioBufferList* buffers,
                                     const AURenderEvent* events, const AURenderPullInputBlock* pullInput) {
-        const auto status = block(flags, time, frames, bus, output, events, pullInput);
+        const auto status = block(flags, time, frames, bus, buffers, events, pullInput);
         tell(static_cast<int>(frames));
         return status;
     };

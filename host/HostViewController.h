@@ -11,6 +11,7 @@
 #include "host/Preferences.h"
 #include "host/TakeKeeper.h"
 #include "host/WrappingLabel.h"
+#include "render/TakeFiles.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 

@@ -4,6 +4,7 @@
 #include "render/AudioFileWriter.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -66,6 +67,7 @@ struct RenderOptions
     bool stems = false;
     OutputFile::Existing existing = OutputFile::Existing::replaced;
     bool quiet = false;
+    std::function<void(double fraction)> onProgress; ///< told now and then how much is done; may be empty
 };
 
 /// How long a piece is where neither the options nor a take say it.

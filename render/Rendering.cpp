@@ -20,7 +20,7 @@ double startTempo(const Piece& piece)
 } // namespace
 
 Rendering::Rendering(const Piece& piece, const RenderOptions& options, const std::string& origin)
-    : progress(!options.quiet), tail(options.tail),
+    : progress(!options.quiet), tellProgress(options.onProgress), tail(options.tail),
       tailFrames(std::llround(options.tailSeconds * piece.sampleRate)), sampleRate(piece.sampleRate),
       frames(piece.frames)
 {
@@ -98,7 +98,10 @@ void Rendering::renderCycle(int count)
         return;
     framesSinceWord = 0;
     stopIfInterrupted();
-    progress.update(static_cast<double>(frame) / static_cast<double>(frames.end), secondsWritten());
+    const auto fraction = static_cast<double>(frame) / static_cast<double>(frames.end);
+    progress.update(fraction, secondsWritten());
+    if (tellProgress)
+        tellProgress(fraction);
 }
 
 void Rendering::write(Part& part) const

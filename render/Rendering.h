@@ -8,6 +8,7 @@
 #include "render/SoundFile.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -59,6 +60,7 @@ private:
     std::vector<Part> parts; ///< the whole first
     std::optional<MidiFile> midi;
     ProgressBar progress;
+    std::function<void(double fraction)> tellProgress;
     RenderOptions::Tail tail;
     std::int64_t tailFrames; ///< of a fixed tail
     int sampleRate;          ///< Hz

@@ -160,21 +160,29 @@ std::vector<Take> TakeLog::leftBehind()
         const int descriptor = folder == own ? -1 : lockFolder(folder);
         if (descriptor < 0)
             continue;
-        orphans.emplace_back(folder, descriptor);
+        const auto before = takes.size();
         for (const auto& path : entriesOf(folder))
             if (auto take = path.extension() == ".records" ? takeFrom(path) : std::nullopt)
                 takes.push_back(std::move(*take));
+        orphans.emplace_back(folder, descriptor);
+        if (takes.size() == before)
+            forget(orphans.back());
     }
+    std::erase_if(orphans, [](const auto& orphan) { return orphan.second < 0; });
     return takes;
 }
 
 void TakeLog::forgetLeftBehind()
 {
+    for (auto& orphan : std::exchange(orphans, {}))
+        forget(orphan);
+}
+
+void TakeLog::forget(Orphan& orphan)
+{
     std::error_code error;
-    for (const auto& [folder, descriptor] : std::exchange(orphans, {})) {
-        fs::remove_all(folder, error);
-        close(descriptor);
-    }
+    fs::remove_all(orphan.first, error);
+    close(std::exchange(orphan.second, -1));
 }
 
 } // namespace velotrine

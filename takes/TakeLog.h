@@ -39,6 +39,11 @@ public:
     void forgetLeftBehind();
 
 private:
+    /// The folder of a program that is gone, and its lock, which is held until nobody needs what is in it.
+    using Orphan = std::pair<std::filesystem::path, int>;
+
+    static void forget(Orphan& orphan);
+
     void beginFile();
     void closeFile();
     [[nodiscard]] std::filesystem::path file(int number) const;
@@ -50,8 +55,7 @@ private:
     int filesBegun = 0;
     std::vector<std::byte> unwritten;
 
-    /// Folders of programs that are gone, and their locks, which are held until nobody needs what is in them.
-    std::vector<std::pair<std::filesystem::path, int>> orphans;
+    std::vector<Orphan> orphans;
 };
 
 } // namespace velotrine

@@ -12,7 +12,7 @@
 
 namespace velotrine {
 
-/// Listens to an instrument on its render thread and notes what changes, for a TakeRecorder on another.
+/// Listens to an instrument on its render thread and notes what changes, for a TakeAssembler on another.
 ///
 /// A take begins with the cycle in which a silent instrument, whose clock stands at the start, begins to
 /// play, so that it holds everything that was heard. It ends when the instrument is silent and stands at the

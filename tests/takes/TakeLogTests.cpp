@@ -105,6 +105,14 @@ TEST_F(Log, LeavesNothingBehindAfterAnOrderlyEnd)
     EXPECT_TRUE(fs::is_empty(folder));
 }
 
+TEST_F(Log, ClearsAwayWhatHoldsNoTake)
+{
+    beKilledAfter({});
+    EXPECT_FALSE(fs::is_empty(folder));
+    EXPECT_TRUE(TakeLog(folder).leftBehind().empty());
+    EXPECT_TRUE(fs::is_empty(folder));
+}
+
 TEST_F(Log, DoesNotTouchThoseOfAProgramThatStillRuns)
 {
     TakeLog running(folder);
