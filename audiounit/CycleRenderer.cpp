@@ -21,7 +21,7 @@ void CycleRenderer::setup(AURenderBlock block, int cycleFrames)
     timestamp = {};
 }
 
-AUAudioUnitStatus CycleRenderer::render(float* left, float* right, int frames, LastCycle lastCycle) noexcept
+AUAudioUnitStatus CycleRenderer::render(StereoOutput output, int frames, LastCycle lastCycle) noexcept
 {
     AUAudioUnitStatus status = noErr;
     for (int done = 0; done < frames;) {
@@ -30,12 +30,11 @@ AUAudioUnitStatus CycleRenderer::render(float* left, float* right, int frames, L
             const bool cut = lastCycle == LastCycle::cutShort && remaining < cycleLength;
             status = renderCycle(cut ? remaining : cycleLength);
             if (status != noErr) {
-                std::fill(left + done, left + frames, 0.0f);
-                std::fill(right + done, right + frames, 0.0f);
+                output.from(done).clear(frames - done);
                 return status;
             }
         }
-        done += handOut(left + done, right + done, frames - done);
+        done += handOut(output.from(done), frames - done);
     }
     return status;
 }
@@ -71,11 +70,13 @@ AUAudioUnitStatus CycleRenderer::renderCycle(int frames) noexcept
     return status;
 }
 
-int CycleRenderer::handOut(float* left, float* right, int frames) noexcept
+int CycleRenderer::handOut(StereoOutput output, int frames) noexcept
 {
     const int count = std::min(frames, framesLeftOver());
-    std::copy_n(leftCycle.data() + consumed, count, left);
-    std::copy_n(rightCycle.data() + consumed, count, right);
+    if (output.left != nullptr)
+        std::copy_n(leftCycle.data() + consumed, count, output.left);
+    if (output.right != nullptr)
+        std::copy_n(rightCycle.data() + consumed, count, output.right);
     consumed += count;
     return count;
 }

@@ -1,5 +1,6 @@
 #include "render/CommandLine.h"
 
+#include "audiounit/Identity.h"
 #include "audiounit/ParameterText.h"
 #include "commandline/ArgumentParser.h"
 #include "commandline/Arguments.h"
@@ -149,7 +150,7 @@ void run(std::span<const char* const> arguments)
     ListArguments listArguments;
     std::string shownFile;
     std::string helpedCommand;
-    ArgumentParser parser("velotrine", "Velotrine " VELOTRINE_VERSION);
+    ArgumentParser parser("velotrine", identity::nameAndVersion);
     parser.program().addExamples(mainExamples);
     addRender(parser, renderArguments);
     addList(parser, listArguments);

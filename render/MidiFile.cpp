@@ -1,5 +1,7 @@
 #include "render/MidiFile.h"
 
+#include "audiounit/Identity.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -107,7 +109,7 @@ Bytes tempoData(double quartersPerMinute)
 Bytes tempoTrack(const std::vector<TempoMap::Step>& steps, const std::string& comment)
 {
     Bytes track;
-    appendName(track, "Velotrine");
+    appendName(track, identity::name);
     if (!comment.empty())
         appendMeta(track, 0, MetaEvent::text, Bytes(comment.begin(), comment.end()));
     appendMeta(track, 0, MetaEvent::tempo, tempoData(steps.front().quartersPerMinute));

@@ -1,5 +1,6 @@
 #include "render/Origin.h"
 
+#include "audiounit/Identity.h"
 #include "audiounit/OrderedJson.h"
 #include "audiounit/StateText.h"
 #include "commandline/Errors.h"
@@ -18,7 +19,7 @@ namespace velotrine {
 
 namespace {
 
-constexpr std::string_view beginning = "Velotrine ";
+constexpr auto beginning = identity::name;
 
 /// As much of a file as a comment can stand in the beginning of.
 std::vector<std::uint8_t> beginningOf(const std::string& path)
@@ -42,7 +43,7 @@ std::string commentIn(const std::string& path)
 
 std::string originText(const std::string& stateText)
 {
-    return std::string(beginning) + VELOTRINE_VERSION + ": " + OrderedJson::parse(stateText).dump();
+    return std::string(identity::nameAndVersion) + ": " + OrderedJson::parse(stateText).dump();
 }
 
 std::string stateTextIn(const std::string& path)

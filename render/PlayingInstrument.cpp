@@ -53,7 +53,7 @@ void PlayingInstrument::stop()
 void PlayingInstrument::render(int frames)
 {
     const auto status =
-        renderer.render(leftCycle.data(), rightCycle.data(), frames, CycleRenderer::LastCycle::cutShort);
+        renderer.render({leftCycle.data(), rightCycle.data()}, frames, CycleRenderer::LastCycle::cutShort);
     if (status != noErr)
         throw WorkError("the instrument refused to render (error " + std::to_string(status) + ")");
     framesOfCycle = static_cast<std::size_t>(frames);

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <span>
 
 namespace velotrine {
 
@@ -111,9 +110,9 @@ void TakePlayer::startRamp(const VelotrineDSPKernel& kernel, ParameterAddress ad
 
 void TakePlayer::endRamp(ParameterAddress address) noexcept VELOTRINE_NONBLOCKING
 {
-    const auto running = std::span(ramps).first(rampCount);
-    const auto ended = std::ranges::remove(running, address, &Ramp::address);
-    rampCount -= ended.size();
+    for (std::size_t i = 0; i < rampCount; ++i)
+        if (ramps[i].address == address)
+            ramps[i] = ramps[--rampCount];
 }
 
 void TakePlayer::moveRamps(VelotrineDSPKernel& kernel) noexcept VELOTRINE_NONBLOCKING

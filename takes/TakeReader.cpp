@@ -249,16 +249,16 @@ private:
     /// Whether the parser keeps the part.
     bool see(int depth, Json::parse_event_t event, const Json& part)
     {
-        using enum Json::parse_event_t;
-        if (event == key)
+        using Event = Json::parse_event_t;
+        if (event == Event::key)
             seeKey(depth, part);
-        if (event == array_start)
+        if (event == Event::array_start)
             seeList(depth);
-        if (event == object_start)
+        if (event == Event::object_start)
             seeObject(depth);
-        if (event == value && depth == membersOfTake)
+        if (event == Event::value && depth == membersOfTake)
             seeMember(part);
-        if (!inChanges || depth != eachChange || (event != object_end && event != value))
+        if (!inChanges || depth != eachChange || (event != Event::object_end && event != Event::value))
             return true;
         readChange(part);
         return false;

@@ -4,6 +4,7 @@
 #include "plugin/InstrumentHost.h"
 #include "plugin/PendingEdits.h"
 #include "plugin/clap/ClapGui.h"
+#include "plugin/clap/ClapThreadCheck.h"
 
 #include <clap/ext/audio-ports.h>
 #include <clap/ext/note-ports.h>
@@ -26,6 +27,9 @@ public:
 
     /// What the host calls. It deletes the plug-in when the host destroys it.
     [[nodiscard]] const clap_plugin_t* clapStructure() const noexcept { return &structure; }
+
+    /// Whether this is the thread, as far as one can know.
+    [[nodiscard]] bool isOn(ClapThread thread) const noexcept;
 
     // plugin
     bool init();
@@ -92,6 +96,7 @@ private:
 
     const clap_host_t& clapHost;
     clap_plugin_t structure;
+    ClapThreadCheck threads;
     const clap_host_params_t* hostParams = nullptr;
     const clap_host_state_t* hostState = nullptr;
     const ClapHostLog* hostLog = nullptr;

@@ -2,7 +2,7 @@
 
 #include "audiounit/Parameters.h"
 #include "takes/TakeText.h"
-#include "tests/audiounit/AllocationCounter.h"
+#include "tests/support/AllocationCounter.h"
 #include "tests/takes/TakenInstrument.h"
 
 #include <cstdint>

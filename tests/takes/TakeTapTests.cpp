@@ -2,7 +2,7 @@
 
 #include "audiounit/Parameters.h"
 #include "takes/TakeRecorder.h"
-#include "tests/audiounit/AllocationCounter.h"
+#include "tests/support/AllocationCounter.h"
 #include "tests/takes/TakenInstrument.h"
 
 #include <cstddef>
