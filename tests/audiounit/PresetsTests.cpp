@@ -1,6 +1,6 @@
 #include "audiounit/Presets.h"
 
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/TestInstrument.h"
 
 #include <memory>
 #include <optional>

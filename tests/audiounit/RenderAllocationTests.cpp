@@ -1,8 +1,8 @@
 #include "audiounit/CycleRenderer.h"
 #include "audiounit/StateText.h"
-#include "tests/audiounit/AllocationCounter.h"
-#include "tests/audiounit/AllocationFailure.h"
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/AllocationCounter.h"
+#include "tests/support/AllocationFailure.h"
+#include "tests/support/TestInstrument.h"
 
 #include <algorithm>
 #include <array>

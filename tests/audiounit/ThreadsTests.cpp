@@ -1,6 +1,6 @@
 #include "audiounit/CycleRenderer.h"
 #include "audiounit/StateText.h"
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/TestInstrument.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,7 +1,7 @@
 #include "plugin/lv2/ControlPorts.h"
 
 #include "audiounit/Parameters.h"
-#include "tests/plugin/RecordingHost.h"
+#include "tests/support/RecordingHost.h"
 
 #include <limits>
 

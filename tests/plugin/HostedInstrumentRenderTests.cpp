@@ -1,10 +1,10 @@
 #include "plugin/HostedInstrument.h"
 
 #include "audiounit/Presets.h"
-#include "tests/audiounit/AllocationCounter.h"
-#include "tests/plugin/RecordingHost.h"
 #include "tests/plugin/Repeatedly.h"
-#include "tests/plugin/Sound.h"
+#include "tests/support/AllocationCounter.h"
+#include "tests/support/RecordingHost.h"
+#include "tests/support/Sound.h"
 
 #include <array>
 #include <atomic>
@@ -66,8 +66,8 @@ TEST(HostedInstrument, SoundsLikeTheAudioUnitAtTheSameTempo)
     }
 }
 
-/// Two bars with a start, automation, a tempo change and a stop, each at a frame of its own.
-Sound song(const BlockSizes& sizes)
+/// Two bars with a start, automation, a tempo change and a stop, each at its own frame.
+Sound sessionIn(const BlockSizes& sizes)
 {
     constexpr std::array edges{1000, 20011, 20012, 33333, 60001};
     Sound sound(80000);
@@ -89,10 +89,10 @@ Sound song(const BlockSizes& sizes)
 
 TEST(HostedInstrument, SoundsTheSameWhateverTheHostsBlockSizes)
 {
-    const auto expected = song(blocksOf(100000));
+    const auto expected = sessionIn(blocksOf(100000));
     EXPECT_FALSE(expected.isSilent());
     for (const auto& sizes : allBlockSizes())
-        EXPECT_TRUE(song(sizes) == expected) << sizes.name;
+        EXPECT_TRUE(sessionIn(sizes) == expected) << sizes.name;
 }
 
 /// The audio unit in cycles of its own, each of which asks the host and renders, however long nothing plays.
@@ -135,7 +135,7 @@ TEST(HostedInstrument, SoundsTheSameAfterRestsAsIfItHadAskedTheHostInEveryCycle)
         auto& kernel = *player.instrument.audioUnit()->dspKernel;
         bool hasSounded = false;
         for (int block = 0; block < 60; ++block) {
-            // Sometimes all stands still for longer than any note sounds.
+            // Now and then nothing plays for longer than any note sounds.
             expected.transport.isPlaying = below(3) == 0;
             expected.transport.tempo = below(4) == 0 ? 0.0 : 100.0 + below(100);
             expected.transport.beatsPerBar = 3 + below(3);
@@ -203,7 +203,7 @@ TEST(HostedInstrument, FollowsATempoThatGrowsWithEachFrame)
     player.instrument.setTransport(ramp);
     player.render(48000);
     EXPECT_NEAR(player.instrument.audioUnit()->dspKernel->hostTempo, 120.0, 0.1);
-    // A mean of 90 quarter notes a minute for a second are three eighths of a bar.
+    // A mean of 90 quarter notes a minute for a second is three eighths of a bar.
     EXPECT_NEAR(player.instrument.audioUnit()->dspKernel->clockPhaseBuf, 0.375, 0.001);
 }
 
@@ -264,7 +264,7 @@ TEST(HostedInstrument, IsSilentWhileItIsNotPrepared)
     instrument.reset();
 }
 
-TEST(HostedInstrument, AResetEndsAllSoundAtOnce)
+TEST(HostedInstrument, AResetSilencesAllNotesAtOnce)
 {
     HostedPlayer player;
     player.instrument.choosePreset(9);
@@ -275,7 +275,7 @@ TEST(HostedInstrument, AResetEndsAllSoundAtOnce)
     EXPECT_TRUE(player.render(4800).isSilent());
 }
 
-TEST(HostedInstrument, LoadingAStateLeavesWhatSoundsSounding)
+TEST(HostedInstrument, LoadingAStateLeavesSoundingNotesAlone)
 {
     HostedPlayer player;
     player.instrument.choosePreset(9);
@@ -289,7 +289,7 @@ TEST(HostedInstrument, LoadingAStateLeavesWhatSoundsSounding)
     EXPECT_TRUE(player.render(48007) == undisturbed.render(48007));
 }
 
-TEST(HostedInstrument, TheRenderThreadTakesNoMemory)
+TEST(HostedInstrument, TheRenderThreadDoesNotAllocate)
 {
     HostedPlayer player;
     player.instrument.choosePreset(6);
