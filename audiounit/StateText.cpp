@@ -146,7 +146,7 @@ std::string jsonObject(const std::vector<JsonMember>& members, int depth)
     std::string text = "{";
     for (const auto& [key, value] : members) {
         text += text.size() == 1 ? "\n" : ",\n";
-        text += outerIndent + "  " + written(key) + ": " + value;
+        text.append(outerIndent).append("  ").append(written(key)).append(": ").append(value);
     }
     return members.empty() ? "{}" : text + "\n" + outerIndent + "}";
 }

@@ -91,7 +91,9 @@ public:
     {
         keyboard.reset();
         removeFromDesktop();
-        addToDesktop(0, reinterpret_cast<void*>(parentWindow));
+        auto* const parent =
+            reinterpret_cast<void*>(parentWindow); // NOLINT(performance-no-int-to-ptr): JUCE's way
+        addToDesktop(0, parent);
         if (getPeer() == nullptr)
             return false;
         showAt(size);

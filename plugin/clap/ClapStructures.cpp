@@ -5,7 +5,6 @@
 #include "plugin/clap/ClapPlugin.h"
 
 #include <array>
-#include <source_location>
 #include <string_view>
 #include <utility>
 
@@ -27,7 +26,7 @@ struct Call<thread, method>
     {
         auto& plugin = *static_cast<ClapPlugin*>(structure->plugin_data);
         if (checksThreads && !plugin.isOn(thread))
-            fatalError(std::source_location::current().function_name()); // which names the method, too
+            fatalError(__PRETTY_FUNCTION__); // which names the method, too
         return answerOrNothing([&] { return (plugin.*method)(arguments...); });
     }
 };

@@ -118,7 +118,8 @@ LV2UI_Handle openUi(Lv2Plugin& plugin, const Lv2Ui::Port& port, unsigned long pa
     auto opened = std::make_unique<Lv2Ui>(plugin, port);
     if (!opened->open(parent, scaleOf(features)))
         return nullptr;
-    *widget = reinterpret_cast<LV2UI_Widget>(opened->editor().ownWindow());
+    const auto window = opened->editor().ownWindow();
+    *widget = reinterpret_cast<LV2UI_Widget>(window); // NOLINT(performance-no-int-to-ptr): the format's way
     if (const auto* const resize = lv2Feature<LV2UI_Resize>(features, LV2_UI__resize)) {
         const auto size = opened->editor().size();
         resize->ui_resize(resize->handle, size.width, size.height);
