@@ -1,3 +1,5 @@
+#include "tests/support/TemporaryFolder.h"
+
 #include <gtest/gtest.h>
 
 #include <juce_gui_basics/juce_gui_basics.h>
@@ -40,6 +42,16 @@ void stayOffTheDesktop([[maybe_unused]] char** arguments)
 #endif
 }
 
+/// Takes that somebody was playing when a program was killed are not a test's to find.
+class OwnStateFolder
+{
+public:
+    OwnStateFolder() { ::setenv("XDG_STATE_HOME", folder.path().c_str(), 1); }
+
+private:
+    velotrine::TemporaryFolder folder;
+};
+
 } // namespace
 
 /// Views and the engine need JUCE's message manager, on this thread.
@@ -47,6 +59,7 @@ int main(int argc, char** argv)
 {
     stayOffTheDesktop(argv);
     stayOffTheDevices();
+    const OwnStateFolder state;
     const juce::ScopedJuceInitialiser_GUI juce;
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();

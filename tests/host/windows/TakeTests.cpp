@@ -1,0 +1,158 @@
+// Takes in the application: what was heard while hands were at work is kept, to the bit.
+
+#include "tests/host/JackRecorder.h"
+#include "tests/host/windows/ApplicationTest.h"
+#include "tests/support/JackServer.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+
+#include <gmock/gmock.h>
+#include <sndfile.h>
+
+namespace velotrine {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class TakesInTheApplication : public ApplicationTest
+{
+protected:
+    void SetUp() override
+    {
+        environment = {{"HOME", folder.path().string()}, {"XDG_STATE_HOME", (folder.path() / "state").string()}};
+        launchForUse();
+    }
+
+    [[nodiscard]] std::vector<fs::path> kept(const std::string& ending) const
+    {
+        std::vector<fs::path> files;
+        std::error_code none;
+        for (const auto& entry : fs::directory_iterator(folder.path() / "Music/Velotrine", none))
+            if (entry.path().extension() == ending)
+                files.push_back(entry.path());
+        return files;
+    }
+
+    /// Presses the key for it, and waits for the notes' file, which comes with the sound's.
+    void keep(std::size_t takes)
+    {
+        pressKey("ctrl+k");
+        ASSERT_TRUE(runMessagesUntil([&] { return kept(".mid").size() == takes; }, 60.0));
+    }
+
+    /// Turns knobs, chooses presets and types a tempo, for a while.
+    void turnThings(double seconds)
+    {
+        std::mt19937 random(7);
+        const auto any = [&random](int below) {
+            return std::uniform_int_distribution<int>(0, below - 1)(random);
+        };
+        const auto knobs = std::array{layout.knobs[0], layout.knobs[1], layout.knobs[2], layout.knobs[3]};
+        const auto start = juce::Time::getMillisecondCounterHiRes();
+        while (juce::Time::getMillisecondCounterHiRes() - start < 1000.0 * seconds) {
+            const auto knob = inWindow(knobs[static_cast<std::size_t>(any(4))]).getCentre();
+            xdotool({"mousemove", "--window", window(), std::to_string(knob.x), std::to_string(knob.y)});
+            for (int step = 0; step < 10; ++step)
+                xdotool({"click", any(2) == 0 ? "4" : "5"});
+            if (any(8) == 0) {
+                click(240, menuBarHeight + 22);
+                xdotool({"key", "Down", "Return"});
+            }
+        }
+        xdotool({"mousemove", "1", "1"});
+    }
+
+    JackServer server{{"-S"}}; // it waits for its clients, and loses nothing
+    EditorLayout layout = layoutInWindow();
+};
+
+std::vector<float> leftOf(const fs::path& path, int* sampleRate)
+{
+    SF_INFO info{};
+    auto* const file = sf_open(path.c_str(), SFM_READ, &info);
+    if (file == nullptr)
+        return {};
+    *sampleRate = info.samplerate;
+    std::vector<float> both(static_cast<std::size_t>(info.frames * info.channels));
+    sf_readf_float(file, both.data(), info.frames);
+    sf_close(file);
+    std::vector<float> left(static_cast<std::size_t>(info.frames));
+    for (std::size_t i = 0; i < left.size(); ++i)
+        left[i] = both[i * static_cast<std::size_t>(info.channels)];
+    return left;
+}
+
+std::ptrdiff_t silentFrames(const std::vector<float>& sound)
+{
+    return std::ranges::find_if(sound, [](float sample) { return sample != 0.0f; }) - sound.begin();
+}
+
+TEST_F(TakesInTheApplication, AreBitForBitWhatWasHeard)
+{
+    const char* const wanted = std::getenv("VELOTRINE_TAKE_SECONDS");
+    const double seconds = wanted != nullptr ? std::atof(wanted) : 10.0;
+    JackRecorder recorder(seconds + 60.0);
+    ASSERT_TRUE(recorder.isConnected());
+    pressKey("space");
+    turnThings(seconds);
+    pressKey("space");
+    runMessagesFor(3.0);
+    const auto heard = recorder.samples();
+    keep(1);
+
+    int rate = 0;
+    const auto take = leftOf(kept(".wav").at(0), &rate);
+    EXPECT_EQ(rate, 48000);
+    ASSERT_GT(static_cast<double>(take.size()), seconds * rate);
+    const auto offset = silentFrames(heard) - silentFrames(take);
+    ASSERT_GE(offset, 0);
+    ASSERT_GE(heard.size(), static_cast<std::size_t>(offset) + take.size());
+    const auto [first, second] = std::ranges::mismatch(take, std::span(heard).subspan(
+                                                                 static_cast<std::size_t>(offset), take.size()));
+    EXPECT_TRUE(first == take.end()) << "from frame " << first - take.begin() << " of " << take.size() << " on";
+}
+
+TEST_F(TakesInTheApplication, AreThreeFilesAndOnlyTheLastPlay)
+{
+    pressKey("ctrl+k");
+    runMessagesFor(0.5);
+    EXPECT_THAT(kept(".wav"), IsEmpty()) << "nothing has played";
+    for (int play = 0; play < 2; ++play) {
+        pressKey("space");
+        runMessagesFor(play == 0 ? 6.0 : 2.0);
+        pressKey("space");
+        runMessagesFor(3.0);
+    }
+    keep(1);
+    EXPECT_THAT(kept(".velotrine-take"), SizeIs(1));
+    int rate = 0;
+    const auto take = leftOf(kept(".wav").at(0), &rate);
+    EXPECT_GT(take.size(), 2U * 48000U);
+    EXPECT_LT(take.size(), 6U * 48000U);
+}
+
+TEST_F(TakesInTheApplication, SurviveTheApplicationThatIsKilled)
+{
+    pressKey("space");
+    runMessagesFor(2.0);
+    application->send(SIGKILL);
+    ASSERT_TRUE(ends());
+    launch();
+    ASSERT_TRUE(windowHasKeyboard("Velotrine"));
+    runMessagesFor(0.5);
+    keep(1);
+    int rate = 0;
+    EXPECT_GT(leftOf(kept(".wav").at(0), &rate).size(), 48000U);
+
+    pressKey("ctrl+q");
+    EXPECT_EQ(end().exitCode, 0);
+    EXPECT_TRUE(fs::is_empty(folder.path() / "state/Velotrine/takes"));
+}
+
+} // namespace
+} // namespace velotrine
