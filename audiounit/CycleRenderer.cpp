@@ -21,7 +21,8 @@ void CycleRenderer::setup(AURenderBlock block, int cycleFrames)
     timestamp = {};
 }
 
-AUAudioUnitStatus CycleRenderer::render(float* left, float* right, int frames, LastCycle lastCycle) noexcept
+AUAudioUnitStatus CycleRenderer::render(float* left, float* right, int frames,
+                                        LastCycle lastCycle) noexcept VELOTRINE_NONBLOCKING
 {
     AUAudioUnitStatus status = noErr;
     for (int done = 0; done < frames;) {
@@ -40,7 +41,7 @@ AUAudioUnitStatus CycleRenderer::render(float* left, float* right, int frames, L
     return status;
 }
 
-void CycleRenderer::skip(int frames) noexcept
+void CycleRenderer::skip(int frames) noexcept VELOTRINE_NONBLOCKING
 {
     if (framesLeftOver() != 0 || frames < 0)
         fatalError("CycleRenderer: sound is left over that would be skipped");
@@ -55,14 +56,16 @@ void CycleRenderer::skip(int frames) noexcept
     consumed = begun;
 }
 
-AUAudioUnitStatus CycleRenderer::renderCycle(int frames) noexcept
+AUAudioUnitStatus CycleRenderer::renderCycle(int frames) noexcept VELOTRINE_NONBLOCKING
 {
     const auto bytes = static_cast<std::uint32_t>(static_cast<std::size_t>(frames) * sizeof(float));
     std::array<AudioBuffer, 2> channels{{{1, bytes, leftCycle.data()}, {1, bytes, rightCycle.data()}}};
     AudioBufferList output{channels};
     AudioUnitRenderActionFlags flags = 0;
-    const auto status =
-        renderBlock(&flags, &timestamp, static_cast<AUAudioFrameCount>(frames), 0, &output, nullptr, nullptr);
+    // A unit's closure, whose own functions are checked where they are.
+    VELOTRINE_UNFOLLOWED(const auto status =
+                             renderBlock(&flags, &timestamp, static_cast<AUAudioFrameCount>(frames), 0,
+                                         &output, nullptr, nullptr);)
     if (status == noErr) {
         timestamp.mSampleTime += frames;
         available = frames;
@@ -71,7 +74,7 @@ AUAudioUnitStatus CycleRenderer::renderCycle(int frames) noexcept
     return status;
 }
 
-int CycleRenderer::handOut(float* left, float* right, int frames) noexcept
+int CycleRenderer::handOut(float* left, float* right, int frames) noexcept VELOTRINE_NONBLOCKING
 {
     const int count = std::min(frames, framesLeftOver());
     std::copy_n(leftCycle.data() + consumed, count, left);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/Nonblocking.h"
 #include "platform/AUAudioUnit.h"
 
 #include <vector>
@@ -33,19 +34,19 @@ public:
     /// Fills both channels. Where the unit refuses to render, the rest is silence and its error the answer.
     /// @param frames  any number; none for fewer than 1
     AUAudioUnitStatus render(float* left, float* right, int frames,
-                             LastCycle lastCycle = LastCycle::whole) noexcept;
+                             LastCycle lastCycle = LastCycle::whole) noexcept VELOTRINE_NONBLOCKING;
 
     /// Moves the grid of cycles on as render() would, without asking the unit or writing anything, for a unit
     /// that is silent. Only while nothing is left over.
     /// @param frames  0 or more
-    void skip(int frames) noexcept;
+    void skip(int frames) noexcept VELOTRINE_NONBLOCKING;
 
     /// Frames rendered but not yet handed out.
-    [[nodiscard]] int framesLeftOver() const noexcept { return available - consumed; }
+    [[nodiscard]] int framesLeftOver() const noexcept VELOTRINE_NONBLOCKING { return available - consumed; }
 
 private:
-    AUAudioUnitStatus renderCycle(int frames) noexcept;
-    int handOut(float* left, float* right, int frames) noexcept;
+    AUAudioUnitStatus renderCycle(int frames) noexcept VELOTRINE_NONBLOCKING;
+    int handOut(float* left, float* right, int frames) noexcept VELOTRINE_NONBLOCKING;
 
     AURenderBlock renderBlock;
     int cycleLength = defaultCycleFrames;

@@ -41,6 +41,12 @@ target_compile_options(
             # next, and with it, sooner or later, a note.
             -ffp-contract=off)
 
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 20)
+  # The first is what the render thread calls, as far as the compiler can follow it. The second would be about the
+  # standard library of Debian 12, whose stable sort uses what has gone out of fashion since.
+  target_compile_options(velotrine_own_code INTERFACE -Wfunction-effects -Wno-deprecated-declarations)
+endif()
+
 if(VELOTRINE_SANITIZE)
   target_compile_options(velotrine_own_code INTERFACE -fsanitize=${VELOTRINE_SANITIZE} -fno-sanitize-recover=all
                                                       -fno-omit-frame-pointer)

@@ -99,9 +99,10 @@ void HostedInstrument::release()
     isAtRest = false;
 }
 
-void HostedInstrument::reset() noexcept
+void HostedInstrument::reset() noexcept VELOTRINE_NONBLOCKING
 {
-    if (!unit->renderResourcesAllocated())
+    VELOTRINE_UNFOLLOWED(const bool isReady = unit->renderResourcesAllocated();) // one load
+    if (!isReady)
         return;
     render(nullptr, nullptr, cycles.framesLeftOver());
     isAtRest = false;
@@ -111,6 +112,7 @@ void HostedInstrument::reset() noexcept
 }
 
 void HostedInstrument::setTransport(const std::optional<HostTransport>& newTransport) noexcept
+    VELOTRINE_NONBLOCKING
 {
     if (newTransport.has_value() != transportIsKnown || (newTransport && *newTransport != transport))
         isAtRest = false;
@@ -144,7 +146,7 @@ void HostedInstrument::connectTransport()
 }
 
 bool HostedInstrument::answerMusicalContext(double* tempo, double* numerator,
-                                            std::int64_t* denominator) noexcept
+                                            std::int64_t* denominator) noexcept VELOTRINE_NONBLOCKING
 {
     const auto tempoNow =
         transport.tempo + transport.tempoPerFrame * static_cast<double>(framesIntoTransport);
@@ -155,7 +157,7 @@ bool HostedInstrument::answerMusicalContext(double* tempo, double* numerator,
     return transportIsKnown;
 }
 
-void HostedInstrument::render(float* left, float* right, int frames) noexcept
+void HostedInstrument::render(float* left, float* right, int frames) noexcept VELOTRINE_NONBLOCKING
 {
     if (frames < 1)
         return;
@@ -177,7 +179,7 @@ void HostedInstrument::render(float* left, float* right, int frames) noexcept
     cycles.skip(newFrames);
 }
 
-void HostedInstrument::renderCycles(float* left, float* right, int frames) noexcept
+void HostedInstrument::renderCycles(float* left, float* right, int frames) noexcept VELOTRINE_NONBLOCKING
 {
     std::array<float, CycleRenderer::defaultCycleFrames> unheard{};
     const auto longest = left != nullptr && right != nullptr ? frames : static_cast<int>(unheard.size());
@@ -191,7 +193,7 @@ void HostedInstrument::renderCycles(float* left, float* right, int frames) noexc
 
 // A session has dozens of instruments that wait. Sixteen cycles that find out once more that nothing is to be
 // done cost thirty times what clearing a block of 512 frames does.
-bool HostedInstrument::goesOnResting() const noexcept
+bool HostedInstrument::goesOnResting() const noexcept VELOTRINE_NONBLOCKING
 {
     const auto& kernel = *unit->dspKernel;
     // Sync may have been switched on while no cycle asked the host.
@@ -200,7 +202,7 @@ bool HostedInstrument::goesOnResting() const noexcept
            kernel.internalPlaying == internalPlayingAtRest;
 }
 
-void HostedInstrument::noteWhetherItRests() noexcept
+void HostedInstrument::noteWhetherItRests() noexcept VELOTRINE_NONBLOCKING
 {
     const auto& kernel = *unit->dspKernel;
     syncAtRest = kernel.sync;
@@ -210,7 +212,7 @@ void HostedInstrument::noteWhetherItRests() noexcept
 
 // A store between two cycles is what a parameter event at the start of the next one would be, needs no queue
 // that could overflow, and can be read back at once.
-bool HostedInstrument::setValue(ParameterAddress address, double value) noexcept
+bool HostedInstrument::setValue(ParameterAddress address, double value) noexcept VELOTRINE_NONBLOCKING
 {
     const auto bounded = valueFromHost(address, value);
     if (!bounded)
@@ -220,7 +222,7 @@ bool HostedInstrument::setValue(ParameterAddress address, double value) noexcept
     return true;
 }
 
-float HostedInstrument::value(ParameterAddress address) const noexcept
+float HostedInstrument::value(ParameterAddress address) const noexcept VELOTRINE_NONBLOCKING
 {
     return unit->dspKernel->parameter(address);
 }

@@ -100,7 +100,7 @@ void ClapPlugin::reset()
     instrument.reset();
 }
 
-clap_process_status ClapPlugin::process(const clap_process_t* process)
+clap_process_status ClapPlugin::process(const clap_process_t* process) noexcept VELOTRINE_NONBLOCKING
 {
     if (process == nullptr)
         return CLAP_PROCESS_ERROR;
@@ -116,9 +116,9 @@ clap_process_status ClapPlugin::process(const clap_process_t* process)
 
     applyTransport(process->transport);
     if (const auto* const in = process->in_events) {
-        const auto count = in->size(in);
+        VELOTRINE_UNFOLLOWED(const auto count = in->size(in);) // the host's own code
         for (std::uint32_t i = 0; i < count; ++i) {
-            const auto* const event = in->get(in, i);
+            VELOTRINE_UNFOLLOWED(const auto* const event = in->get(in, i);) // likewise
             if (event == nullptr)
                 continue;
             renderUpTo(std::clamp(event->time, rendered, frames));
@@ -137,7 +137,7 @@ const void* ClapPlugin::extension(const char* id)
 
 void ClapPlugin::onMainThread() {}
 
-void ClapPlugin::applyEvent(const clap_event_header_t& event) noexcept
+void ClapPlugin::applyEvent(const clap_event_header_t& event) noexcept VELOTRINE_NONBLOCKING
 {
     if (event.space_id != CLAP_CORE_EVENT_SPACE_ID)
         return;
@@ -149,7 +149,7 @@ void ClapPlugin::applyEvent(const clap_event_header_t& event) noexcept
     }
 }
 
-void ClapPlugin::applyTransport(const clap_event_transport_t* transport) noexcept
+void ClapPlugin::applyTransport(const clap_event_transport_t* transport) noexcept VELOTRINE_NONBLOCKING
 {
     if (transport == nullptr) {
         instrument.setTransport(std::nullopt);
@@ -168,10 +168,11 @@ void ClapPlugin::applyTransport(const clap_event_transport_t* transport) noexcep
     instrument.setTransport(told);
 }
 
-void ClapPlugin::handOverEdits(const clap_output_events_t* out, std::uint32_t frame) noexcept
+void ClapPlugin::handOverEdits(const clap_output_events_t* out,
+                               std::uint32_t frame) noexcept VELOTRINE_NONBLOCKING
 {
     if (out != nullptr)
-        edits.handOver(ClapEventWriter{*out, frame});
+        VELOTRINE_UNFOLLOWED(edits.handOver(ClapEventWriter{*out, frame});) // calls the host's own code
 }
 
 std::uint32_t ClapPlugin::audioPortCount(bool isInput)

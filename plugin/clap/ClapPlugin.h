@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/Nonblocking.h"
 #include "plugin/HostedInstrument.h"
 #include "plugin/InstrumentHost.h"
 #include "plugin/PendingEdits.h"
@@ -35,7 +36,7 @@ public:
     bool startProcessing();
     void stopProcessing();
     void reset();
-    clap_process_status process(const clap_process_t* process);
+    clap_process_status process(const clap_process_t* process) noexcept VELOTRINE_NONBLOCKING;
     const void* extension(const char* id);
     void onMainThread();
 
@@ -83,9 +84,9 @@ private:
     void valueChanged(ParameterAddress address, float value) override;
     void endGesture(ParameterAddress address) override;
 
-    void applyEvent(const clap_event_header_t& event) noexcept;
-    void applyTransport(const clap_event_transport_t* transport) noexcept;
-    void handOverEdits(const clap_output_events_t* out, std::uint32_t frame) noexcept;
+    void applyEvent(const clap_event_header_t& event) noexcept VELOTRINE_NONBLOCKING;
+    void applyTransport(const clap_event_transport_t* transport) noexcept VELOTRINE_NONBLOCKING;
+    void handOverEdits(const clap_output_events_t* out, std::uint32_t frame) noexcept VELOTRINE_NONBLOCKING;
     void logError(const std::string& message) const;
 
     [[nodiscard]] EmbeddedEditor* editor() noexcept { return gui ? gui->editor() : nullptr; }

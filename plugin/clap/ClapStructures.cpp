@@ -65,6 +65,12 @@ constexpr clap_plugin_timer_support_t timerSupport{.on_timer = call<&P::onTimer>
 
 constexpr ClapPluginPosixFdSupport posixFdSupport{.onFd = call<&P::onFd>};
 
+/// Throws nothing by itself.
+clap_process_status CLAP_ABI process(const clap_plugin_t* plugin, const clap_process_t* block)
+{
+    return static_cast<ClapPlugin*>(plugin->plugin_data)->process(block);
+}
+
 } // namespace
 
 clap_plugin_t clapStructureOf(ClapPlugin& plugin, const clap_plugin_descriptor_t& descriptor)
@@ -78,7 +84,7 @@ clap_plugin_t clapStructureOf(ClapPlugin& plugin, const clap_plugin_descriptor_t
             .start_processing = call<&P::startProcessing>,
             .stop_processing = call<&P::stopProcessing>,
             .reset = call<&P::reset>,
-            .process = call<&P::process>,
+            .process = process,
             .get_extension = call<&P::extension>,
             .on_main_thread = call<&P::onMainThread>};
 }

@@ -60,7 +60,7 @@ void Lv2Plugin::deactivate()
     isActive = false;
 }
 
-void Lv2Plugin::run(std::uint32_t frames) noexcept
+void Lv2Plugin::run(std::uint32_t frames) noexcept VELOTRINE_NONBLOCKING
 {
     constexpr auto longest = static_cast<std::uint32_t>(std::numeric_limits<int>::max());
     frames = std::min(frames, longest);
@@ -79,14 +79,14 @@ void Lv2Plugin::run(std::uint32_t frames) noexcept
     renderUpTo(frames);
 }
 
-void Lv2Plugin::applyPorts() noexcept
+void Lv2Plugin::applyPorts() noexcept VELOTRINE_NONBLOCKING
 {
     for (ParameterAddress address = 0; address < parameterCount; ++address)
         if (controls[address] != nullptr)
             applyPort(address, *controls[address]);
 }
 
-void Lv2Plugin::applyPort(ParameterAddress address, float value) noexcept
+void Lv2Plugin::applyPort(ParameterAddress address, float value) noexcept VELOTRINE_NONBLOCKING
 {
     if (portValues[address].load(std::memory_order_relaxed) == value)
         return;
@@ -104,7 +104,7 @@ void Lv2Plugin::showPort(ParameterAddress address, float value) noexcept
 }
 
 template <typename RenderUpTo>
-void Lv2Plugin::applyEvents(RenderUpTo&& renderUpTo) noexcept
+void Lv2Plugin::applyEvents(RenderUpTo&& renderUpTo) noexcept VELOTRINE_NONBLOCKING
 {
     if (time == nullptr || !timePosition.isSequence(time->atom) || time->atom.size < sizeof time->body)
         return;

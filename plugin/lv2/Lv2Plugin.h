@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/AddressSet.h"
+#include "engine/Nonblocking.h"
 #include "plugin/EmbeddedEditor.h"
 #include "plugin/HostedInstrument.h"
 #include "plugin/InstrumentHost.h"
@@ -33,7 +34,7 @@ public:
 
     void connectPort(std::uint32_t port, void* data) noexcept;
     void activate();
-    void run(std::uint32_t frames) noexcept;
+    void run(std::uint32_t frames) noexcept VELOTRINE_NONBLOCKING;
     void deactivate();
 
     LV2_State_Status save(LV2_State_Store_Function store, LV2_State_Handle handle) const;
@@ -69,10 +70,10 @@ private:
     void valueChanged(ParameterAddress address, float value) override;
     void endGesture(ParameterAddress address) override;
 
-    void applyPorts() noexcept;
-    void applyPort(ParameterAddress address, float value) noexcept;
+    void applyPorts() noexcept VELOTRINE_NONBLOCKING;
+    void applyPort(ParameterAddress address, float value) noexcept VELOTRINE_NONBLOCKING;
     template <typename RenderUpTo>
-    void applyEvents(RenderUpTo&& renderUpTo) noexcept;
+    void applyEvents(RenderUpTo&& renderUpTo) noexcept VELOTRINE_NONBLOCKING;
 
     const double hostSampleRate;
     const Lv2Log hostLog;

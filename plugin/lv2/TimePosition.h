@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/Nonblocking.h"
 #include "plugin/HostTransport.h"
 
 #include <lv2/atom/atom.h>
@@ -17,12 +18,12 @@ public:
 
     /// Takes over into the transport what an event says; leaves what it does not speak of, or says in a form
     /// that is not the format's. False for an event of another kind. Render thread.
-    bool update(HostTransport& transport, const LV2_Atom& event) const noexcept;
+    bool update(HostTransport& transport, const LV2_Atom& event) const noexcept VELOTRINE_NONBLOCKING;
 
     [[nodiscard]] bool isSequence(const LV2_Atom& atom) const noexcept { return atom.type == sequence; }
 
 private:
-    [[nodiscard]] double number(const LV2_Atom& atom, double otherwise) const noexcept;
+    [[nodiscard]] double number(const LV2_Atom& atom, double otherwise) const noexcept VELOTRINE_NONBLOCKING;
 
     LV2_URID sequence, object, blank, resource;
     LV2_URID integer, longInteger, floating, doubleFloating;
