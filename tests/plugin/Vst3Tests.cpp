@@ -131,7 +131,7 @@ TEST_F(Vst3, SoundsTheSameWhateverTheHostsBlockSizes)
 
 TEST_F(Vst3, SoundsTheSameWhateverTheHostsBlockSizesWithAutomationEvery32Frames)
 {
-    const auto played = [this](const std::function<int(int done)>& blockAt) {
+    const auto played = [](const std::function<int(int done)>& blockAt) {
         Vst3Host host;
         constexpr int frames = 32 * 1000;
         Sound sound(frames);
