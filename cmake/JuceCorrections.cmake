@@ -122,7 +122,7 @@ function(velotrine_correct_vst3_wrapper)
                              INTERFACE "${JUCE_MODULES_DIR}/juce_audio_plugin_client/VST3")
 endfunction()
 
-# The X11 window system asks a desktop's settings tools for its theme, which nobody here wants to know, and, if the X
+# The X11 window system. It asks a desktop's settings tools for its theme, which nobody here wants to know, and, if the X
 # server does not know it, for its scale: by forking the host, whose threads and locks the child then has half of, and
 # waiting for up to 0.2 s each. Without them it takes the scale from the screen's size.
 function(velotrine_correct_x11)
@@ -136,8 +136,34 @@ function(velotrine_correct_x11)
   endforeach()
   velotrine_write_juce()
 
-  # The module's one source, whose copy finds the corrected file beside it and all others where they are.
+  # A window's timer asks a hundred times a second whether there is something to paint, for as long as the window is
+  # there. Here it ends once all is painted, nobody asks for the screen's refreshes and the image that was painted with
+  # is gone (three seconds later); what is to be painted next starts it again.
+  velotrine_read_juce(juce_gui_basics native/juce_linux_Windowing.cpp)
+  velotrine_correct([[repainter->repaint (area.getIntersection (bounds.withZeroOrigin()));]]
+                    [[repainter->repaint (area.getIntersection (bounds.withZeroOrigin()));
+
+        if (! vBlankManager.isTimerRunning())
+            updateVBlankTimer();]])
+  velotrine_correct([[            repainter->dispatchDeferredRepaints();
+    }]] [[            repainter->dispatchDeferredRepaints();
+
+        if (vBlankListeners.isEmpty() && (repainter == nullptr || repainter->isAtRest()))
+            vBlankManager.stopTimer();
+    }]])
+  velotrine_correct([[        void repaint (Rectangle<int> area)
+        {]] [[        bool isAtRest() const { return regionsNeedingRepaint.isEmpty() && image.isNull(); }
+
+        void repaint (Rectangle<int> area)
+        {]])
+  velotrine_write_juce()
+
+  # The module's one source, whose copy finds the corrected files beside it and all others where they are. It names them,
+  # because a compiler cache does not notice when a file appears where another was found before.
   velotrine_read_juce(juce_gui_basics juce_gui_basics.cpp)
+  foreach(corrected native/x11/juce_linux_XWindowSystem.cpp native/juce_linux_Windowing.cpp)
+    velotrine_correct("#include \"${corrected}\"" "#include \"${corrected}\" // corrected")
+  endforeach()
   velotrine_write_juce()
   get_target_property(sources juce_gui_basics INTERFACE_SOURCES)
   list(TRANSFORM sources REPLACE "^.*/juce_gui_basics\\.cpp$" "${copy}/juce_gui_basics.cpp")

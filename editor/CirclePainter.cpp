@@ -30,18 +30,67 @@ struct Span
     int end;
 };
 
-Span boundedSpan(float from, float to, int size)
+Span boundedSpan(float from, float to, juce::Range<int> bounds)
 {
-    return {std::clamp(static_cast<int>(std::floor(from)), 0, size),
-            std::clamp(static_cast<int>(std::ceil(to)), 0, size)};
+    return {bounds.clipValue(static_cast<int>(std::floor(from))),
+            bounds.clipValue(static_cast<int>(std::ceil(to)))};
+}
+
+template <typename Pixel>
+void blendPartly(Pixel& pixel, juce::PixelARGB source, float coverage)
+{
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings): positive, and in the innermost loop
+    pixel.blend(source, static_cast<juce::uint32>(255.0f * coverage + 0.5f));
 }
 
 } // namespace
 
 template <typename Pixel>
-CirclePainter<Pixel>::CirclePainter(juce::Image& image) : pixels(image, juce::Image::BitmapData::readWrite)
+CirclePainter<Pixel>::CirclePainter(juce::Image& image)
+    : pixels(image, juce::Image::BitmapData::readWrite), clip(image.getBounds())
 {
     jassert(pixels.pixelStride == static_cast<int>(sizeof(Pixel)));
+}
+
+template <typename Pixel>
+void CirclePainter<Pixel>::clear(juce::Colour colour)
+{
+    Pixel pixel;
+    pixel.set(colour.getPixelARGB());
+    for (auto y = clip.getY(); y < clip.getBottom(); ++y)
+        std::fill_n(rowAt(y) + clip.getX(), clip.getWidth(), pixel);
+}
+
+template <typename Pixel>
+void CirclePainter<Pixel>::drawLine(juce::Point<float> from, juce::Point<float> to, float width,
+                                    juce::Colour colour)
+{
+    const auto source = colour.getPixelARGB();
+    const auto length = from.getDistanceFrom(to);
+    const auto along = (to - from) / length;
+    const auto reach = width / 2.0f + edge;
+    const auto thickness = std::min(1.0f, width);
+    // In a row, what lies within the line's width is as wide as this on either side of its middle.
+    const auto halfSpan = std::abs(along.y) > 0.0f ? reach / std::abs(along.y) : static_cast<float>(pixels.width);
+
+    const auto box = juce::Rectangle<float>(from, to).expanded(reach);
+    const auto rows = boundedSpan(box.getY(), box.getBottom(), clip.getVerticalRange());
+    for (auto y = rows.first; y < rows.end; ++y) {
+        const auto dy = middleOf(y) - from.y;
+        const auto middle = std::abs(along.y) > 0.0f ? from.x + dy * along.x / along.y : from.x;
+        const auto left = std::max(box.getX(), middle - halfSpan);
+        const auto right = std::min(box.getRight(), middle + halfSpan);
+        const auto span = boundedSpan(left, right, clip.getHorizontalRange());
+        for (auto x = span.first; x < span.end; ++x) {
+            const auto dx = middleOf(x) - from.x;
+            const auto across = std::abs(dx * along.y - dy * along.x);
+            const auto ahead = dx * along.x + dy * along.y;
+            const auto sides = std::min(thickness, reach - across);
+            const auto ends = std::min({1.0f, ahead + edge, length - ahead + edge});
+            if (sides > 0.0f && ends > 0.0f)
+                blendPartly(rowAt(y)[x], source, sides * ends);
+        }
+    }
 }
 
 template <typename Pixel>
@@ -82,23 +131,21 @@ void CirclePainter<Pixel>::fillBetween(juce::Point<float> centre, float innerRad
             const auto distance = std::sqrt(distanceSquared);
             const auto coverage =
                 std::min({thickness, outerRadius + edge - distance, distance - innerRadius + edge});
-            if (coverage > 0.0f) {
-                // NOLINTNEXTLINE(bugprone-incorrect-roundings): positive, and in the innermost loop
-                row[x].blend(source, static_cast<juce::uint32>(255.0f * coverage + 0.5f));
-            }
+            if (coverage > 0.0f)
+                blendPartly(row[x], source, coverage);
         }
     };
 
     const auto rows =
-        boundedSpan(centre.y - outerRadius - edge, centre.y + outerRadius + edge, pixels.height);
+        boundedSpan(centre.y - outerRadius - edge, centre.y + outerRadius + edge, clip.getVerticalRange());
     for (auto y = rows.first; y < rows.end; ++y) {
-        auto* row = reinterpret_cast<Pixel*>(pixels.getLinePointer(y));
+        auto* row = rowAt(y);
         const auto dy = middleOf(y) - centre.y;
         const auto outer = halfChord(outerRadius + edge, dy);
         // Nothing is painted nearer than this, so that it may be left out.
         const auto inner = halfChord(innerRadius - edge, dy);
-        const auto left = boundedSpan(centre.x - outer, centre.x - inner, pixels.width);
-        const auto right = boundedSpan(centre.x + inner, centre.x + outer, pixels.width);
+        const auto left = boundedSpan(centre.x - outer, centre.x - inner, clip.getHorizontalRange());
+        const auto right = boundedSpan(centre.x + inner, centre.x + outer, clip.getHorizontalRange());
         paint(row, left, dy);
         paint(row, {std::max(left.end, right.first), right.end}, dy);
     }

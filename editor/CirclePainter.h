@@ -4,15 +4,28 @@
 
 namespace velotrine {
 
-/// Draws discs and circles with smooth edges straight into an image's pixels. A pixel is covered as far as
-/// its middle lies inside an edge, which takes a square root where an edge is near and nothing elsewhere; a
-/// path needs a table of edges each time. That is why eighty flashing spots fit into a frame.
+/// Draws discs, circles and lines with smooth edges straight into an image's pixels. A pixel is covered as
+/// far as its middle lies inside an edge, which takes a square root where an edge is near and nothing
+/// elsewhere; a path needs a table of edges each time. That is why eighty flashing spots fit into a frame. A
+/// pixel's colour does not depend on what the drawing is clipped to.
 /// @tparam Pixel  juce::PixelRGB or juce::PixelARGB, as the image has them
 template <typename Pixel>
 class CirclePainter
 {
 public:
     explicit CirclePainter(juce::Image& image);
+
+    /// Leaves everything outside of a part of the image alone from now on.
+    /// @param part  within the image
+    void clipTo(juce::Rectangle<int> part) noexcept { clip = part; }
+
+    /// Replaces every pixel.
+    void clear(juce::Colour colour);
+
+    /// A straight line with blunt ends.
+    /// @param from, to  pixels, apart from each other
+    /// @param width     pixels, above 0
+    void drawLine(juce::Point<float> from, juce::Point<float> to, float width, juce::Colour colour);
 
     /// @param centre  pixels; the middle of the first pixel is at (0.5, 0.5)
     /// @param radius  pixels, above 0
@@ -25,7 +38,10 @@ private:
     /// What lies between two circles; an inner radius below 0 makes a disc.
     void fillBetween(juce::Point<float> centre, float innerRadius, float outerRadius, juce::Colour colour);
 
+    Pixel* rowAt(int y) { return reinterpret_cast<Pixel*>(pixels.getLinePointer(y)); }
+
     juce::Image::BitmapData pixels;
+    juce::Rectangle<int> clip;
 };
 
 extern template class CirclePainter<juce::PixelRGB>;

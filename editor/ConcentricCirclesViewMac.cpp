@@ -46,6 +46,13 @@ juce::Colour spotColour(float flash)
                         : colours::background;
 }
 
+/// A point on fractions of a pixel: a shape that has moved by less looks the same, and stays.
+juce::Point<float> onFractions(juce::Point<float> pixel)
+{
+    constexpr float fractions = 16.0f;
+    return {std::round(pixel.x * fractions) / fractions, std::round(pixel.y * fractions) / fractions};
+}
+
 /// One tick of a phase on its shorter way to 12 o'clock.
 double nearerToHome(double phaseTurns)
 {
@@ -68,6 +75,7 @@ ConcentricCirclesViewMac::ConcentricCirclesViewMac()
 {
     setTitle("Rings");
     setRepaintsOnMouseActivity(false);
+    wake();
 }
 
 ConcentricCirclesViewMac::Geometry ConcentricCirclesViewMac::measured() const
@@ -91,48 +99,49 @@ ConcentricCirclesViewMac::Geometry ConcentricCirclesViewMac::measured() const
 
 void ConcentricCirclesViewMac::paint(juce::Graphics& graphics)
 {
-    geometry = measured();
-    if (getLocalBounds().isEmpty())
+    if (getLocalBounds().isEmpty()) {
+        geometry = measured();
         return;
+    }
+    // A part is painted as it was last shown, or what has changed elsewhere would be missed there.
     const auto grid = pixelGridOf(*this, graphics);
-    emptyPicture(ringsImage, grid, backdrop);
-    {
-        juce::Graphics imageGraphics(ringsImage);
-        imageGraphics.addTransform(grid.fromPoints());
-        drawHand(imageGraphics);
+    const bool isWhole = graphics.getClipBounds().contains(getLocalBounds());
+    if (grid != picture.grid()) {
+        showNow(grid);
+        if (!isWhole)
+            repaint();
+    } else if (isWhole) {
+        repaintChanges(showNow(grid));
     }
-    drawRings(grid);
     graphics.setOpacity(1.0f);
-    graphics.drawImageTransformed(ringsImage, grid.fromPoints().inverted());
+    graphics.drawImageTransformed(picture.image(), grid.fromPoints().inverted());
 }
 
-void ConcentricCirclesViewMac::drawHand(juce::Graphics& graphics) const
+std::span<const juce::Rectangle<int>> ConcentricCirclesViewMac::showNow(const PixelGrid& grid)
 {
-    graphics.setColour(grey(0.5f));
-    if (!geometry.radii.empty()) {
-        const auto tip = pointAt(geometry.centre, geometry.radii.back(), displayedClockPhase);
-        graphics.drawLine({geometry.centre.toFloat(), tip.toFloat()},
-                          static_cast<float>(std::max(0.5, geometry.strokeWidth * 0.5)));
-    }
-    graphics.fillEllipse(circleAbout(geometry.centre, std::max(2.0, geometry.side * 0.008)));
+    geometry = measured();
+    measureFrame(grid, hostClock());
+    return picture.show(frame, grid, backdrop);
 }
 
-void ConcentricCirclesViewMac::drawRings(const PixelGrid& grid)
+void ConcentricCirclesViewMac::measureFrame(const PixelGrid& grid, std::uint64_t now)
 {
-    const auto drawWith = [&](auto painter) {
-        const auto now = hostClockNow();
-        for (std::size_t ring = 0; ring < spotsPerRing.size(); ++ring)
-            drawRing(painter, grid, ring, now);
-    };
-    if (backdrop)
-        drawWith(CirclePainter<juce::PixelRGB>(ringsImage));
-    else
-        drawWith(CirclePainter<juce::PixelARGB>(ringsImage));
+    frame.centre = grid.pixelAt(geometry.centre);
+    frame.hand = grey(0.5f);
+    frame.handWidth = grid.pixels(std::max(0.5, geometry.strokeWidth * 0.5));
+    frame.dotRadius = grid.pixels(std::max(2.0, geometry.side * 0.008));
+    frame.lineWidth = grid.pixels(geometry.strokeWidth);
+    frame.spotRadius = grid.pixels(geometry.spotRadius);
+    frame.handTip.reset();
+    if (!geometry.radii.empty() && geometry.radii.back() > 0.0)
+        frame.handTip =
+            onFractions(grid.pixelAt(pointAt(geometry.centre, geometry.radii.back(), displayedClockPhase)));
+    frame.rings.resize(spotsPerRing.size());
+    for (std::size_t ring = 0; ring < frame.rings.size(); ++ring)
+        measureRing(grid, ring, now);
 }
 
-template <typename Pixel>
-void ConcentricCirclesViewMac::drawRing(CirclePainter<Pixel>& painter, const PixelGrid& grid,
-                                        std::size_t ring, std::uint64_t now) const
+void ConcentricCirclesViewMac::measureRing(const PixelGrid& grid, std::size_t ring, std::uint64_t now)
 {
     const auto spots = spotsPerRing[ring];
     if (spots < 0)
@@ -140,21 +149,27 @@ void ConcentricCirclesViewMac::drawRing(CirclePainter<Pixel>& painter, const Pix
     if (ring >= ringPhaseOffsets.size())
         fatalError("a ring is drawn that has no phases");
 
-    const auto colour = lineColour(ring);
-    const auto lineWidth = grid.pixels(geometry.strokeWidth);
-    painter.drawCircle(grid.pixelAt(geometry.centre), grid.pixels(geometry.radii[ring]), lineWidth, colour);
-
+    auto& measured = frame.rings[ring];
+    measured.radius = grid.pixels(geometry.radii[ring]);
+    measured.line = lineColour(ring);
+    measured.spots.resize(static_cast<std::size_t>(spots));
     const auto rotation = displayedLfoOffsets[ring] + displayedActivityPhases[ring] +
                           static_cast<double>(ringPhaseOffsets[ring]);
-    const auto spotRadius = grid.pixels(geometry.spotRadius);
     for (std::int64_t spot = 0; spot < spots; ++spot) {
         const auto phase = static_cast<double>(spot) / static_cast<double>(spots) + rotation;
-        const auto centre = grid.pixelAt(pointAt(geometry.centre, geometry.radii[ring], phase));
         const auto index = static_cast<std::int64_t>(ring) * spotsPerRingMax + spot;
         const auto flash = spotFireTimes != nullptr ? flashAlpha(spotFireTimes[index], now) : 0.0f;
-        painter.fillDisc(centre, spotRadius, spotColour(flash));
-        painter.drawCircle(centre, spotRadius, lineWidth, colour);
+        measured.spots[static_cast<std::size_t>(spot)] = {
+            .centre = onFractions(grid.pixelAt(pointAt(geometry.centre, geometry.radii[ring], phase))),
+            .fill = spotColour(flash)};
     }
+}
+
+/// Asks for parts of the picture to be drawn on the screen.
+void ConcentricCirclesViewMac::repaintChanges(std::span<const juce::Rectangle<int>> changes)
+{
+    for (const auto& change : changes)
+        repaint(picture.grid().pointsAround(change));
 }
 
 juce::Colour ConcentricCirclesViewMac::lineColour(std::size_t ring) const
@@ -174,7 +189,17 @@ float ConcentricCirclesViewMac::flashAlpha(std::uint64_t fireTime, std::uint64_t
 
 void ConcentricCirclesViewMac::redraw()
 {
-    repaint();
+    // Without a picture of this size, painting makes one.
+    const auto& grid = picture.grid();
+    if (grid.width == 0)
+        repaint();
+    else
+        repaintChanges(showNow(grid));
+}
+
+void ConcentricCirclesViewMac::resized()
+{
+    picture = {};
 }
 
 double ConcentricCirclesViewMac::livePhase() const
@@ -191,6 +216,57 @@ void ConcentricCirclesViewMac::refreshTick()
         easeHome();
 }
 
+void ConcentricCirclesViewMac::wake()
+{
+    quietSince.reset();
+    stopTimer();
+    if (screen)
+        return;
+    screen.emplace(this, [this] { screenIsReady(); });
+    repaint(0, 0, 1, 1); // a window in which nothing is to be painted has stopped asking the screen
+}
+
+void ConcentricCirclesViewMac::screenIsReady()
+{
+    // The toolkit asks 100 times a second where a screen does not tell its rate; every other time is enough.
+    constexpr double shortestPause = 0.015;
+    const auto now = juce::Time::getMillisecondCounterHiRes() * 1.0e-3;
+    if (now - lastLookSeconds < shortestPause && !screenTellsItsRate())
+        return;
+    lastLookSeconds = now;
+    if (isShowing())
+        screenRefreshed(now);
+    restIfQuiet(now);
+}
+
+bool ConcentricCirclesViewMac::screenTellsItsRate() const
+{
+    const auto* const display =
+        juce::Desktop::getInstance().getDisplays().getDisplayForRect(getScreenBounds());
+    return display != nullptr && display->verticalFrequencyHz.value_or(0.0) > 0.0;
+}
+
+/// Being asked by the screen costs more than anything else while the rings stand still.
+void ConcentricCirclesViewMac::restIfQuiet(double nowSeconds)
+{
+    constexpr double patienceSeconds = 1.0;
+    constexpr int looksPerSecond = 10;
+    if (isMoving)
+        quietSince.reset();
+    else if (!quietSince)
+        quietSince = nowSeconds;
+    else if (nowSeconds - *quietSince > patienceSeconds && !isTimerRunning())
+        startTimerHz(looksPerSecond);
+}
+
+void ConcentricCirclesViewMac::timerCallback()
+{
+    screen.reset();
+    refreshTick();
+    if (isMoving)
+        wake();
+}
+
 void ConcentricCirclesViewMac::showLivePhases()
 {
     displayedClockPhase = lastClockPhase;
@@ -198,12 +274,13 @@ void ConcentricCirclesViewMac::showLivePhases()
         displayedActivityPhases[ring] = activityPhases != nullptr ? activityPhases[ring].load() : 0.0;
         displayedLfoOffsets[ring] = lfoOffsets != nullptr ? lfoOffsets[ring].load() : 0.0;
     }
+    isMoving = true;
     redraw();
 }
 
 void ConcentricCirclesViewMac::easeHome()
 {
-    auto isMoving = displayedClockPhase > homeEnough;
+    isMoving = displayedClockPhase > homeEnough;
     displayedClockPhase = nearerToHome(displayedClockPhase);
     for (auto& phase : displayedActivityPhases) {
         isMoving = isMoving || phase > homeEnough;
@@ -214,7 +291,8 @@ void ConcentricCirclesViewMac::easeHome()
         isMoving = isMoving || isAway;
         offset = isAway ? offset * wobbleDecay : 0.0;
     }
-    if (isMoving || anySpotFlashes())
+    isMoving = isMoving || anySpotFlashes();
+    if (isMoving)
         redraw();
 }
 
@@ -222,7 +300,7 @@ bool ConcentricCirclesViewMac::anySpotFlashes() const
 {
     if (spotFireTimes == nullptr)
         return false;
-    const auto now = hostClockNow();
+    const auto now = hostClock();
     const std::span times(spotFireTimes, static_cast<std::size_t>(ringCount * spotsPerRingMax));
     return std::ranges::any_of(times, [now](const auto& time) {
         const std::uint64_t fired = time;

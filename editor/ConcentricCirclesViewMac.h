@@ -1,8 +1,9 @@
 #pragma once
 
-#include "editor/CirclePainter.h"
 #include "editor/Control.h"
 #include "editor/PixelGrid.h"
+#include "editor/RingsPicture.h"
+#include "engine/HostClock.h"
 #include "engine/RingCount.h"
 #include "engine/Shared.h"
 
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace velotrine {
@@ -17,7 +19,7 @@ namespace velotrine {
 /// The rings, their spots and the hand, as the kernel publishes them. A click on a ring selects it, the next
 /// click anywhere lets it go. Arrow keys go from ring to ring, Return opens the one that is marked. Main
 /// thread; what the pointers lead to is written by the render thread.
-class ConcentricCirclesViewMac final : public Control<juce::Component>
+class ConcentricCirclesViewMac final : public Control<juce::Component>, private juce::Timer
 {
 public:
     ConcentricCirclesViewMac();
@@ -35,6 +37,9 @@ public:
     const Shared<double>* clockPhase = nullptr;
     const Shared<double>* activityPhases = nullptr;
     const Shared<double>* lfoOffsets = nullptr;
+
+    /// By which flashes fade: the clock of the fire times.
+    std::function<std::uint64_t()> hostClock = hostClockNow;
 
     double lastClockPhase = -1.0; ///< at the last tick; 0 while stopped
 
@@ -81,10 +86,14 @@ public:
     /// @param nowSeconds  of any clock that only goes forward
     void screenRefreshed(double nowSeconds);
 
-    /// Asks for the rings to be drawn anew, and nothing but them.
+    /// Asks for what has changed to be drawn anew: a hand that has moved, a spot that has moved or flashes.
     void redraw();
 
+    /// The clock may start now. Without a word, the rings notice within a tenth of a second.
+    void wake();
+
     void paint(juce::Graphics& graphics) override;
+    void resized() override;
     void mouseDown(const juce::MouseEvent& event) override;
     bool keyPressed(const juce::KeyPress& key) override;
     std::unique_ptr<juce::AccessibilityHandler> createAccessibilityHandler() override;
@@ -101,11 +110,10 @@ public:
 
 private:
     [[nodiscard]] Geometry measured() const;
-    void drawHand(juce::Graphics& graphics) const;
-    void drawRings(const PixelGrid& grid);
-    template <typename Pixel>
-    void drawRing(CirclePainter<Pixel>& painter, const PixelGrid& grid, std::size_t ring,
-                  std::uint64_t now) const;
+    std::span<const juce::Rectangle<int>> showNow(const PixelGrid& grid);
+    void measureFrame(const PixelGrid& grid, std::uint64_t now);
+    void measureRing(const PixelGrid& grid, std::size_t ring, std::uint64_t now);
+    void repaintChanges(std::span<const juce::Rectangle<int>> changes);
     [[nodiscard]] juce::Colour lineColour(std::size_t ring) const;
     [[nodiscard]] float flashAlpha(std::uint64_t fireTime, std::uint64_t now) const;
     [[nodiscard]] bool anySpotFlashes() const;
@@ -113,14 +121,21 @@ private:
     void drawMark(juce::Graphics& graphics) const override;
     [[nodiscard]] juce::String valueText() const;
     [[nodiscard]] double livePhase() const;
+    void screenIsReady();
+    [[nodiscard]] bool screenTellsItsRate() const;
+    void restIfQuiet(double nowSeconds);
+    void timerCallback() override;
     void showLivePhases();
     void easeHome();
 
     Geometry geometry;
-    juce::Image ringsImage;       ///< at the screen's own density
+    RingsFrame frame; ///< kept for its memory
+    RingsPicture picture;
     double nextTickSeconds = 0.0; ///< on the way home
-    juce::VBlankAttachment screen{
-        this, [this] { screenRefreshed(juce::Time::getMillisecondCounterHiRes() * 1.0e-3); }};
+    double lastLookSeconds = 0.0;
+    bool isMoving = false; ///< at the last tick, or flashing
+    std::optional<double> quietSince;
+    std::optional<juce::VBlankAttachment> screen; ///< none while at rest
 };
 
 } // namespace velotrine

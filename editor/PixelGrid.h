@@ -25,6 +25,14 @@ struct PixelGrid
 
     [[nodiscard]] float pixels(double points) const { return static_cast<float>(points) * pixelsPerPoint; }
 
+    /// The least whole points around pixels, whichever way a screen rounds them.
+    [[nodiscard]] juce::Rectangle<int> pointsAround(juce::Rectangle<int> pixelArea) const
+    {
+        const auto points = (pixelArea.toFloat() - origin) / pixelsPerPoint;
+        const bool isWhole = pixelsPerPoint == std::round(pixelsPerPoint) && origin == juce::Point<float>();
+        return points.getSmallestIntegerContainer().expanded(isWhole ? 0 : 1);
+    }
+
     [[nodiscard]] juce::AffineTransform fromPoints() const
     {
         return juce::AffineTransform::scale(pixelsPerPoint).translated(origin);

@@ -105,6 +105,7 @@ void VelotrineAUViewControllerMac::viewDidLoad()
     registerDisplayFont();
     circlesView = std::make_unique<ConcentricCirclesViewMac>();
     circlesView->backdrop = colours::background;
+    circlesView->setOpaque(true);
     circlesView->onRingSelected = [this](int ring) { showRingEditor(ring); };
     circlesView->onRingDeselected = [this] { dismissRingEditor(); };
     circlesView->onRingOpenedByKey = [this](int ring) { openRingByKey(ring); };
@@ -490,6 +491,7 @@ void VelotrineAUViewControllerMac::playTapped()
     playButton->setToggleState(isPlaying, juce::dontSendNotification);
     if (audioUnit)
         audioUnit->dspKernel->internalPlaying = isPlaying;
+    circlesView->wake();
 }
 
 void VelotrineAUViewControllerMac::syncTapped()

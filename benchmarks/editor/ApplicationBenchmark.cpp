@@ -1,5 +1,5 @@
-// How long the application takes to show itself, and what it costs while it is stopped: application_benchmark
-// PROGRAM. Wants a display whose windows nobody touches, and the user's settings in a folder to write to.
+// How long the application takes to show itself: application_benchmark PROGRAM. Wants a display whose windows
+// nobody touches, and the user's settings in a folder to write to.
 
 #include "tests/render/ChildProcess.h"
 
@@ -10,14 +10,10 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <optional>
 #include <string>
 #include <thread>
 #include <vector>
-
-#include <sys/types.h>
 
 namespace velotrine {
 namespace {
@@ -115,19 +111,6 @@ std::optional<double> secondsUntil(Clock::time_point start, Condition&& holds)
     return std::nullopt;
 }
 
-/// Seconds of processor time that a process has taken so far, all its threads together.
-double processorSeconds(pid_t process)
-{
-    double nanoseconds = 0.0;
-    for (const auto& thread :
-         std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
-        double running = 0.0;
-        std::ifstream(thread.path() / "schedstat") >> running;
-        nanoseconds += running;
-    }
-    return nanoseconds * 1.0e-9;
-}
-
 int measure(const std::string& program)
 {
     auto* const display = XOpenDisplay(nullptr);
@@ -156,14 +139,6 @@ int measure(const std::string& program)
     std::ranges::sort(seconds);
     std::printf("first painted frame after process start: %.0f ms (%.0f to %.0f)\n",
                 1000.0 * seconds[runs / 2], 1000.0 * seconds.front(), 1000.0 * seconds.back());
-
-    const Application application(program);
-    std::this_thread::sleep_for(std::chrono::seconds(3));
-    const auto from = processorSeconds(application.process.id());
-    const auto start = Clock::now();
-    std::this_thread::sleep_for(std::chrono::seconds(20));
-    const auto used = processorSeconds(application.process.id()) - from;
-    std::printf("stopped and settled: %.2f %% of a core\n", 100.0 * used / secondsSince(start));
     XCloseDisplay(display);
     return 0;
 }

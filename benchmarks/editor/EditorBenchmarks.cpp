@@ -4,6 +4,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <vector>
+
 namespace velotrine {
 namespace {
 
@@ -70,6 +72,72 @@ void backgroundAlone(benchmark::State& state)
     paint(state, editor, background);
 }
 
+/// Adds up what is asked of the screen.
+class AskedPixels final : public juce::CachedComponentImage
+{
+public:
+    explicit AskedPixels(double& pixels) : points(pixels) {}
+
+    void paint(juce::Graphics&) override {}
+
+    bool invalidateAll() override { return false; }
+
+    bool invalidate(const juce::Rectangle<int>& area) override
+    {
+        points += area.getWidth() * area.getHeight();
+        return false;
+    }
+
+    void releaseResources() override {}
+
+private:
+    double& points;
+};
+
+/// One refresh of the playing rings without the screen, and how many pixels it asks the screen for.
+void playingRings(benchmark::State& state, bool isBusy)
+{
+    constexpr int framesARefresh = 800; // 60 refreshes a second at 48 kHz
+    VelotrineAUViewControllerMac controller;
+    controller.audioUnit = std::make_shared<VelotrineAudioUnit>(velotrineComponentDescription(),
+                                                                AudioComponentInstantiationOptions{});
+    auto& unit = *controller.audioUnit;
+    auto& kernel = *unit.dspKernel;
+    unit.setCurrentPreset(unit.factoryPresets()[0]);
+    if (isBusy)
+        for (int ring = 0; ring < ringCount; ++ring) {
+            kernel.setParameter(addressOf(RingParameter::spots, ring), maxSpotsPerRing);
+            kernel.setParameter(addressOf(RingParameter::probability, ring), 1.0f);
+        }
+    kernel.setup(framesARefresh, 48000.0);
+    kernel.sync = false;
+    kernel.internalPlaying = true;
+
+    controller.view().setSize(480, 360);
+    auto& rings = *controller.circlesView;
+    const auto pixelsPerPoint = static_cast<int>(state.range(0));
+    juce::Image screen(juce::Image::RGB, 480 * pixelsPerPoint, 360 * pixelsPerPoint, true);
+    juce::Graphics graphics(screen);
+    graphics.addTransform(juce::AffineTransform::scale(static_cast<float>(pixelsPerPoint)));
+    rings.paintEntireComponent(graphics, true);
+    double points = 0.0;
+    rings.setCachedComponentImage(new AskedPixels(points));
+
+    std::vector<float> left(framesARefresh);
+    std::vector<float> right(framesARefresh);
+    for ([[maybe_unused]] auto frame : state) {
+        state.PauseTiming();
+        kernel.process(left.data(), right.data(), framesARefresh);
+        state.ResumeTiming();
+        rings.refreshTick();
+    }
+    const auto frames = static_cast<double>(state.iterations());
+    state.counters["pixels"] = points * pixelsPerPoint * pixelsPerPoint / frames;
+    state.counters["share of the square"] = points / frames / (rings.getWidth() * rings.getHeight());
+}
+
+BENCHMARK_CAPTURE(playingRings, default, false)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(playingRings, busy, true)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMicrosecond);
 BENCHMARK(wholeEditor)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond);
 BENCHMARK(ringsAlone)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond);
 BENCHMARK(backgroundAlone)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond);
