@@ -21,7 +21,7 @@ void CycleRenderer::setup(AURenderBlock block, int cycleFrames)
     timestamp = {};
 }
 
-AUAudioUnitStatus CycleRenderer::render(float* left, float* right, int frames,
+AUAudioUnitStatus CycleRenderer::render(StereoOutput output, int frames,
                                         LastCycle lastCycle) noexcept VELOTRINE_NONBLOCKING
 {
     AUAudioUnitStatus status = noErr;
@@ -31,12 +31,11 @@ AUAudioUnitStatus CycleRenderer::render(float* left, float* right, int frames,
             const bool cut = lastCycle == LastCycle::cutShort && remaining < cycleLength;
             status = renderCycle(cut ? remaining : cycleLength);
             if (status != noErr) {
-                std::fill(left + done, left + frames, 0.0f);
-                std::fill(right + done, right + frames, 0.0f);
+                output.from(done).clear(frames - done);
                 return status;
             }
         }
-        done += handOut(left + done, right + done, frames - done);
+        done += handOut(output.from(done), frames - done);
     }
     return status;
 }
@@ -74,11 +73,13 @@ AUAudioUnitStatus CycleRenderer::renderCycle(int frames) noexcept VELOTRINE_NONB
     return status;
 }
 
-int CycleRenderer::handOut(float* left, float* right, int frames) noexcept VELOTRINE_NONBLOCKING
+int CycleRenderer::handOut(StereoOutput output, int frames) noexcept VELOTRINE_NONBLOCKING
 {
     const int count = std::min(frames, framesLeftOver());
-    std::copy_n(leftCycle.data() + consumed, count, left);
-    std::copy_n(rightCycle.data() + consumed, count, right);
+    if (output.left != nullptr)
+        std::copy_n(leftCycle.data() + consumed, count, output.left);
+    if (output.right != nullptr)
+        std::copy_n(rightCycle.data() + consumed, count, output.right);
     consumed += count;
     return count;
 }

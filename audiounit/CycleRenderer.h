@@ -1,5 +1,6 @@
 #pragma once
 
+#include "audiounit/StereoOutput.h"
 #include "engine/Nonblocking.h"
 #include "platform/AUAudioUnit.h"
 
@@ -31,9 +32,9 @@ public:
     /// @param cycleFrames  1 or more; fewer is a fatal error
     void setup(AURenderBlock block, int cycleFrames = defaultCycleFrames);
 
-    /// Fills both channels. Where the unit refuses to render, the rest is silence and its error the answer.
+    /// Fills the output. Where the unit refuses to render, the rest is silence and its error the answer.
     /// @param frames  any number; none for fewer than 1
-    AUAudioUnitStatus render(float* left, float* right, int frames,
+    AUAudioUnitStatus render(StereoOutput output, int frames,
                              LastCycle lastCycle = LastCycle::whole) noexcept VELOTRINE_NONBLOCKING;
 
     /// Moves the grid of cycles on as render() would, without asking the unit or writing anything, for a unit
@@ -46,7 +47,7 @@ public:
 
 private:
     AUAudioUnitStatus renderCycle(int frames) noexcept VELOTRINE_NONBLOCKING;
-    int handOut(float* left, float* right, int frames) noexcept VELOTRINE_NONBLOCKING;
+    int handOut(StereoOutput output, int frames) noexcept VELOTRINE_NONBLOCKING;
 
     AURenderBlock renderBlock;
     int cycleLength = defaultCycleFrames;

@@ -196,7 +196,8 @@ const std::vector<AUAudioUnitPreset>& VelotrineAudioUnit::factoryPresets()
     return _factoryPresets;
 }
 
-void VelotrineAudioUnit::applyCurrentPreset(const std::optional<AUAudioUnitPreset>& preset)
+void VelotrineAudioUnit::applyCurrentPreset(const std::optional<AUAudioUnitPreset>& preset,
+                                            AUParameterObserverToken originator)
 {
     _currentPreset = preset;
     if (!preset || preset->number < 0 || preset->number >= static_cast<std::int64_t>(presetCount) ||
@@ -206,7 +207,7 @@ void VelotrineAudioUnit::applyCurrentPreset(const std::optional<AUAudioUnitPrese
     const auto& values = presetTable()[static_cast<std::size_t>(preset->number)].values;
     for (ParameterAddress address = 0; address < values.size(); ++address)
         if (const auto parameter = _parameterTree->parameterWithAddress(address))
-            parameter->setValue(values[address]);
+            parameter->setValue(values[address], originator);
 }
 
 void VelotrineAudioUnit::restoreCurrentPreset(const std::optional<AUAudioUnitPreset>& preset)

@@ -54,7 +54,8 @@ protected:
     void makeRenderResources() override;
     void dropRenderResources() override;
     [[nodiscard]] AUInternalRenderBlock internalRenderBlock() override;
-    void applyCurrentPreset(const std::optional<AUAudioUnitPreset>& preset) override;
+    void applyCurrentPreset(const std::optional<AUAudioUnitPreset>& preset,
+                            AUParameterObserverToken originator) override;
     void restoreCurrentPreset(const std::optional<AUAudioUnitPreset>& preset) override;
 
 private:

@@ -7,9 +7,9 @@ namespace velotrine {
 
 AudioComponentDescription velotrineComponentDescription() noexcept
 {
-    return {.componentType = kAudioUnitType_Generator,
-            .componentSubType = fourCharCode("VelI"),
-            .componentManufacturer = fourCharCode("mb*k"),
+    return {.componentType = identity::componentType,
+            .componentSubType = fourCharCode(identity::componentSubType),
+            .componentManufacturer = fourCharCode(identity::componentMaker),
             .componentFlags = 0,
             .componentFlagsMask = 0};
 }

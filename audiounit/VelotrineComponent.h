@@ -1,16 +1,20 @@
 #pragma once
 
+#include "audiounit/Identity.h"
 #include "platform/AudioComponentDescription.h"
 
 #include <cstdint>
 
 namespace velotrine {
 
-/// Type 'augn', subtype "VelI", maker "mb*k".
+/// Type, subtype and maker, under which hosts find the audio unit.
 [[nodiscard]] AudioComponentDescription velotrineComponentDescription() noexcept;
 
-inline constexpr const char* velotrineComponentName = "Marrowbeck: Velotrine (In-Process)";
-inline constexpr std::uint32_t velotrineComponentVersion = 0x00010000; ///< 1.0.0
+inline constexpr const char* velotrineComponentName = identity::componentName;
+
+/// 16 bits of major, 8 of minor and 8 of patch version.
+inline constexpr std::uint32_t velotrineComponentVersion =
+    identity::majorVersion << 16U | identity::minorVersion << 8U | identity::patchVersion;
 
 /// Makes VelotrineAudioUnit known in this process, so that AUAudioUnit::instantiate() finds it under the
 /// description above. Further calls do nothing. Main thread.

@@ -54,12 +54,24 @@ function(velotrine_catch result name parameters arguments)
   set(text "${text}" PARENT_SCOPE)
 endfunction()
 
+# velotrine_shield(SIGNATURE): lets one of the editor's functions pass over what X11 says of a host's window that is
+# gone. JUCE waits for the server before it lets go of a window of its own, so no answer comes later.
+function(velotrine_shield signature)
+  velotrine_correct("tresult PLUGIN_API ${signature} override
+        {" "tresult PLUGIN_API ${signature} override
+        {
+            const velotrine::X11ErrorShield shield;
+")
+  set(text "${text}" PARENT_SCOPE)
+endfunction()
+
 # The VST3 wrapper. plugin/vst3/HostChecks.h has the checks and says of each what it is for.
 function(velotrine_correct_vst3_wrapper)
   velotrine_read_juce(juce_audio_plugin_client VST3/juce_VST3_Wrapper.cpp)
 
   set(last_include [[#include <juce_audio_processors/format_types/juce_VST3Common.h>]])
-  velotrine_correct("${last_include}" "${last_include}\n#include \"plugin/vst3/HostChecks.h\"")
+  velotrine_correct("${last_include}" "${last_include}\n#include \"plugin/X11ErrorShield.h\"
+#include \"plugin/vst3/HostChecks.h\"")
 
   # A value that is not a number would stay in the wrapper's own parameters.
   velotrine_correct([[if (param.getValue() == newValue)]]
@@ -113,6 +125,18 @@ function(velotrine_correct_vst3_wrapper)
   velotrine_catch(tresult createInstance "FIDString cid, FIDString sourceIid, void** obj" "cid, sourceIid, obj")
   velotrine_catch(IPlugView* createView "const char* name" name)
   velotrine_correct([[active = willBeActive;]] [[active = willBeActive && std::uncaught_exceptions() == 0;]])
+
+  # A host may destroy the window around the editor at any time, and what the editor then asks of its own window would
+  # end the host.
+  velotrine_correct([[void PLUGIN_API onFDIsSet (Steinberg::Linux::FileDescriptor fd) override
+    {]] [[void PLUGIN_API onFDIsSet (Steinberg::Linux::FileDescriptor fd) override
+    {
+        const velotrine::X11ErrorShield shield;
+]])
+  velotrine_shield("attached (void* parent, FIDString type)")
+  velotrine_shield("removed()")
+  velotrine_shield("onSize (ViewRect* newSize)")
+  velotrine_shield("setContentScaleFactor ([[maybe_unused]] const Steinberg::IPlugViewContentScaleSupport::ScaleFactor factor)")
 
   velotrine_write_juce()
   set_property(TARGET juce_audio_plugin_client_VST3 PROPERTY INTERFACE_SOURCES

@@ -44,7 +44,7 @@ set_source_files_properties(${juce_graphics_sources} PROPERTIES COMPILE_OPTIONS 
 set_target_properties(velotrine_juce PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden)
 # The name under which JACK's patch bays show the application.
 set_source_files_properties("${JUCE_MODULES_DIR}/juce_audio_devices/juce_audio_devices.cpp"
-                            PROPERTIES COMPILE_DEFINITIONS JUCE_JACK_CLIENT_NAME="Velotrine")
+                            PROPERTIES COMPILE_DEFINITIONS JUCE_JACK_CLIENT_NAME="${PROJECT_NAME}")
 
 # Reading JUCE's headers takes a compiler ten seconds a file. velotrine_editor compiles them once for all targets.
 function(velotrine_compile_juce_headers owner)

@@ -1,5 +1,6 @@
 #include "commandline/ArgumentParser.h"
 
+#include "audiounit/Identity.h"
 #include "commandline/Errors.h"
 #include "commandline/NearestName.h"
 
@@ -124,7 +125,7 @@ void ArgumentParser::Command::addExamples(const char* examples)
 }
 
 ArgumentParser::ArgumentParser(const char* program, const char* version)
-    : app(std::make_unique<CLI::App>("Velotrine: a musical instrument that plays itself", program))
+    : app(std::make_unique<CLI::App>(identity::nameAndDescription, program))
 {
     app->set_version_flag("--version", version);
 }

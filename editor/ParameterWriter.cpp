@@ -4,6 +4,12 @@
 
 namespace velotrine {
 
+ParameterWriter::~ParameterWriter()
+{
+    if (gesture)
+        endGesture(*gesture);
+}
+
 std::shared_ptr<AUParameter> ParameterWriter::parameterAt(AUParameterAddress address) const
 {
     const auto tree = treeNow();

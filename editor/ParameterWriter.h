@@ -19,6 +19,12 @@ public:
     /// @param provider  the current tree, or none
     explicit ParameterWriter(TreeProvider provider) : treeNow(std::move(provider)) {}
 
+    /// Ends the gesture of a control that goes while it is held: a host would wait for its end.
+    ~ParameterWriter();
+
+    ParameterWriter(const ParameterWriter&) = delete;
+    ParameterWriter& operator=(const ParameterWriter&) = delete;
+
     /// @param missing  returned if the tree has no such parameter
     [[nodiscard]] float value(AUParameterAddress address, float missing) const;
 

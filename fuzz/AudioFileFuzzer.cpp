@@ -3,7 +3,7 @@
 #include "fuzz/Demand.h"
 #include "render/AudioFileWriter.h"
 #include "tests/render/AudioFile.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <bit>

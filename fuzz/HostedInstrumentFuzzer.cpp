@@ -45,8 +45,8 @@ void render(FuzzedDataProvider& input, HostedInstrument& instrument)
     const auto frames = input.ConsumeIntegralInRange(-1, maxFrames);
     std::vector<float> left(static_cast<std::size_t>(std::max(frames, 0)));
     auto right = left;
-    instrument.render(input.ConsumeBool() ? left.data() : nullptr,
-                      input.ConsumeBool() ? right.data() : nullptr, frames);
+    instrument.render(
+        {input.ConsumeBool() ? left.data() : nullptr, input.ConsumeBool() ? right.data() : nullptr}, frames);
     for (const auto* const channel : {&left, &right})
         for (const auto sample : *channel)
             demand(std::abs(sample) <= 1.0f, "every sample is within [-1, 1]");

@@ -42,10 +42,10 @@ void AVAudioMixerNode::renderPart(float* const* channels, int channelCount, int 
                                   int frames) noexcept VELOTRINE_NONBLOCKING
 {
     if (channelCount >= 2) {
-        renderer.render(channels[0] + start, channels[1] + start, frames);
+        renderer.render({channels[0] + start, channels[1] + start}, frames);
         return silence(channels, 2, channelCount, start, frames);
     }
-    renderer.render(left.data(), right.data(), frames);
+    renderer.render({left.data(), right.data()}, frames);
     if (channelCount == 1)
         std::transform(left.begin(), left.begin() + frames, right.begin(), channels[0] + start,
                        [](float leftSample, float rightSample) { return 0.5f * (leftSample + rightSample); });

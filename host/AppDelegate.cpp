@@ -1,5 +1,6 @@
 #include "host/AppDelegate.h"
 
+#include "audiounit/Identity.h"
 #include "editor/Colours.h"
 #include "host/BundleInformation.h"
 #include "host/DesktopScale.h"
@@ -23,7 +24,7 @@ AppDelegate::~AppDelegate() = default;
 
 const juce::String AppDelegate::getApplicationName()
 {
-    return "Velotrine";
+    return identity::name;
 }
 
 const juce::String AppDelegate::getApplicationVersion()
@@ -78,7 +79,7 @@ void AppDelegate::buildWindow()
     hostVC->engine.setDeviceOptions(options.device);
     hostVC->onHelpWindowCreated = [this](HelpWindowController& help) { adopt(help.window()); };
 
-    window = std::make_unique<MainWindow>("Velotrine", colours::background, hostVC->view());
+    window = std::make_unique<MainWindow>(identity::name, colours::background, hostVC->view());
     window->onHelpAsked = [this] { showAbout(); };
 #if JUCE_MAC
     juce::MenuBarModel::setMacMainMenu(menu.get());

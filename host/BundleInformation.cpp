@@ -1,10 +1,12 @@
 #include "host/BundleInformation.h"
 
+#include "audiounit/Identity.h"
+
 namespace velotrine {
 
 BundleInformation mainBundleInformation()
 {
-    return {.shortVersion = VELOTRINE_VERSION, .buildNumber = VELOTRINE_BUILD_NUMBER};
+    return {.shortVersion = identity::version, .buildNumber = VELOTRINE_BUILD_NUMBER};
 }
 
 std::string versionLine(const BundleInformation& information)

@@ -1,5 +1,6 @@
 #include "host/HelpAboutPage.h"
 
+#include "audiounit/Identity.h"
 #include "editor/Colours.h"
 #include "editor/FontLoader.h"
 #include "host/HelpColours.h"
@@ -27,7 +28,7 @@ juce::Font nameFont()
 } // namespace
 
 HelpAboutPage::HelpAboutPage(const std::string& versionLine)
-    : name("Velotrine", nameFont(), helpColours::textColor, juce::Justification::centredTop),
+    : name(identity::name, nameFont(), helpColours::textColor, juce::Justification::centredTop),
       version(versionLine, systemFont(13.0f), helpColours::dimColor, juce::Justification::centredTop),
       tagline("Generative pitched sequencer", systemFont(14.0f), helpColours::textColor,
               juce::Justification::centredTop),

@@ -1,5 +1,6 @@
 #include "host/HostOptions.h"
 
+#include "audiounit/Identity.h"
 #include "commandline/ArgumentParser.h"
 #include "commandline/Arguments.h"
 #include "commandline/Errors.h"
@@ -59,7 +60,7 @@ std::variant<HostOptions, ProgramEnd> parseHostOptions(std::span<const char* con
 {
     const auto program = std::filesystem::path(arguments[0]).filename().string();
     HostArguments typed;
-    ArgumentParser parser(program.c_str(), "Velotrine " VELOTRINE_VERSION);
+    ArgumentParser parser(program.c_str(), identity::nameAndVersion);
     auto command = parser.program();
     command.addFlag("--list-devices", typed.listDevices, "List the audio devices, the default first");
     command.addOption("--device", typed.device,

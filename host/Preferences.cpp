@@ -1,5 +1,7 @@
 #include "host/Preferences.h"
 
+#include "audiounit/Identity.h"
+
 namespace velotrine {
 
 namespace {
@@ -32,7 +34,9 @@ juce::File configurationFolder()
 
 juce::File Preferences::defaultFile()
 {
-    return configurationFolder().getChildFile("Velotrine").getChildFile("Velotrine.settings");
+    return configurationFolder()
+        .getChildFile(identity::name)
+        .getChildFile(juce::String(identity::name) + ".settings");
 }
 
 Preferences::Preferences(const juce::File& file) : properties(file, fileOptions()) {}

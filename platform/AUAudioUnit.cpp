@@ -98,9 +98,10 @@ AURenderBlock AUAudioUnit::renderBlock()
     };
 }
 
-void AUAudioUnit::setCurrentPreset(const std::optional<AUAudioUnitPreset>& preset)
+void AUAudioUnit::setCurrentPreset(const std::optional<AUAudioUnitPreset>& preset,
+                                   AUParameterObserverToken originator)
 {
-    applyCurrentPreset(preset);
+    applyCurrentPreset(preset, originator);
     currentPresetObservers.notify(0);
 }
 
@@ -113,7 +114,7 @@ AUFullState AUAudioUnit::fullState() const
     return state;
 }
 
-void AUAudioUnit::setFullState(const AUFullState& state)
+void AUAudioUnit::setFullState(const AUFullState& state, AUParameterObserverToken originator)
 {
     if (const auto tree = parameterTree()) {
         for (const auto& parameter : tree->allParameters()) {
@@ -121,7 +122,8 @@ void AUAudioUnit::setFullState(const AUFullState& state)
                 return entry.first == parameter->identifier();
             });
             if (named != state.parameters.end() && std::isfinite(named->second))
-                parameter->setValue(std::clamp(named->second, parameter->minValue(), parameter->maxValue()));
+                parameter->setValue(std::clamp(named->second, parameter->minValue(), parameter->maxValue()),
+                                    originator);
         }
     }
     restoreCurrentPreset(state.currentPreset);

@@ -132,14 +132,17 @@ public:
     [[nodiscard]] virtual std::optional<AUAudioUnitPreset> currentPreset() const = 0;
 
     /// Chooses a preset, and with it its values; tells the observers of currentPreset.
-    void setCurrentPreset(const std::optional<AUAudioUnitPreset>& preset);
+    /// @param originator  a parameter observer that is not told of the values
+    void setCurrentPreset(const std::optional<AUAudioUnitPreset>& preset,
+                          AUParameterObserverToken originator = 0);
 
     [[nodiscard]] AUFullState fullState() const;
 
     /// Writes the values of the state whose identifiers the tree has, each bounded to its parameter's range,
     /// and notes the preset without applying it. Values that are not finite, and parameters that the state
     /// does not name, stay as they are. Tells the observers of fullState.
-    void setFullState(const AUFullState& state);
+    /// @param originator  a parameter observer that is not told of the values
+    void setFullState(const AUFullState& state, AUParameterObserverToken originator = 0);
 
     /// The observer is told, on the changer's thread, after a change as a whole.
     [[nodiscard]] ObserverToken addPropertyObserver(AUProperty property, std::function<void()> observer);
@@ -156,8 +159,9 @@ protected:
     /// Renders without a check. A new block each time; it must not need the unit itself.
     [[nodiscard]] virtual AUInternalRenderBlock internalRenderBlock() = 0;
 
-    /// Chooses the preset and applies its values.
-    virtual void applyCurrentPreset(const std::optional<AUAudioUnitPreset>& preset) = 0;
+    /// Chooses the preset and writes its values on the originator's behalf.
+    virtual void applyCurrentPreset(const std::optional<AUAudioUnitPreset>& preset,
+                                    AUParameterObserverToken originator) = 0;
 
     /// Notes which preset was chosen, and no more.
     virtual void restoreCurrentPreset(const std::optional<AUAudioUnitPreset>& preset) = 0;

@@ -29,7 +29,7 @@ EditorSize toPoints(EmbeddedEditor::PixelSize size, double scale)
     return {scaled(size.width), scaled(size.height)};
 }
 
-/// What the screen's settings say, and the size of the whole screen in pixels.
+/// Pixels for each point, by the screen's settings.
 double screenScale()
 {
     const auto* const display = juce::Desktop::getInstance().getDisplays().getPrimaryDisplay();
@@ -47,7 +47,7 @@ EmbeddedEditor::PixelSize screenSize()
 
 } // namespace
 
-/// JUCE's side of the host's loop. JUCE stays up from the first editor to the end of the plug-in.
+/// JUCE's side of the host's event loop. JUCE runs from the first editor to the end of the plug-in.
 class EmbeddedEditor::Messages final : private juce::LinuxEventLoopInternal::Listener
 {
 public:
@@ -70,7 +70,7 @@ private:
     const juce::ScopedJuceInitialiser_GUI juce;
 };
 
-/// The window inside the host's, whose only content is the editor's view, enlarged to the scale.
+/// The window inside the host's, whose only content is the editor's view, enlarged by the scale.
 class EmbeddedEditor::Window final : public juce::Component
 {
 public:
@@ -125,7 +125,7 @@ public:
 private:
     void paint(juce::Graphics& graphics) override { graphics.fillAll(juce::Colours::black); }
 
-    /// Some hosts do not ask, but give the window another size.
+    /// Some hosts resize the window without asking.
     void resized() override
     {
         if (EditorSize{getWidth(), getHeight()} == toPoints(size, pixelsPerUnit()))
@@ -143,7 +143,7 @@ private:
 
     HostedInstrument& hostedInstrument;
     HostedEditor editor;
-    double scale = screenScale(); ///< pixels for a point
+    double scale = screenScale(); ///< pixels for each point
     PixelSize size;
     std::unique_ptr<EmbeddedKeyboard> keyboard;
 };
@@ -243,7 +243,7 @@ void EmbeddedEditor::pump()
     auto& manager = *juce::MessageManager::getInstance();
     if (!manager.isThisTheMessageThread())
         manager.setCurrentThreadAsMessageThread();
-    // What one descriptor brings can leave something for another that its own readiness does not tell of.
+    // Handling one descriptor can leave work for another that has nothing to read itself.
     for (const auto descriptor : descriptors())
         juce::LinuxEventLoopInternal::invokeEventLoopCallbackForFd(descriptor);
 }

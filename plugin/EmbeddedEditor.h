@@ -8,10 +8,9 @@
 
 namespace velotrine {
 
-/// The editor in a window of the host's, on X11. The host owns the window around it, its size, and the loop
-/// in which messages are taken: it calls pump() when one of the descriptors has something to read, or often
-/// enough. Main thread. The host's window may go away at any time; what the editor then still draws comes to
-/// nothing.
+/// The editor in a host's window, on X11. The host owns the window around it, its size, and the event loop:
+/// it calls pump() when one of the descriptors has something to read, or often enough. Main thread. The
+/// host's window may go away at any time; what the editor still draws then has no effect.
 class EmbeddedEditor
 {
 public:
@@ -29,10 +28,10 @@ public:
     /// Whether there is an X server to show anything on.
     [[nodiscard]] static bool hasDisplay();
 
-    /// Builds the editor in the size that the state remembers. Nothing shows yet.
+    /// Builds the editor at the size that the state remembers. Nothing shows yet.
     void open();
 
-    /// Takes it down again; the next open() begins afresh. Does nothing while not open.
+    /// Takes it down again; the next open() starts afresh. Does nothing while not open.
     void close();
 
     [[nodiscard]] bool isOpen() const noexcept { return window != nullptr; }
@@ -47,27 +46,27 @@ public:
 
     void setVisible(bool shouldBeVisible);
 
-    /// Pixels for each point of the editor's, instead of what the screen's settings say. False for what no
-    /// screen has.
+    /// Pixels for each of the editor's points, in place of what the screen's settings say. False for a scale
+    /// that no screen has.
     bool setScale(double pixelsPerPoint);
 
     [[nodiscard]] PixelSize size() const;
 
-    /// The size nearest to a wanted one that the editor can have on this screen.
+    /// Of the sizes that the editor can have on this screen, the nearest to the wanted one.
     [[nodiscard]] PixelSize nearestSize(PixelSize wanted) const;
 
-    /// Takes the size nearest to the wanted one, which the state then remembers.
+    /// Takes the nearest size to the wanted one; the state then remembers it.
     void setSize(PixelSize wanted);
 
     // Messages, open or not:
 
-    /// What to watch for something to read.
+    /// File descriptors to watch for input.
     [[nodiscard]] std::vector<int> descriptors() const;
 
-    /// Told when there are others to watch.
+    /// Called when there are others to watch.
     std::function<void()> onDescriptorsChanged;
 
-    /// Takes what messages there are, and does not wait for more.
+    /// Handles the messages that are there, and does not wait for more.
     void pump();
 
 private:

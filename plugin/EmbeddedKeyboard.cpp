@@ -5,7 +5,7 @@
 
 #include <utility>
 
-#undef KeyPress // X11's name for an event is JUCE's for what is pressed
+#undef KeyPress // X11's name for an event, JUCE's for a key that is pressed
 
 namespace velotrine {
 
@@ -71,8 +71,8 @@ EmbeddedKeyboard::~EmbeddedKeyboard()
     juce::Desktop::getInstance().removeFocusChangeListener(this);
 }
 
-/// JUCE takes the X server's focus with every click, whatever is clicked. What is no field's goes back at
-/// once: when the server's word of it comes, JUCE would give the keyboard to whatever had it last.
+/// JUCE takes the X server's focus at every click, whatever is clicked. Unless that is a field, the focus
+/// goes back at once: when the server confirms it, JUCE would give the keyboard to whatever had it last.
 void EmbeddedKeyboard::mouseDown(const juce::MouseEvent& event)
 {
     const X11ErrorShield shield;
@@ -123,8 +123,8 @@ void EmbeddedKeyboard::handleAsyncUpdate()
 void EmbeddedKeyboard::take(juce::TextEditor& field)
 {
     isOurs = true;
-    // Once the server says that the window has the focus, JUCE gives it to who had it when the window lost
-    // it.
+    // Once the server says that the window has the focus, JUCE gives it to whatever had it when the window
+    // lost it.
     auto* const peer = embeddedEditor.getPeer();
     if (peer != nullptr && peer->getLastFocusedSubcomponent() != &field) {
         peer->handleFocusLoss();
@@ -133,7 +133,7 @@ void EmbeddedKeyboard::take(juce::TextEditor& field)
     listenToKeys(true);
 }
 
-/// A click on a button has opened it, and it takes keys through the editor's window.
+/// A click on a button has opened it, and its keys come through the editor's window.
 void EmbeddedKeyboard::takeForMenu(juce::Component& menu)
 {
     if (auto* const peer = embeddedEditor.getPeer())
@@ -149,7 +149,8 @@ void EmbeddedKeyboard::takeForMenu(juce::Component& menu)
                                                                juce::ModalCallbackFunction::create(onEnd));
 }
 
-/// Takes nothing from anybody: only what is with the editor, or lost with a menu of the editor's, goes back.
+/// Takes the focus from nobody else: it goes back only if the editor has it, or lost it with one of its
+/// menus.
 void EmbeddedKeyboard::giveBack(bool isAfterMenu)
 {
     isOurs = false;

@@ -5,15 +5,15 @@
 namespace velotrine {
 
 /// Leaves the keyboard to the host: an embedded editor has it only while somebody uses it there. That begins
-/// with a click into a field and goes on while Tab moves from control to control, until a click on anything
-/// else, Escape, or Return where nothing else uses it; or it begins and ends with a menu. Main thread.
+/// with a click in a field and lasts while Tab moves from control to control, until a click on anything else,
+/// Escape, or Return where nothing else uses it; or it begins and ends with a menu. Main thread.
 class EmbeddedKeyboard final : private juce::FocusChangeListener,
                                private juce::MouseListener,
                                private juce::KeyListener,
                                private juce::AsyncUpdater
 {
 public:
-    /// @param editor  in a window of its own inside the host's already; outlives this
+    /// @param editor  already in a window of its own inside the host's; outlives this
     explicit EmbeddedKeyboard(juce::Component& editor);
     ~EmbeddedKeyboard() override;
 
@@ -32,8 +32,8 @@ private:
     void listenToKeys(bool shouldListen) const;
 
     juce::Component& embeddedEditor;
-    bool isOurs = false;            ///< from a click into a field on
-    bool isEndedByKey = false;      ///< as soon as the key has done what it does
+    bool isOurs = false;            ///< since a click in a field
+    bool isEndedByKey = false;      ///< once the key has done its work
     bool mayHaveOpenedMenu = false; ///< the click that has just ended
     bool menuHasEnded = false;
 

@@ -5,9 +5,9 @@
 
 namespace velotrine {
 
-// For what a host calls: nothing may be thrown at it, for it may be written in anything.
+// For functions that a host calls. A host may be written in any language, so no exception may reach it.
 
-/// What the function answers, or the format's word for failure if it throws.
+/// The function's result, or the format's word for failure if it throws.
 template <typename Function>
 auto answerOr(std::invoke_result_t<Function> failure, Function&& function) -> std::invoke_result_t<Function>
 {
@@ -18,7 +18,7 @@ auto answerOr(std::invoke_result_t<Function> failure, Function&& function) -> st
     }
 }
 
-/// The same where failure is false, 0, null, or not told at all.
+/// The same where failure is false, 0 or null, or cannot be reported at all.
 template <typename Function>
 auto answerOrNothing(Function&& function) -> std::invoke_result_t<Function>
 {

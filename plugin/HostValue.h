@@ -7,9 +7,8 @@
 
 namespace velotrine {
 
-/// What an instrument makes of a value that a host hands over: bounded to the parameter's range, and to a
-/// whole number where the parameter has steps. None for a value that is not finite and for an address that no
-/// parameter has. Any thread; never waits.
+/// A host's value made fit for a parameter: bounded to its range, and rounded where the parameter has steps.
+/// None for a value that is not finite, and for an address that no parameter has. Any thread; never waits.
 [[nodiscard]] std::optional<float> valueFromHost(ParameterAddress address,
                                                  double value) noexcept VELOTRINE_NONBLOCKING;
 

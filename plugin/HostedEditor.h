@@ -15,7 +15,7 @@ public:
     /// @param instrument  outlives the editor
     explicit HostedEditor(HostedInstrument& instrument);
 
-    /// The editor's contents, in the size that the instrument's state remembers.
+    /// The editor's contents, at the size that the instrument's state remembers.
     [[nodiscard]] juce::Component& view() { return controller.view(); }
 
 private:

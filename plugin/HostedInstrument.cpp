@@ -6,6 +6,7 @@
 #include "plugin/HostValue.h"
 
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <utility>
 
@@ -21,7 +22,9 @@ constexpr double maxBeatsPerBar = 256.0;
 constexpr double minBeatUnit = 1.0;
 constexpr double maxBeatUnit = 128.0;
 
-/// 0 for a value outside, and for one that is no number.
+using RenderCall = ExclusiveCalls<>::Call;
+
+/// 0 for a value that is out of range or not a number.
 double orUnknown(double value, double min, double max) noexcept
 {
     return value >= min && value <= max ? value : 0.0;
@@ -35,23 +38,6 @@ void answer(T* question, T value) noexcept
 }
 
 } // namespace
-
-class HostedInstrument::QuietWriting
-{
-public:
-    explicit QuietWriting(HostedInstrument& owner) : instrument(owner)
-    {
-        instrument.quietWriter = std::this_thread::get_id();
-    }
-
-    ~QuietWriting() { instrument.quietWriter = std::thread::id(); }
-
-    QuietWriting(const QuietWriting&) = delete;
-    QuietWriting& operator=(const QuietWriting&) = delete;
-
-private:
-    HostedInstrument& instrument;
-};
 
 HostedInstrument::HostedInstrument(InstrumentHost& host)
     : instrumentHost(host), unit(std::make_shared<VelotrineAudioUnit>(
@@ -67,7 +53,7 @@ HostedInstrument::~HostedInstrument()
     try {
         unit->parameterTree()->removeParameterObserver(editsToken);
     } catch (const std::exception&) {
-        // It takes memory. The unit ends with this, and nobody sets its values any more.
+        // Removing takes memory. The unit ends here, and nobody sets its values any more.
     }
     release();
     unit->setMusicalContextBlock({});
@@ -76,7 +62,8 @@ HostedInstrument::~HostedInstrument()
 
 bool HostedInstrument::prepare(double sampleRate)
 {
-    release();
+    const RenderCall call(renderCalls, "prepare: another call renders or prepares meanwhile");
+    dropRenderResources();
     if (!takesSampleRate(sampleRate))
         return false;
     auto& bus = (*unit->outputBusses())[0];
@@ -86,13 +73,19 @@ bool HostedInstrument::prepare(double sampleRate)
         unit->allocateRenderResources();
         cycles.setup(unit->renderBlock());
     } catch (const std::exception&) {
-        release();
+        dropRenderResources();
         throw;
     }
     return true;
 }
 
 void HostedInstrument::release()
+{
+    const RenderCall call(renderCalls, "release: another call renders or prepares meanwhile");
+    dropRenderResources();
+}
+
+void HostedInstrument::dropRenderResources()
 {
     if (unit->renderResourcesAllocated())
         unit->deallocateRenderResources();
@@ -101,10 +94,11 @@ void HostedInstrument::release()
 
 void HostedInstrument::reset() noexcept VELOTRINE_NONBLOCKING
 {
+    const RenderCall call(renderCalls, "reset: another call renders or prepares meanwhile");
     VELOTRINE_UNFOLLOWED(const bool isReady = unit->renderResourcesAllocated();) // one load
     if (!isReady)
         return;
-    render(nullptr, nullptr, cycles.framesLeftOver());
+    cycles.render({}, cycles.framesLeftOver());
     isAtRest = false;
     auto& kernel = *unit->dspKernel;
     kernel.reset();
@@ -114,6 +108,7 @@ void HostedInstrument::reset() noexcept VELOTRINE_NONBLOCKING
 void HostedInstrument::setTransport(const std::optional<HostTransport>& newTransport) noexcept
     VELOTRINE_NONBLOCKING
 {
+    const RenderCall call(renderCalls, "setTransport: another call renders or prepares meanwhile");
     if (newTransport.has_value() != transportIsKnown || (newTransport && *newTransport != transport))
         isAtRest = false;
     transportIsKnown = newTransport.has_value();
@@ -157,42 +152,28 @@ bool HostedInstrument::answerMusicalContext(double* tempo, double* numerator,
     return transportIsKnown;
 }
 
-void HostedInstrument::render(float* left, float* right, int frames) noexcept VELOTRINE_NONBLOCKING
+void HostedInstrument::render(StereoOutput output, int frames) noexcept VELOTRINE_NONBLOCKING
 {
+    const RenderCall call(renderCalls, "render: another call renders or prepares meanwhile");
     if (frames < 1)
         return;
     const auto leftOver = std::min(frames, cycles.framesLeftOver());
-    renderCycles(left, right, leftOver);
+    cycles.render(output, leftOver);
     const auto newFrames = frames - leftOver;
     if (newFrames == 0)
         return;
-    auto* const newLeft = left != nullptr ? left + leftOver : nullptr;
-    auto* const newRight = right != nullptr ? right + leftOver : nullptr;
-    if (!goesOnResting()) {
-        renderCycles(newLeft, newRight, newFrames);
+    const auto newOutput = output.from(leftOver);
+    if (goesOnResting()) {
+        newOutput.clear(newFrames);
+        cycles.skip(newFrames);
+    } else {
+        cycles.render(newOutput, newFrames);
         noteWhetherItRests();
-        return;
-    }
-    for (auto* const channel : {newLeft, newRight})
-        if (channel != nullptr)
-            std::fill_n(channel, newFrames, 0.0f);
-    cycles.skip(newFrames);
-}
-
-void HostedInstrument::renderCycles(float* left, float* right, int frames) noexcept VELOTRINE_NONBLOCKING
-{
-    std::array<float, CycleRenderer::defaultCycleFrames> unheard{};
-    const auto longest = left != nullptr && right != nullptr ? frames : static_cast<int>(unheard.size());
-    for (int done = 0; done < frames;) {
-        const auto count = std::min(frames - done, longest);
-        cycles.render(left != nullptr ? left + done : unheard.data(),
-                      right != nullptr ? right + done : unheard.data(), count);
-        done += count;
     }
 }
 
-// A session has dozens of instruments that wait. Sixteen cycles that find out once more that nothing is to be
-// done cost thirty times what clearing a block of 512 frames does.
+// A session has dozens of instruments that wait. Sixteen cycles that find again that there is nothing to do
+// cost thirty times as much as clearing a block of 512 frames.
 bool HostedInstrument::goesOnResting() const noexcept VELOTRINE_NONBLOCKING
 {
     const auto& kernel = *unit->dspKernel;
@@ -210,8 +191,8 @@ void HostedInstrument::noteWhetherItRests() noexcept VELOTRINE_NONBLOCKING
     isAtRest = kernel.isAtRest() && transport.tempoPerFrame == 0.0;
 }
 
-// A store between two cycles is what a parameter event at the start of the next one would be, needs no queue
-// that could overflow, and can be read back at once.
+// A store between two cycles does what a parameter event at the start of the next one would, but needs no
+// queue that could overflow, and can be read back at once.
 bool HostedInstrument::setValue(ParameterAddress address, double value) noexcept VELOTRINE_NONBLOCKING
 {
     const auto bounded = valueFromHost(address, value);
@@ -236,10 +217,7 @@ void HostedInstrument::followValues()
 void HostedInstrument::observeEdits()
 {
     editsToken = unit->parameterTree()->tokenByAddingParameterAutomationObserver(
-        [this](const AUParameterAutomationEvent& event) {
-            if (quietWriter.load() != std::this_thread::get_id())
-                noteEdit(event);
-        });
+        [this](const AUParameterAutomationEvent& event) { noteEdit(event); });
 }
 
 void HostedInstrument::noteEdit(const AUParameterAutomationEvent& event)
@@ -262,7 +240,7 @@ void HostedInstrument::noteEdit(const AUParameterAutomationEvent& event)
     }
 }
 
-/// A change of one moment.
+/// A gesture that begins and ends at once.
 void HostedInstrument::tellHost(ParameterAddress address, float value)
 {
     instrumentHost.beginGesture(address);
@@ -279,8 +257,7 @@ bool HostedInstrument::choosePreset(std::size_t number)
         before[address] = value(address);
     {
         const std::scoped_lock lock(stateMutex);
-        const QuietWriting quiet(*this);
-        unit->setCurrentPreset(unit->factoryPresets()[number]);
+        unit->setCurrentPreset(unit->factoryPresets()[number], editsToken);
     }
     const auto& values = presetTable()[number].values;
     for (ParameterAddress address = 0; address < parameterCount; ++address)
@@ -321,8 +298,7 @@ std::optional<std::string> HostedInstrument::restoreState(std::string_view text)
     if (!read.state)
         return "The state is refused: " + read.error + ".";
     const std::scoped_lock lock(stateMutex);
-    const QuietWriting quiet(*this);
-    unit->setFullState(*read.state);
+    unit->setFullState(*read.state, editsToken);
     editorSize_ = read.editorSize.value_or(editorSize_);
     restoredAt = hostClockNow();
     return std::nullopt;

@@ -2,6 +2,7 @@
 
 #include "audiounit/CycleRenderer.h"
 #include "audiounit/SampleRateRange.h"
+#include "audiounit/StereoOutput.h"
 #include "audiounit/VelotrineAudioUnit.h"
 #include "engine/AddressSet.h"
 #include "engine/Nonblocking.h"
@@ -9,8 +10,8 @@
 #include "plugin/HostTransport.h"
 #include "plugin/HostedState.h"
 #include "plugin/InstrumentHost.h"
+#include "plugin/ThreadChecks.h"
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -18,26 +19,25 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <thread>
 
 namespace velotrine {
 
 /// The instrument inside a music host, whatever the plug-in format: it renders in short cycles of its own,
 /// follows the host's transport, checks all that the host hands over, and carries edits between host, engine
-/// and editor. Nothing that a host does stops the program.
+/// and editor. Nothing that a host does stops a release build; a debug build checks threads (ThreadChecks.h).
 ///
 /// Threads: render thread and main thread as said below; functions that say "any thread" never wait.
 class HostedInstrument
 {
 public:
-    /// Whether there is sound at a rate.
+    /// Whether the instrument can play at a rate, in Hz.
     [[nodiscard]] static constexpr bool takesSampleRate(double sampleRate) noexcept
     {
         return isPlayable(sampleRate);
     }
 
-    /// A program that a host sends sooner after a state than this belongs to the session that it is loading,
-    /// not to a musician's hand.
+    /// A program that a host sends sooner than this after a state is part of loading a session, not a
+    /// musician's choice.
     static constexpr double programHoldSeconds = 0.5;
 
     /// @param host  told of edits; outlives the instrument
@@ -51,26 +51,25 @@ public:
 
     // Rendering
 
-    /// Makes ready to render; all sound ends and the clock goes back to its start. False, and nothing is
-    /// ready, for a sample rate that is not one. Throws, and nothing is ready, if there is no memory. Main
-    /// thread, while nothing renders.
+    /// Gets ready to render; all sound ends and the clock goes back to its start. False, and not ready, for a
+    /// sample rate that no device has. Throws, and is not ready, if memory runs out. Main thread, while
+    /// nothing renders.
     [[nodiscard]] bool prepare(double sampleRate);
 
-    /// The opposite. Main thread, while nothing renders.
+    /// Undoes prepare(). Main thread, while nothing renders.
     void release();
 
     /// Ends all sound and puts the clock back to its start. Render thread.
     void reset() noexcept VELOTRINE_NONBLOCKING;
 
-    /// What the host says of its transport from the next frame on; it holds from the next render cycle. None
-    /// for a host without one, which leaves what was said before in force. Render thread.
+    /// The host's transport from the next frame on; it takes effect with the next render cycle. None for a
+    /// host without one: what was last known stays in force. Render thread.
     void setTransport(const std::optional<HostTransport>& transport) noexcept VELOTRINE_NONBLOCKING;
 
-    /// Fills both channels; either may be null, and is then not written. Silence while not ready. Values set
-    /// between two calls hold from the next render cycle, so that a host that wants a value at a certain
-    /// frame renders up to it first. Render thread.
+    /// Fills the output. Silence while not ready. Values set between two calls take effect with the next
+    /// render cycle, so a host that wants a value at a certain frame renders up to it first. Render thread.
     /// @param frames  any number; none for fewer than 1
-    void render(float* left, float* right, int frames) noexcept VELOTRINE_NONBLOCKING;
+    void render(StereoOutput output, int frames) noexcept VELOTRINE_NONBLOCKING;
 
     // Values
 
@@ -92,10 +91,11 @@ public:
     /// for a number that no preset has. Main thread.
     bool choosePreset(std::size_t number);
 
-    /// The same for a number that a host sends by itself, except right after a state: the state stays.
+    /// The same for a number that the host sends of its own accord, except right after a state: the state
+    /// stays.
     bool chooseProgram(std::size_t number);
 
-    /// The preset chosen last, by hand or with a state; 0 if none was.
+    /// The preset last chosen, by hand or by a state; 0 if none was.
     [[nodiscard]] std::size_t presetNumber() const;
 
     // State
@@ -103,12 +103,12 @@ public:
     /// Any thread but the render thread.
     [[nodiscard]] std::string saveState() const;
 
-    /// Takes over a saved state, without a break in the sound, and tells the editor but not the host. An
-    /// error is a sentence that says what is wrong with the text, and then nothing has changed. Any thread
+    /// Restores a saved state without a break in the sound; tells the editor but not the host. Where the text
+    /// is no state, nothing changes, and the result is a sentence that says what is wrong with it. Any thread
     /// but the render thread.
     [[nodiscard]] std::optional<std::string> restoreState(std::string_view text);
 
-    /// Of the state. Any thread but the render thread.
+    /// Part of the state. Any thread but the render thread.
     [[nodiscard]] EditorSize editorSize() const;
     void setEditorSize(EditorSize size);
 
@@ -120,7 +120,7 @@ public:
     [[nodiscard]] std::string_view transportNotice() const noexcept;
 
 private:
-    void renderCycles(float* left, float* right, int frames) noexcept VELOTRINE_NONBLOCKING;
+    void dropRenderResources();
     [[nodiscard]] bool goesOnResting() const noexcept VELOTRINE_NONBLOCKING;
     void noteWhetherItRests() noexcept VELOTRINE_NONBLOCKING;
     void connectTransport();
@@ -130,8 +130,8 @@ private:
     void noteEdit(const AUParameterAutomationEvent& event);
     void tellHost(ParameterAddress address, float value);
 
-    /// While one lives, writes to the parameters from its thread are not edits.
-    class QuietWriting;
+    /// Of prepare(), release(), reset(), setTransport() and render(), no two at a time.
+    ExclusiveCalls<> renderCalls;
 
     InstrumentHost& instrumentHost;
     std::shared_ptr<VelotrineAudioUnit> unit;
@@ -139,13 +139,13 @@ private:
 
     // Render thread, and others for reading what is Shared.
     HostTransport transport;
-    std::int64_t framesIntoTransport = 0; ///< from the host's last word to the cycle that is about to begin
-    bool isAtRest = false;                ///< the last cycle did nothing, nor will the next while all stays
+    std::int64_t framesIntoTransport = 0; ///< from the host's last report to the cycle that is about to begin
+    bool isAtRest = false; ///< the last cycle did nothing, nor will the next until something changes
     bool syncAtRest = false;
     bool internalPlayingAtRest = false;
     Shared<bool> transportIsKnown{false};
     Shared<bool> hostPlays{false};
-    Shared<bool> tempoIsKnown{false}; ///< from now, or from before
+    Shared<bool> tempoIsKnown{false}; ///< now, or from earlier
 
     SharedAddressSet setByHost; ///< and not yet followed
 
@@ -153,9 +153,7 @@ private:
     AUParameterObserverToken editsToken = 0;
     std::optional<ParameterAddress> heldParameter;
 
-    std::atomic<std::thread::id> quietWriter{};
-
-    mutable std::mutex stateMutex; ///< presets and states come one at a time
+    mutable std::mutex stateMutex; ///< presets and states are applied one at a time
     EditorSize editorSize_;
     std::optional<std::uint64_t> restoredAt; ///< host clock ticks
 };

@@ -13,7 +13,7 @@ struct EditorSize
 {
     static constexpr int minWidth = 360;
     static constexpr int minHeight = 320;
-    static constexpr int maxSide = 16384; ///< beyond every screen
+    static constexpr int maxSide = 16384; ///< larger than any screen
 
     int width = 480;
     int height = 360;
@@ -34,7 +34,7 @@ struct HostedStateReading
 };
 
 /// The audio unit's own state text (see audiounit/StateText.h) with the editor's size as a further member,
-/// "editor", which readers of the audio unit's state pass over. The same text for the same state.
+/// "editor", which readers of the audio unit's state ignore. The same text for the same state.
 [[nodiscard]] std::string hostedStateText(const AUFullState& state, EditorSize editorSize);
 
 /// Reads such a text, or one without an editor's size. Strict about form, forgiving about sizes out of range.

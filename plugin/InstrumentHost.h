@@ -4,8 +4,8 @@
 
 namespace velotrine {
 
-/// What a music host is told of the edits that do not come from itself: a control is taken hold of, has new
-/// values, is let go. Main thread.
+/// What a music host is told of edits that it did not make itself: a gesture on a control begins, brings new
+/// values, and ends. Main thread.
 class InstrumentHost
 {
 public:

@@ -8,7 +8,7 @@
 
 namespace velotrine {
 
-/// Edits on their way from the main thread to a host that takes them on its render thread. One place for each
+/// Edits on their way from the main thread to a host that takes them on its render thread. One slot for each
 /// parameter: however late the host is, no gesture stays open, no last value is lost, and nothing overflows.
 /// Neither side waits.
 class PendingEdits
@@ -27,8 +27,8 @@ public:
     void endGesture(ParameterAddress address) noexcept { held.erase(address); }
 
     /// Hands what has happened since the last call to the receiver: begin(address), value(address, value),
-    /// end(address), each parameter's in this order. Each answers whether it took it; what it did not take
-    /// comes again. One thread at a time.
+    /// end(address), in this order for each parameter. Each returns whether the host took it; what it did not
+    /// take comes again. One thread at a time.
     template <typename Receiver>
     void handOver(Receiver&& receiver) noexcept
     {
@@ -60,10 +60,10 @@ private:
         return true;
     }
 
-    SharedAddressSet held;   ///< controls that are held now
+    SharedAddressSet held;   ///< parameters in a gesture now
     SharedAddressSet edited; ///< values that the host has not been told
     std::array<std::atomic<float>, parameterCount> values{};
-    AddressSet toldHeld; ///< controls that the host believes to be held; for handOver()
+    AddressSet toldHeld; ///< parameters in a gesture as far as the host knows; for handOver()
 };
 
 } // namespace velotrine

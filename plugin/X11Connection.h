@@ -4,12 +4,11 @@
 
 namespace velotrine {
 
-/// JUCE's connection to the X server; none while it has none.
+/// JUCE's connection to the X server; null while it has none.
 [[nodiscard]] Display* x11Connection() noexcept;
 
-/// Makes known to the X server the names that JUCE asks it for as it starts. Window managers do so, but where
-/// none runs JUCE would go on with none at all, and the server's answer to that ends the host.
-/// False if there is no X server.
+/// Interns the atoms that JUCE looks up as it starts. Window managers do so, but where none runs JUCE would
+/// go on with null atoms, and the X server's error would end the host. False if there is no X server.
 bool prepareX11Server();
 
 } // namespace velotrine

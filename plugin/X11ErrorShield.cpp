@@ -11,7 +11,7 @@ namespace {
 int depth = 0;
 std::atomic<XErrorHandler> handlerBefore{nullptr}; // the handler may run on any thread of the host
 
-int passOverOurs(Display* display, XErrorEvent* error)
+int ignoreOurs(Display* display, XErrorEvent* error)
 {
     const auto before = handlerBefore.load();
     if (display == x11Connection() || before == nullptr)
@@ -24,7 +24,7 @@ int passOverOurs(Display* display, XErrorEvent* error)
 X11ErrorShield::X11ErrorShield()
 {
     if (depth++ == 0)
-        handlerBefore = XSetErrorHandler(passOverOurs);
+        handlerBefore = XSetErrorHandler(ignoreOurs);
 }
 
 X11ErrorShield::~X11ErrorShield()

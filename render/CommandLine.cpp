@@ -1,5 +1,6 @@
 #include "render/CommandLine.h"
 
+#include "audiounit/Identity.h"
 #include "audiounit/ParameterText.h"
 #include "commandline/ArgumentParser.h"
 #include "commandline/Arguments.h"
@@ -112,7 +113,7 @@ void run(std::span<const char* const> arguments)
 {
     RenderArguments renderArguments;
     ListArguments listArguments;
-    ArgumentParser parser("velotrine", "Velotrine " VELOTRINE_VERSION);
+    ArgumentParser parser("velotrine", identity::nameAndVersion);
     parser.program().addExamples(mainExamples);
     addRender(parser, renderArguments);
     addList(parser, listArguments);

@@ -1,5 +1,7 @@
 #include "render/MidiFile.h"
 
+#include "audiounit/Identity.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -88,7 +90,7 @@ Bytes tempoTrack(double quartersPerMinute)
                  3);
 
     Bytes track;
-    appendName(track, "Velotrine");
+    appendName(track, identity::name);
     appendMeta(track, 0, MetaEvent::tempo, tempo);
     // 4/4: numerator, denominator as a power of two, MIDI clocks per click, 32nds per quarter.
     appendMeta(track, 0, MetaEvent::timeSignature, {4, 2, 24, 8});

@@ -138,7 +138,7 @@ private:
     void renderCycle(int frames)
     {
         const auto status =
-            renderer.render(left.data(), right.data(), frames, CycleRenderer::LastCycle::cutShort);
+            renderer.render({left.data(), right.data()}, frames, CycleRenderer::LastCycle::cutShort);
         if (status != noErr)
             throw WorkError("the instrument refused to render (error " + std::to_string(status) + ")");
         if (midi)

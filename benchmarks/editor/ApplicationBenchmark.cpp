@@ -1,7 +1,7 @@
 // How long the application takes to show itself: application_benchmark PROGRAM. Wants a display whose windows
 // nobody touches, and the user's settings in a folder to write to.
 
-#include "tests/render/ChildProcess.h"
+#include "tests/support/ChildProcess.h"
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>

@@ -1,9 +1,11 @@
+#include "audiounit/Identity.h"
 #include "plugin/HostCall.h"
 #include "plugin/clap/ClapPlugin.h"
 
 #include <clap/entry.h>
 #include <clap/plugin-factory.h>
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -11,19 +13,23 @@ namespace velotrine {
 
 namespace {
 
-constexpr std::array<const char*, 4> features{CLAP_PLUGIN_FEATURE_INSTRUMENT, CLAP_PLUGIN_FEATURE_SYNTHESIZER,
-                                              CLAP_PLUGIN_FEATURE_STEREO, nullptr};
+/// As the format wants them: with a null behind the last.
+constexpr auto features = [] {
+    std::array<const char*, identity::clapFeatures.size() + 1> withEnd{};
+    std::ranges::copy(identity::clapFeatures, withEnd.begin());
+    return withEnd;
+}();
 
 const clap_plugin_descriptor_t descriptor{
     .clap_version = CLAP_VERSION,
-    .id = "example.marrowbeck.velotrine",
-    .name = "Velotrine",
-    .vendor = "Marrowbeck",
+    .id = identity::clapId,
+    .name = identity::name,
+    .vendor = identity::maker,
     .url = "",
     .manual_url = "",
     .support_url = "",
-    .version = VELOTRINE_VERSION,
-    .description = "A musical instrument that plays itself",
+    .version = identity::version,
+    .description = identity::description,
     .features = const_cast<const char**>(features.data()), // the format's structure is not const-correct
 };
 

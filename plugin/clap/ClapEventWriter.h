@@ -8,7 +8,7 @@
 
 namespace velotrine {
 
-/// Puts the editor's edits into a host's list of events, all at one frame. Each answers whether the host took
+/// Puts the editor's edits into a host's list of events, all at one frame. Each returns whether the host took
 /// it. Render thread.
 struct ClapEventWriter
 {

@@ -6,7 +6,7 @@ namespace velotrine {
 
 namespace {
 
-// A host that watches descriptors calls in time; the timer then only catches what they do not tell of.
+// A host that watches descriptors calls in time; the timer then only catches what no descriptor announces.
 constexpr std::uint32_t netPeriodMs = 100;
 constexpr std::uint32_t onlyTimerPeriodMs = 15;
 

@@ -14,7 +14,7 @@ namespace velotrine {
 class ClapGui
 {
 public:
-    /// @param host        with what it offers; outlives this
+    /// @param host        outlives this
     /// @param instrument  outlives this
     ClapGui(const clap_host_t& host, HostedInstrument& instrument);
     ~ClapGui();

@@ -29,18 +29,17 @@ void copyText(std::string_view text, std::span<char> room)
     room[length] = '\0';
 }
 
-/// The channels of the host's output; those that it does not have are null.
-std::array<float*, 2> outputChannels(const clap_process_t& process) noexcept
+/// The channels that the host does not have are null.
+StereoOutput outputOf(const clap_process_t& process) noexcept
 {
-    std::array<float*, 2> channels{};
     if (process.audio_outputs_count == 0 || process.audio_outputs == nullptr)
-        return channels;
+        return {};
     auto& output = process.audio_outputs[0];
     output.constant_mask = 0;
-    if (output.data32 != nullptr)
-        std::copy_n(output.data32, std::min<std::size_t>(output.channel_count, channels.size()),
-                    channels.begin());
-    return channels;
+    const auto channel = [&output](std::uint32_t index) {
+        return output.data32 != nullptr && index < output.channel_count ? output.data32[index] : nullptr;
+    };
+    return {channel(0), channel(1)};
 }
 
 bool readAll(const clap_istream_t& stream, std::string& text)
@@ -54,15 +53,20 @@ bool readAll(const clap_istream_t& stream, std::string& text)
             return false;
         text.append(piece.data(), static_cast<std::size_t>(count));
         if (text.size() > maxStateBytes)
-            return true; // too long for a state whatever follows, which its reader will say
+            return true; // too long for a state whatever follows, as its reader will say
     }
 }
 
 } // namespace
 
 ClapPlugin::ClapPlugin(const clap_plugin_descriptor_t& descriptor, const clap_host_t& host)
-    : clapHost(host), structure(clapStructureOf(*this, descriptor))
+    : clapHost(host), structure(clapStructureOf(*this, descriptor)), threads(host)
 {}
+
+bool ClapPlugin::isOn(ClapThread thread) const noexcept
+{
+    return threads.isOn(thread, instrument.audioUnit()->renderResourcesAllocated());
+}
 
 bool ClapPlugin::init()
 {
@@ -70,6 +74,7 @@ bool ClapPlugin::init()
     hostParams = static_cast<const clap_host_params_t*>(ask(CLAP_EXT_PARAMS));
     hostState = static_cast<const clap_host_state_t*>(ask(CLAP_EXT_STATE));
     hostLog = static_cast<const ClapHostLog*>(ask(clapLogId));
+    threads.findHostsWord();
     return true;
 }
 
@@ -100,22 +105,27 @@ void ClapPlugin::reset()
     instrument.reset();
 }
 
-clap_process_status ClapPlugin::process(const clap_process_t* process) noexcept VELOTRINE_NONBLOCKING
+clap_process_status ClapPlugin::process(const clap_process_t* process)
 {
     if (process == nullptr)
         return CLAP_PROCESS_ERROR;
+    renderBlock(*process);
+    return CLAP_PROCESS_CONTINUE;
+}
+
+void ClapPlugin::renderBlock(const clap_process_t& block) noexcept VELOTRINE_NONBLOCKING
+{
     constexpr auto longest = static_cast<std::uint32_t>(std::numeric_limits<int>::max());
-    const auto frames = std::min(process->frames_count, longest);
-    const auto [left, right] = outputChannels(*process);
+    const auto frames = std::min(block.frames_count, longest);
+    const auto output = outputOf(block);
     std::uint32_t rendered = 0;
-    const auto renderUpTo = [&, left = left, right = right](std::uint32_t frame) {
-        instrument.render(left != nullptr ? left + rendered : nullptr,
-                          right != nullptr ? right + rendered : nullptr, static_cast<int>(frame - rendered));
+    const auto renderUpTo = [&](std::uint32_t frame) {
+        instrument.render(output.from(static_cast<int>(rendered)), static_cast<int>(frame - rendered));
         rendered = frame;
     };
 
-    applyTransport(process->transport);
-    if (const auto* const in = process->in_events) {
+    applyTransport(block.transport);
+    if (const auto* const in = block.in_events) {
         VELOTRINE_UNFOLLOWED(const auto count = in->size(in);) // the host's own code
         for (std::uint32_t i = 0; i < count; ++i) {
             VELOTRINE_UNFOLLOWED(const auto* const event = in->get(in, i);) // likewise
@@ -126,8 +136,7 @@ clap_process_status ClapPlugin::process(const clap_process_t* process) noexcept 
         }
     }
     renderUpTo(frames);
-    handOverEdits(process->out_events, frames > 0 ? frames - 1 : 0);
-    return CLAP_PROCESS_CONTINUE;
+    handOverEdits(block.out_events, frames > 0 ? frames - 1 : 0);
 }
 
 const void* ClapPlugin::extension(const char* id)
@@ -344,7 +353,7 @@ bool ClapPlugin::createGui(const char* api, bool isFloating)
     try {
         return gui->create();
     } catch (const std::exception&) {
-        gui->destroy(); // what is there of it
+        gui->destroy(); // whatever there is of it by now
         throw;
     }
 }

@@ -5,6 +5,7 @@
 #include "plugin/InstrumentHost.h"
 #include "plugin/PendingEdits.h"
 #include "plugin/clap/ClapGui.h"
+#include "plugin/clap/ClapThreadCheck.h"
 
 #include <clap/ext/audio-ports.h>
 #include <clap/ext/note-ports.h>
@@ -28,6 +29,9 @@ public:
     /// What the host calls. It deletes the plug-in when the host destroys it.
     [[nodiscard]] const clap_plugin_t* clapStructure() const noexcept { return &structure; }
 
+    /// Whether this is the thread, as far as one can know.
+    [[nodiscard]] bool isOn(ClapThread thread) const noexcept;
+
     // plugin
     bool init();
     void destroy();
@@ -36,7 +40,7 @@ public:
     bool startProcessing();
     void stopProcessing();
     void reset();
-    clap_process_status process(const clap_process_t* process) noexcept VELOTRINE_NONBLOCKING;
+    clap_process_status process(const clap_process_t* process);
     const void* extension(const char* id);
     void onMainThread();
 
@@ -84,6 +88,7 @@ private:
     void valueChanged(ParameterAddress address, float value) override;
     void endGesture(ParameterAddress address) override;
 
+    void renderBlock(const clap_process_t& block) noexcept VELOTRINE_NONBLOCKING;
     void applyEvent(const clap_event_header_t& event) noexcept VELOTRINE_NONBLOCKING;
     void applyTransport(const clap_event_transport_t* transport) noexcept VELOTRINE_NONBLOCKING;
     void handOverEdits(const clap_output_events_t* out, std::uint32_t frame) noexcept VELOTRINE_NONBLOCKING;
@@ -93,6 +98,7 @@ private:
 
     const clap_host_t& clapHost;
     clap_plugin_t structure;
+    ClapThreadCheck threads;
     const clap_host_params_t* hostParams = nullptr;
     const clap_host_state_t* hostState = nullptr;
     const ClapHostLog* hostLog = nullptr;

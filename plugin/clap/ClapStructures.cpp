@@ -1,9 +1,11 @@
 #include "plugin/clap/ClapStructures.h"
 
+#include "engine/FatalError.h"
 #include "plugin/HostCall.h"
 #include "plugin/clap/ClapPlugin.h"
 
 #include <array>
+#include <source_location>
 #include <string_view>
 #include <utility>
 
@@ -14,62 +16,71 @@ namespace {
 static_assert(CLAP_PROCESS_ERROR == 0);
 
 /// A function of the format's that calls one of the plug-in's. False, 0 or null say that it has thrown.
-template <auto method>
+template <ClapThread thread, auto method>
 struct Call;
 
-template <typename Result, typename... Arguments, Result (ClapPlugin::*method)(Arguments...)>
-struct Call<method>
+template <ClapThread thread, typename Result, typename... Arguments,
+          Result (ClapPlugin::*method)(Arguments...)>
+struct Call<thread, method>
 {
-    static Result CLAP_ABI function(const clap_plugin_t* plugin, Arguments... arguments)
+    static Result CLAP_ABI function(const clap_plugin_t* structure, Arguments... arguments)
     {
-        return answerOrNothing(
-            [&] { return (static_cast<ClapPlugin*>(plugin->plugin_data)->*method)(arguments...); });
+        auto& plugin = *static_cast<ClapPlugin*>(structure->plugin_data);
+        if (checksThreads && !plugin.isOn(thread))
+            fatalError(std::source_location::current().function_name()); // which names the method, too
+        return answerOrNothing([&] { return (plugin.*method)(arguments...); });
     }
 };
 
+// The thread on which the format lets a host call each.
+
 template <auto method>
-constexpr auto call = &Call<method>::function;
+constexpr auto onMain = &Call<ClapThread::main, method>::function;
+
+template <auto method>
+constexpr auto onAudio = &Call<ClapThread::audio, method>::function;
+
+template <auto method>
+constexpr auto onAudioWhileActive = &Call<ClapThread::audioWhileActive, method>::function;
+
+template <auto method>
+constexpr auto onAny = &Call<ClapThread::any, method>::function;
 
 using P = ClapPlugin;
 
-constexpr clap_plugin_audio_ports_t audioPorts{.count = call<&P::audioPortCount>, .get = call<&P::audioPort>};
+constexpr clap_plugin_audio_ports_t audioPorts{.count = onMain<&P::audioPortCount>,
+                                               .get = onMain<&P::audioPort>};
 
-constexpr clap_plugin_note_ports_t notePorts{.count = call<&P::notePortCount>, .get = call<&P::notePort>};
+constexpr clap_plugin_note_ports_t notePorts{.count = onMain<&P::notePortCount>, .get = onMain<&P::notePort>};
 
-constexpr clap_plugin_params_t params{.count = call<&P::parameterCountForHost>,
-                                      .get_info = call<&P::parameterInfo>,
-                                      .get_value = call<&P::parameterValue>,
-                                      .value_to_text = call<&P::textFromValue>,
-                                      .text_to_value = call<&P::valueFromText>,
-                                      .flush = call<&P::flush>};
+constexpr clap_plugin_params_t params{.count = onMain<&P::parameterCountForHost>,
+                                      .get_info = onMain<&P::parameterInfo>,
+                                      .get_value = onMain<&P::parameterValue>,
+                                      .value_to_text = onMain<&P::textFromValue>,
+                                      .text_to_value = onMain<&P::valueFromText>,
+                                      .flush = onAudioWhileActive<&P::flush>};
 
-constexpr clap_plugin_state_t state{.save = call<&P::save>, .load = call<&P::load>};
+constexpr clap_plugin_state_t state{.save = onMain<&P::save>, .load = onMain<&P::load>};
 
-constexpr clap_plugin_gui_t guiFunctions{.is_api_supported = call<&P::isGuiSupported>,
-                                         .get_preferred_api = call<&P::preferredGui>,
-                                         .create = call<&P::createGui>,
-                                         .destroy = call<&P::destroyGui>,
-                                         .set_scale = call<&P::setGuiScale>,
-                                         .get_size = call<&P::guiSize>,
-                                         .can_resize = call<&P::canResizeGui>,
-                                         .get_resize_hints = call<&P::guiResizeHints>,
-                                         .adjust_size = call<&P::adjustGuiSize>,
-                                         .set_size = call<&P::setGuiSize>,
-                                         .set_parent = call<&P::setGuiParent>,
-                                         .set_transient = call<&P::setGuiTransient>,
-                                         .suggest_title = call<&P::suggestGuiTitle>,
-                                         .show = call<&P::showGui>,
-                                         .hide = call<&P::hideGui>};
+constexpr clap_plugin_gui_t guiFunctions{.is_api_supported = onMain<&P::isGuiSupported>,
+                                         .get_preferred_api = onMain<&P::preferredGui>,
+                                         .create = onMain<&P::createGui>,
+                                         .destroy = onMain<&P::destroyGui>,
+                                         .set_scale = onMain<&P::setGuiScale>,
+                                         .get_size = onMain<&P::guiSize>,
+                                         .can_resize = onMain<&P::canResizeGui>,
+                                         .get_resize_hints = onMain<&P::guiResizeHints>,
+                                         .adjust_size = onMain<&P::adjustGuiSize>,
+                                         .set_size = onMain<&P::setGuiSize>,
+                                         .set_parent = onMain<&P::setGuiParent>,
+                                         .set_transient = onMain<&P::setGuiTransient>,
+                                         .suggest_title = onMain<&P::suggestGuiTitle>,
+                                         .show = onMain<&P::showGui>,
+                                         .hide = onMain<&P::hideGui>};
 
-constexpr clap_plugin_timer_support_t timerSupport{.on_timer = call<&P::onTimer>};
+constexpr clap_plugin_timer_support_t timerSupport{.on_timer = onMain<&P::onTimer>};
 
-constexpr ClapPluginPosixFdSupport posixFdSupport{.onFd = call<&P::onFd>};
-
-/// Throws nothing by itself.
-clap_process_status CLAP_ABI process(const clap_plugin_t* plugin, const clap_process_t* block)
-{
-    return static_cast<ClapPlugin*>(plugin->plugin_data)->process(block);
-}
+constexpr ClapPluginPosixFdSupport posixFdSupport{.onFd = onMain<&P::onFd>};
 
 } // namespace
 
@@ -77,16 +88,16 @@ clap_plugin_t clapStructureOf(ClapPlugin& plugin, const clap_plugin_descriptor_t
 {
     return {.desc = &descriptor,
             .plugin_data = &plugin,
-            .init = call<&P::init>,
-            .destroy = call<&P::destroy>,
-            .activate = call<&P::activate>,
-            .deactivate = call<&P::deactivate>,
-            .start_processing = call<&P::startProcessing>,
-            .stop_processing = call<&P::stopProcessing>,
-            .reset = call<&P::reset>,
-            .process = process,
-            .get_extension = call<&P::extension>,
-            .on_main_thread = call<&P::onMainThread>};
+            .init = onMain<&P::init>,
+            .destroy = onMain<&P::destroy>,
+            .activate = onMain<&P::activate>,
+            .deactivate = onMain<&P::deactivate>,
+            .start_processing = onAudio<&P::startProcessing>,
+            .stop_processing = onAudio<&P::stopProcessing>,
+            .reset = onAudio<&P::reset>,
+            .process = onAudio<&P::process>,
+            .get_extension = onAny<&P::extension>,
+            .on_main_thread = onMain<&P::onMainThread>};
 }
 
 const void* clapExtension(const char* id)

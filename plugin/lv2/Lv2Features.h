@@ -6,7 +6,7 @@
 
 namespace velotrine {
 
-/// What a host hands over under a name; null if it does not.
+/// The data of a host's feature; null if the host does not offer it.
 template <typename Data>
 [[nodiscard]] Data* lv2Feature(const LV2_Feature* const* features, std::string_view uri)
 {

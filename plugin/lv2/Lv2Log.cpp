@@ -27,7 +27,7 @@ void Lv2Log::error(const std::string& message) const
 
 void Lv2Log::sampleRateError(double sampleRate) const
 {
-    // Not std::to_string, which writes what the host's locale has instead of a point.
+    // Not std::to_string, which writes the decimal sign of the host's locale.
     std::array<char, 32> text{};
     const auto end = std::to_chars(text.data(), text.data() + text.size(), sampleRate).ptr;
     error("There is no sound at a sample rate of " + std::string(text.data(), end) + " Hz.");

@@ -8,7 +8,7 @@
 
 namespace velotrine {
 
-/// Where a host wants to read what went wrong: its own log, or standard error if it has none. Not for the
+/// Where to say what went wrong: the host's log, or standard error if it has none. Not for the
 /// render thread.
 class Lv2Log
 {
@@ -17,7 +17,7 @@ public:
 
     void error(const std::string& message) const;
 
-    /// That the instrument is silent at a rate, in Hz, which no device has.
+    /// Says that the instrument stays silent at a rate, in Hz, that no device has.
     void sampleRateError(double sampleRate) const;
 
 private:

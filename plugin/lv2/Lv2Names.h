@@ -1,20 +1,19 @@
 #pragma once
 
+#include "audiounit/Identity.h"
 #include "engine/ParameterAddress.h"
 
 #include <cstdint>
 
-// What the Turtle files, the plug-in and its editor must call alike. Stable for ever: sessions refer to them.
+// What the Turtle files, the plug-in and its editor share. It never changes: sessions refer to it.
 
 namespace velotrine {
 
-inline constexpr auto lv2PluginUri = "https://marrowbeck.example/plugins/velotrine";
-inline constexpr auto lv2UiUri = "https://marrowbeck.example/plugins/velotrine#ui";
+using identity::lv2PluginUri;
+using identity::lv2StateUri;
+using identity::lv2UiUri;
 
-/// The property under which a session keeps the state's text.
-inline constexpr auto lv2StateUri = "https://marrowbeck.example/plugins/velotrine#state";
-
-/// Port indices. Before these, the parameters, each at its address.
+/// Port indices. The parameters come first, each at its address.
 namespace lv2Port {
 inline constexpr std::uint32_t left = parameterCount;
 inline constexpr std::uint32_t right = left + 1;

@@ -1,44 +1,28 @@
 #include "plugin/lv2/Lv2Plugin.h"
 
-#include "audiounit/Parameters.h"
-
 #include <lv2/atom/util.h>
 
 #include <algorithm>
-#include <cmath>
+#include <cstddef>
 #include <exception>
 #include <limits>
 #include <string_view>
 
 namespace velotrine {
 
-namespace {
-
-/// Whether a port says a value as a session does that keeps six digits of it.
-bool isRounded(float port, float value) noexcept
-{
-    constexpr float precision = 1e-6f;
-    return std::abs(port - value) <= precision * std::max(1.0f, std::abs(value));
-}
-
-} // namespace
-
 Lv2Plugin::Lv2Plugin(double sampleRate, const LV2_URID_Map& map, const Lv2Log& log)
     : hostSampleRate(sampleRate), hostLog(log), timePosition(map), stateKey(map.map(map.handle, lv2StateUri)),
       stringType(map.map(map.handle, LV2_ATOM__String))
-{
-    for (const auto& parameter : parameterTable())
-        portValues[parameter.address] = parameter.initialValue;
-}
+{}
 
 void Lv2Plugin::connectPort(std::uint32_t port, void* data) noexcept
 {
     if (port < parameterCount)
-        controls[port] = static_cast<const float*>(data);
+        ports.connect(port, static_cast<const float*>(data));
     else if (port == lv2Port::left)
-        left = static_cast<float*>(data);
+        output.left = static_cast<float*>(data);
     else if (port == lv2Port::right)
-        right = static_cast<float*>(data);
+        output.right = static_cast<float*>(data);
     else if (port == lv2Port::time)
         time = static_cast<const LV2_Atom_Sequence*>(data);
 }
@@ -66,41 +50,20 @@ void Lv2Plugin::run(std::uint32_t frames) noexcept VELOTRINE_NONBLOCKING
     frames = std::min(frames, longest);
     std::uint32_t rendered = 0;
     const auto renderUpTo = [&](std::uint32_t frame) {
-        instrument.render(left != nullptr ? left + rendered : nullptr,
-                          right != nullptr ? right + rendered : nullptr, static_cast<int>(frame - rendered));
+        instrument.render(output.from(static_cast<int>(rendered)), static_cast<int>(frame - rendered));
         rendered = frame;
     };
-    const auto states = restored.load();
-    applyPorts();
-    settled = states;
+    ports.applyTo(instrument);
     applyEvents([&](std::int64_t frame) {
         renderUpTo(static_cast<std::uint32_t>(std::clamp<std::int64_t>(frame, rendered, frames)));
     });
     renderUpTo(frames);
 }
 
-void Lv2Plugin::applyPorts() noexcept VELOTRINE_NONBLOCKING
-{
-    for (ParameterAddress address = 0; address < parameterCount; ++address)
-        if (controls[address] != nullptr)
-            applyPort(address, *controls[address]);
-}
-
-void Lv2Plugin::applyPort(ParameterAddress address, float value) noexcept VELOTRINE_NONBLOCKING
-{
-    if (portValues[address].load(std::memory_order_relaxed) == value)
-        return;
-    portValues[address].store(value, std::memory_order_relaxed);
-    const auto isHeld = held.contains(address);
-    const auto isState = restored != settled && isRounded(value, instrument.value(address));
-    if (!isHeld && !isState)
-        instrument.setValue(address, static_cast<double>(value));
-}
-
 void Lv2Plugin::showPort(ParameterAddress address, float value) noexcept
 {
     if (!isActive)
-        applyPort(address, value);
+        ports.apply(address, value, instrument);
 }
 
 template <typename RenderUpTo>
@@ -147,7 +110,7 @@ LV2_State_Status Lv2Plugin::restore(LV2_State_Retrieve_Function retrieve, LV2_St
         hostLog.error(*error);
         return LV2_STATE_ERR_UNKNOWN;
     }
-    ++restored;
+    ports.stateRestored();
     return LV2_STATE_SUCCESS;
 }
 
@@ -160,14 +123,14 @@ EmbeddedEditor& Lv2Plugin::embeddedEditor()
 
 void Lv2Plugin::setEditorHost(InstrumentHost* host) noexcept
 {
-    for (const auto address : held.load())
+    for (const auto address : ports.held.load())
         endGesture(address);
     editorHost = host;
 }
 
 void Lv2Plugin::beginGesture(ParameterAddress address)
 {
-    held.insert(address);
+    ports.held.insert(address);
     if (editorHost != nullptr)
         editorHost->beginGesture(address);
 }
@@ -180,7 +143,7 @@ void Lv2Plugin::valueChanged(ParameterAddress address, float value)
 
 void Lv2Plugin::endGesture(ParameterAddress address)
 {
-    held.erase(address);
+    ports.held.erase(address);
     if (editorHost != nullptr)
         editorHost->endGesture(address);
 }

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "engine/AddressSet.h"
-#include "engine/Nonblocking.h"
 #include "plugin/EmbeddedEditor.h"
 #include "plugin/HostedInstrument.h"
 #include "plugin/InstrumentHost.h"
+#include "plugin/lv2/ControlPorts.h"
 #include "plugin/lv2/Lv2Log.h"
 #include "plugin/lv2/Lv2Names.h"
 #include "plugin/lv2/TimePosition.h"
@@ -12,7 +11,6 @@
 #include <lv2/core/lv2.h>
 #include <lv2/state/state.h>
 
-#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -20,13 +18,8 @@
 
 namespace velotrine {
 
-/// The instrument as an LV2 plug-in. Functions without a word on threads run where the format says.
-///
-/// Values have two homes, the host's control ports and the instrument. What changed last wins: a port counts
-/// when its value is another than at the run before, so that a host which restores its ports and the state in
-/// whichever order gets both, and a host which restores only the state does not have it overwritten by ports
-/// that still show what was before. The editor then writes the state's values to these ports. Where both say
-/// the same but for a session's rounding of the ports, the state is right.
+/// The instrument as an LV2 plug-in. Functions run on the threads that the format names, unless they say
+/// more.
 class Lv2Plugin final : private InstrumentHost
 {
 public:
@@ -44,25 +37,20 @@ public:
 
     [[nodiscard]] HostedInstrument& hostedInstrument() noexcept { return instrument; }
 
-    /// Made with the first use and kept to the end: to start JUCE takes ten times as long as to open the
-    /// editor again.
+    /// Made at first use and kept to the end: starting JUCE takes ten times as long as opening the editor
+    /// again.
     [[nodiscard]] EmbeddedEditor& embeddedEditor();
 
     [[nodiscard]] bool hasEditor() const noexcept { return editorHost != nullptr; }
 
-    /// Tells one editor's way to the host of edits from now on; none with null. What the one before still
-    /// held is let go.
+    /// From now on edits go to the host through this editor, or nowhere with null. Gestures that are still
+    /// open end in the editor before it.
     void setEditorHost(InstrumentHost* host) noexcept;
 
-    /// Grows whenever the first run after a restored state is done: the ports that are not what the
-    /// instrument has are then stale.
-    [[nodiscard]] unsigned settledStates() const noexcept { return settled; }
+    [[nodiscard]] const ControlPorts& controlPorts() const noexcept { return ports; }
 
-    /// What the host's port said at the last run.
-    [[nodiscard]] float portValue(ParameterAddress address) const noexcept { return portValues[address]; }
-
-    /// Takes what the host shows the editor of a port. A port reaches the instrument when it runs, and the
-    /// editor follows the instrument; only while nothing runs, this is the way.
+    /// Takes a port's value as the host shows it to the editor. Counts only while nothing runs: a run reads
+    /// the ports itself, and the editor follows the instrument.
     void showPort(ParameterAddress address, float value) noexcept;
 
 private:
@@ -70,8 +58,6 @@ private:
     void valueChanged(ParameterAddress address, float value) override;
     void endGesture(ParameterAddress address) override;
 
-    void applyPorts() noexcept VELOTRINE_NONBLOCKING;
-    void applyPort(ParameterAddress address, float value) noexcept VELOTRINE_NONBLOCKING;
     template <typename RenderUpTo>
     void applyEvents(RenderUpTo&& renderUpTo) noexcept VELOTRINE_NONBLOCKING;
 
@@ -81,20 +67,12 @@ private:
     const LV2_URID stateKey;
     const LV2_URID stringType;
 
-    std::array<const float*, parameterCount> controls{};
-    float* left = nullptr;
-    float* right = nullptr;
+    ControlPorts ports;
+    StereoOutput output;
     const LV2_Atom_Sequence* time = nullptr;
 
-    HostTransport transport; ///< as far as the host has spoken of it
-    std::array<std::atomic<float>, parameterCount> portValues{};
-    std::atomic<unsigned> restored{0};
-    std::atomic<unsigned> settled{0};
+    HostTransport transport; ///< as far as the host has reported it
     std::atomic<bool> isActive{false};
-
-    /// Controls that a hand holds in the editor. What their ports say is what the editor wrote to them some
-    /// moments ago.
-    SharedAddressSet held;
 
     InstrumentHost* editorHost = nullptr;
     HostedInstrument instrument{*this};

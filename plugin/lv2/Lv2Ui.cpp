@@ -1,7 +1,6 @@
 #include "plugin/lv2/Lv2Ui.h"
 
 #include "plugin/HostCall.h"
-#include "plugin/HostValue.h"
 #include "plugin/lv2/Lv2Features.h"
 
 #include <lv2/atom/atom.h>
@@ -18,7 +17,7 @@ namespace velotrine {
 
 namespace {
 
-constexpr std::uint32_t plainFloat = 0; ///< the format in which values of control ports come and go
+constexpr std::uint32_t plainFloat = 0; ///< the format of a control port's value
 
 } // namespace
 
@@ -58,13 +57,14 @@ void Lv2Ui::showPort(std::uint32_t port, float value) noexcept
 
 void Lv2Ui::writeStalePorts()
 {
-    const auto states = lv2Plugin.settledStates();
+    const auto& ports = lv2Plugin.controlPorts();
+    const auto states = ports.settledStates();
     if (states == knownStates)
         return;
     knownStates = states;
     for (ParameterAddress address = 0; address < parameterCount; ++address) {
         const auto value = lv2Plugin.hostedInstrument().value(address);
-        if (value != valueFromHost(address, static_cast<double>(lv2Plugin.portValue(address))))
+        if (ports.isStale(address, value))
             valueChanged(address, value);
     }
 }
@@ -89,9 +89,12 @@ void Lv2Ui::endGesture(ParameterAddress address)
 
 namespace {
 
+/// For each of the format's functions.
 Lv2Ui& ui(LV2UI_Handle handle)
 {
-    return *static_cast<Lv2Ui*>(handle);
+    auto& called = *static_cast<Lv2Ui*>(handle);
+    called.home.check("an LV2 host calls its editor on another thread than the one that made it");
+    return called;
 }
 
 /// Pixels for each point, as far as the host knows; else 0.
@@ -169,7 +172,7 @@ void showPort(LV2UI_Handle handle, std::uint32_t port, std::uint32_t size, std::
 
 constexpr LV2UI_Idle_Interface idleInterface{.idle = [](LV2UI_Handle handle) {
     answerOrNothing([handle] { ui(handle).idle(); });
-    return 0; // whatever it was, the window stays
+    return 0; // whatever went wrong, the window stays
 }};
 
 constexpr LV2UI_Resize resizeInterface{.handle = nullptr,
@@ -194,12 +197,11 @@ const void* extensionData(const char* uri)
 
 const LV2UI_Descriptor& lv2UiDescriptor() noexcept
 {
-    static constexpr LV2UI_Descriptor descriptor{
-        .URI = lv2UiUri,
-        .instantiate = instantiate,
-        .cleanup = [](LV2UI_Handle handle) { delete static_cast<Lv2Ui*>(handle); },
-        .port_event = showPort,
-        .extension_data = extensionData};
+    static constexpr LV2UI_Descriptor descriptor{.URI = lv2UiUri,
+                                                 .instantiate = instantiate,
+                                                 .cleanup = [](LV2UI_Handle handle) { delete &ui(handle); },
+                                                 .port_event = showPort,
+                                                 .extension_data = extensionData};
     return descriptor;
 }
 

@@ -2,6 +2,7 @@
 
 #include "plugin/EmbeddedEditor.h"
 #include "plugin/InstrumentHost.h"
+#include "plugin/ThreadChecks.h"
 #include "plugin/lv2/Lv2Plugin.h"
 
 #include <lv2/core/lv2.h>
@@ -11,8 +12,8 @@
 
 namespace velotrine {
 
-/// The editor in an LV2 host's window. It works on the plug-in's own instance, for it shows the rings as they
-/// turn; edits go to the host's ports. Main thread.
+/// The editor in an LV2 host's window. It works on the plug-in's own instance, because it shows the rings as
+/// they turn; edits go to the host's ports. Main thread.
 class Lv2Ui final : private InstrumentHost
 {
 public:
@@ -29,10 +30,13 @@ public:
     ~Lv2Ui() override;
 
     /// Shows the editor in the host's window. False if it cannot be done.
-    /// @param scale  pixels for each point; what the screen's settings say for what no screen has
+    /// @param scale  pixels for each point; for a scale that no screen has, the screen's settings count
     bool open(unsigned long parentWindow, double scale);
 
     [[nodiscard]] EmbeddedEditor& editor() noexcept { return embedded; }
+
+    /// Where the host made it, and where it must do everything else with it.
+    const HomeThread home;
 
     /// To be called often.
     void idle();

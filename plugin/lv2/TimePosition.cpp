@@ -15,13 +15,13 @@ LV2_URID idOf(const LV2_URID_Map& map, const char* uri)
     return map.map(map.handle, uri);
 }
 
-/// The value behind an atom's header, which need not be aligned to its type; the other one if the atom is too
+/// The value behind an atom's header, which need not be aligned to its type; the fallback if the atom is too
 /// small for it.
 template <typename T>
-double valueOf(const LV2_Atom& atom, double otherwise) noexcept
+double valueOf(const LV2_Atom& atom, double fallback) noexcept
 {
     if (atom.size < sizeof(T))
-        return otherwise;
+        return fallback;
     T value{};
     std::memcpy(&value, &atom + 1, sizeof value);
     return static_cast<double>(value);
@@ -39,17 +39,17 @@ TimePosition::TimePosition(const LV2_URID_Map& map)
       beatUnit(idOf(map, LV2_TIME__beatUnit))
 {}
 
-double TimePosition::number(const LV2_Atom& atom, double otherwise) const noexcept VELOTRINE_NONBLOCKING
+double TimePosition::number(const LV2_Atom& atom, double fallback) const noexcept VELOTRINE_NONBLOCKING
 {
     if (atom.type == floating)
-        return valueOf<float>(atom, otherwise);
+        return valueOf<float>(atom, fallback);
     if (atom.type == doubleFloating)
-        return valueOf<double>(atom, otherwise);
+        return valueOf<double>(atom, fallback);
     if (atom.type == integer)
-        return valueOf<std::int32_t>(atom, otherwise);
+        return valueOf<std::int32_t>(atom, fallback);
     if (atom.type == longInteger)
-        return valueOf<std::int64_t>(atom, otherwise);
-    return otherwise;
+        return valueOf<std::int64_t>(atom, fallback);
+    return fallback;
 }
 
 bool TimePosition::update(HostTransport& transport,

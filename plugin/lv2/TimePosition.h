@@ -8,22 +8,22 @@
 
 namespace velotrine {
 
-/// Reads what an LV2 host says of its transport. A host says it only when something changes, and may then say
-/// only what has changed.
+/// Reads an LV2 host's transport. A host reports it only when something changes, and then perhaps only what
+/// has changed.
 class TimePosition
 {
 public:
     /// Main thread.
     explicit TimePosition(const LV2_URID_Map& map);
 
-    /// Takes over into the transport what an event says; leaves what it does not speak of, or says in a form
-    /// that is not the format's. False for an event of another kind. Render thread.
+    /// Updates the transport with what an event reports; leaves what the event does not mention, or gives in
+    /// a form that the format does not know. False for an event of another kind. Render thread.
     bool update(HostTransport& transport, const LV2_Atom& event) const noexcept VELOTRINE_NONBLOCKING;
 
     [[nodiscard]] bool isSequence(const LV2_Atom& atom) const noexcept { return atom.type == sequence; }
 
 private:
-    [[nodiscard]] double number(const LV2_Atom& atom, double otherwise) const noexcept VELOTRINE_NONBLOCKING;
+    [[nodiscard]] double number(const LV2_Atom& atom, double fallback) const noexcept VELOTRINE_NONBLOCKING;
 
     LV2_URID sequence, object, blank, resource;
     LV2_URID integer, longInteger, floating, doubleFloating;

@@ -1,37 +1,46 @@
-#include "plugin/lv2/TurtleFiles.h"
+#include "plugin/lv2/TurtleTemplate.h"
 
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <string>
+#include <sstream>
 
-// Writes the texts of an LV2 bundle into a folder. A part of the build.
+// Writes the texts of an LV2 bundle: TEMPLATE NAME.ttl.in becomes FOLDER/NAME.ttl. A part of the build.
 
 namespace {
 
-bool write(const std::filesystem::path& path, const std::string& text)
+void fillIn(const std::filesystem::path& from, const std::filesystem::path& to)
 {
-    std::ofstream file(path);
-    file << text;
-    file.close();
-    if (!file)
-        std::cerr << "velotrine_lv2_turtle: cannot write " << path << "\n";
-    return static_cast<bool>(file);
+    std::ifstream in;
+    std::ofstream out;
+    in.exceptions(std::ios::failbit | std::ios::badbit);
+    out.exceptions(std::ios::failbit | std::ios::badbit);
+    in.open(from);
+    out.open(to);
+    std::ostringstream turtleTemplate;
+    turtleTemplate << in.rdbuf();
+    out << velotrine::filledIn(turtleTemplate.str());
+    out.close();
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    if (argc != 2) {
-        std::cerr << "usage: velotrine_lv2_turtle FOLDER\n";
+    if (argc < 3) {
+        std::cerr << "usage: velotrine_lv2_turtle FOLDER TEMPLATE...\n";
         return 2;
     }
     const std::filesystem::path folder = argv[1];
-    const auto plugin =
-        velotrine::pluginTurtle(VELOTRINE_VERSION_MAJOR, VELOTRINE_VERSION_MINOR, VELOTRINE_VERSION_PATCH);
-    const auto isWritten = write(folder / "manifest.ttl", velotrine::manifestTurtle()) &&
-                           write(folder / "velotrine.ttl", plugin) &&
-                           write(folder / "presets.ttl", velotrine::presetsTurtle());
-    return isWritten ? 0 : 1;
+    for (int i = 2; i < argc; ++i) {
+        const std::filesystem::path from = argv[i];
+        try {
+            fillIn(from, folder / from.stem());
+        } catch (const std::exception& error) {
+            std::cerr << "velotrine_lv2_turtle: " << from << ": " << error.what() << "\n";
+            return 1;
+        }
+    }
+    return 0;
 }

@@ -35,7 +35,7 @@ std::span<void*> channelsOf(const Vst::AudioBusBuffers& bus) noexcept
     return {reinterpret_cast<void**>(bus.channelBuffers32), static_cast<std::size_t>(bus.numChannels)};
 }
 
-/// @param kept  of the first bus's channels
+/// @param kept  how many of the first bus's channels stay as they are
 void clearAllBut(std::size_t kept, const Vst::ProcessData& block) noexcept
 {
     const auto sampleBytes = block.symbolicSampleSize == Vst::kSample64 ? sizeof(double) : sizeof(float);

@@ -12,18 +12,19 @@ namespace velotrine {
 
 // What JUCE's VST3 wrapper calls where cmake/JuceCorrections.cmake has corrected it.
 
-/// Whether a block can be processed, as the format says it. The output is cleared in any case, as far as
-/// there is one. Render thread.
+/// Whether a block can be processed, in the format's words. If not, its output is cleared, as far as there is
+/// one. Render thread.
 /// @param isActive  whether the host has said that it will process
 [[nodiscard]] Steinberg::tresult checkBlock(const Steinberg::Vst::ProcessData& block, bool isActive) noexcept;
 
 /// The host's own two channels, for any number of frames; no channel if either is missing or the host has
-/// switched the bus off. All other channels are cleared. Only for a block that is checked. Render thread.
+/// switched the bus off. All other channels are cleared. Only for a block that checkBlock() has passed.
+/// Render thread.
 template <typename Sample>
 [[nodiscard]] juce::AudioBuffer<Sample> outputOf(const Steinberg::Vst::ProcessData& block,
                                                  bool isSwitchedOn) noexcept;
 
-/// Throws unless the bytes are all of a state: the instrument's, and what the wrapper adds of its own.
+/// Throws unless the bytes are a whole state: the instrument's part, and what the wrapper adds to it.
 void checkState(const void* bytes, int size);
 
 /// What a function answers; if it throws, kResultFalse or null.

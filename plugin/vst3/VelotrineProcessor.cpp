@@ -19,7 +19,7 @@ namespace {
 [[maybe_unused]] const bool x11ServerIsReady = prepareX11Server();
 #endif
 
-/// None where the host's head says nothing: JUCE then answers with zeros.
+/// None where the host reports nothing: JUCE then answers with zeros.
 std::optional<HostTransport> transportOf(const juce::AudioPlayHead* head)
 {
     const auto position = head != nullptr ? head->getPosition() : juce::nullopt;
@@ -78,7 +78,7 @@ void VelotrineProcessor::processBlock(juce::AudioBuffer<float>& buffer,
     const auto channel = [&buffer](int index) {
         return index < buffer.getNumChannels() ? buffer.getWritePointer(index) : nullptr;
     };
-    instrument.render(channel(0), channel(1), buffer.getNumSamples());
+    instrument.render({channel(0), channel(1)}, buffer.getNumSamples());
 }
 
 int VelotrineProcessor::getNumPrograms()
@@ -145,8 +145,6 @@ void VelotrineProcessor::endGesture(ParameterAddress address)
 } // namespace velotrine
 
 /// What JUCE's wrappers ask for a plug-in.
-juce::AudioProcessor* JUCE_CALLTYPE createPluginFilter();
-
 juce::AudioProcessor* JUCE_CALLTYPE createPluginFilter()
 {
     return new velotrine::VelotrineProcessor();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "audiounit/Identity.h"
 #include "engine/Nonblocking.h"
 #include "plugin/HostedInstrument.h"
 #include "plugin/InstrumentHost.h"
@@ -18,7 +19,7 @@ class VelotrineProcessor final : public juce::AudioProcessor, private Instrument
 public:
     VelotrineProcessor();
 
-    const juce::String getName() const override { return "Velotrine"; }
+    const juce::String getName() const override { return identity::name; }
 
     bool acceptsMidi() const override { return false; }
 
@@ -47,7 +48,7 @@ public:
     void setCurrentProgram(int index) override;
     const juce::String getProgramName(int index) override;
 
-    /// The presets' names are the maker's.
+    /// The presets' names are fixed.
     void changeProgramName(int, const juce::String&) override {}
 
     void getStateInformation(juce::MemoryBlock& state) override;

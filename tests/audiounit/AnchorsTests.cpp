@@ -2,7 +2,7 @@
 #include "audiounit/Presets.h"
 #include "audiounit/StateText.h"
 #include "audiounit/VelotrineComponent.h"
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/TestInstrument.h"
 
 #include <array>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "audiounit/CycleRenderer.h"
 
 #include "engine/Nonblocking.h"
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/TestInstrument.h"
 
 #include <algorithm>
 #include <functional>
@@ -63,7 +63,7 @@ protected:
         const auto room = static_cast<std::size_t>(std::max(frames, 0)) + 1;
         left.assign(room, untouched);
         right.assign(room, untouched);
-        return renderer.render(left.data(), right.data(), frames, lastCycle);
+        return renderer.render({left.data(), right.data()}, frames, lastCycle);
     }
 
     /// That the last pull gave `count` frames, numbered from `first` on, and wrote no further.
@@ -229,9 +229,23 @@ TEST(CycleRenderer, FillsTheOutputWithSilenceWhenTheUnitRefuses)
     renderer.setup([](auto...) -> AUAudioUnitStatus { return kAudioUnitErr_Uninitialized; });
     std::vector<float> left(10, 1.0f);
     std::vector<float> right(10, 1.0f);
-    EXPECT_EQ(renderer.render(left.data(), right.data(), 10), kAudioUnitErr_Uninitialized);
+    EXPECT_EQ(renderer.render({left.data(), right.data()}, 10), kAudioUnitErr_Uninitialized);
     EXPECT_EQ(left, std::vector<float>(10, 0.0f));
     EXPECT_EQ(right, std::vector<float>(10, 0.0f));
+}
+
+TEST(CycleRenderer, RendersOnWhereTheCallerWantsOnlyOneChannelOrNone)
+{
+    CountingUnit unit;
+    CycleRenderer renderer;
+    renderer.setup(unit.block());
+    std::vector<float> left(10);
+    std::vector<float> right(10);
+    EXPECT_EQ(renderer.render({left.data(), nullptr}, 10), noErr);
+    EXPECT_EQ(renderer.render({}, 30), noErr);
+    EXPECT_EQ(renderer.render({nullptr, right.data()}, 10), noErr);
+    EXPECT_EQ(left.back(), 9.0f);
+    EXPECT_EQ(right.front(), -40.0f);
 }
 
 TEST(CycleRenderer, AnswersWithTheUnitsErrorForACycleThatIsTooLongForIt)
@@ -241,7 +255,7 @@ TEST(CycleRenderer, AnswersWithTheUnitsErrorForACycleThatIsTooLongForIt)
     renderer.setup(unit->renderBlock(), 32);
     std::vector<float> left(10, 1.0f);
     std::vector<float> right(10, 1.0f);
-    EXPECT_EQ(renderer.render(left.data(), right.data(), 10), kAudioUnitErr_TooManyFramesToProcess);
+    EXPECT_EQ(renderer.render({left.data(), right.data()}, 10), kAudioUnitErr_TooManyFramesToProcess);
     EXPECT_EQ(left, std::vector<float>(10, 0.0f));
 }
 
@@ -272,7 +286,7 @@ std::vector<float> soundOfRequests(int cycleFrames, const std::function<int()>& 
     std::vector<float> right(soundFrames);
     for (std::size_t done = 0; done < soundFrames;) {
         const int frames = std::min(nextRequest(), static_cast<int>(soundFrames - done));
-        EXPECT_EQ(renderer.render(left.data() + done, right.data() + done, frames), noErr);
+        EXPECT_EQ(renderer.render({left.data() + done, right.data() + done}, frames), noErr);
         done += static_cast<std::size_t>(frames);
     }
     EXPECT_EQ(left, right);

@@ -1,6 +1,6 @@
 #include "audiounit/Parameters.h"
 
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/TestInstrument.h"
 
 #include <cmath>
 #include <limits>

@@ -1,6 +1,6 @@
 #include "audiounit/Presets.h"
 
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/TestInstrument.h"
 
 #include <memory>
 #include <optional>
@@ -160,6 +160,22 @@ TEST_F(PresetsOfAnInstrument, OfNumbersThatTheTableDoesNotHaveAreNotedWithoutEff
         EXPECT_EQ(unit->currentPreset(), preset);
         EXPECT_EQ(valuesOf(*unit->dspKernel), before) << number;
     }
+}
+
+TEST_F(PresetsOfAnInstrument, AreWrittenWithoutTellingTheirOriginatorOfTheValues)
+{
+    const auto tree = unit->parameterTree();
+    std::size_t toldOriginator = 0;
+    std::size_t toldOther = 0;
+    const auto originator = tree->tokenByAddingParameterObserver(
+        [&toldOriginator](AUParameterAddress, AUValue) { ++toldOriginator; });
+    const auto other =
+        tree->tokenByAddingParameterObserver([&toldOther](AUParameterAddress, AUValue) { ++toldOther; });
+    unit->setCurrentPreset(unit->factoryPresets()[3], originator);
+    EXPECT_EQ(toldOriginator, 0U);
+    EXPECT_EQ(toldOther, parameterCount);
+    unit->setCurrentPreset(unit->factoryPresets()[3], other);
+    EXPECT_EQ(toldOriginator, parameterCount);
 }
 
 TEST_F(PresetsOfAnInstrument, NilClearsTheChoiceAndNothingElse)

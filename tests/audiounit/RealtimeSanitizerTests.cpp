@@ -2,7 +2,7 @@
 // host's closure, and has to die of it. No other preset builds this.
 
 #include "audiounit/CycleRenderer.h"
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/TestInstrument.h"
 
 #include <array>
 #include <cstddef>

@@ -1,8 +1,8 @@
 #include "audiounit/CycleRenderer.h"
 #include "audiounit/StateText.h"
-#include "tests/audiounit/AllocationCounter.h"
-#include "tests/audiounit/AllocationFailure.h"
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/AllocationCounter.h"
+#include "tests/support/AllocationFailure.h"
+#include "tests/support/TestInstrument.h"
 
 #include <algorithm>
 #include <array>
@@ -52,7 +52,7 @@ TEST(RenderAllocation, ACycleRendererThatIsSetUpNeitherTakesNorGivesBackMemory)
         for (const int frames : {1, 17, 64, 512, 4096}) {
             const auto last =
                 round % 2 == 0 ? CycleRenderer::LastCycle::whole : CycleRenderer::LastCycle::cutShort;
-            const auto status = renderer.render(left.data(), right.data(), frames, last);
+            const auto status = renderer.render({left.data(), right.data()}, frames, last);
             worst = worst != noErr ? worst : status;
             notes += unit->dspKernel->noteEvents().size();
         }

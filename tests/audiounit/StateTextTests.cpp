@@ -1,6 +1,6 @@
 #include "audiounit/StateText.h"
 
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/TestInstrument.h"
 
 #include <bit>
 #include <cmath>

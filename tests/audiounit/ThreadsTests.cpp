@@ -1,6 +1,6 @@
 #include "audiounit/CycleRenderer.h"
 #include "audiounit/StateText.h"
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/TestInstrument.h"
 
 #include <algorithm>
 #include <atomic>
@@ -28,7 +28,7 @@ bool rendersWell(const AURenderBlock& block, int pulls)
     std::vector<float> right(framesPerPull);
     bool well = true;
     for (int pull = 0; pull < pulls; ++pull) {
-        well = renderer.render(left.data(), right.data(), framesPerPull) == noErr && well;
+        well = renderer.render({left.data(), right.data()}, framesPerPull) == noErr && well;
         well = well && std::ranges::all_of(left, [](float sample) { return std::abs(sample) <= 1.0f; });
     }
     return well;

@@ -1,7 +1,7 @@
 #include "audiounit/VelotrineAudioUnit.h"
 
 #include "engine/Nonblocking.h"
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/TestInstrument.h"
 
 #include <atomic>
 #include <functional>

@@ -1,6 +1,6 @@
 #include "audiounit/VelotrineAudioUnit.h"
 
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/TestInstrument.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,7 +1,7 @@
 #include "editor/Stepper.h"
 
 #include "tests/editor/MouseEvents.h"
-#include "tests/host/MessageLoop.h"
+#include "tests/support/MessageLoop.h"
 
 #include <gtest/gtest.h>
 

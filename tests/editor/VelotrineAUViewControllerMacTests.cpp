@@ -2,7 +2,7 @@
 
 #include "audiounit/VelotrineComponent.h"
 #include "tests/editor/MouseEvents.h"
-#include "tests/host/MessageLoop.h"
+#include "tests/support/MessageLoop.h"
 
 #include <gtest/gtest.h>
 

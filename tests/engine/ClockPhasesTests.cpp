@@ -1,6 +1,6 @@
 #include "engine/ClockPhases.h"
 
-#include "tests/engine/EachSimdTarget.h"
+#include "tests/support/EachSimdTarget.h"
 
 #include <array>
 #include <bit>

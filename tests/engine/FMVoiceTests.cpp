@@ -1,7 +1,7 @@
 #include "engine/FMVoice.h"
 
 #include "engine/VoiceBatch.h"
-#include "tests/engine/EachSimdTarget.h"
+#include "tests/support/EachSimdTarget.h"
 
 #include <algorithm>
 #include <cmath>

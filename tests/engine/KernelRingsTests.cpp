@@ -2,8 +2,8 @@
 
 #include "engine/HostClock.h"
 #include "engine/RandomGenerator.h"
-#include "tests/engine/EachSimdTarget.h"
 #include "tests/engine/PlayingKernel.h"
+#include "tests/support/EachSimdTarget.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "engine/RingClock.h"
 
-#include "tests/engine/EachSimdTarget.h"
+#include "tests/support/EachSimdTarget.h"
 
 #include <algorithm>
 #include <cmath>

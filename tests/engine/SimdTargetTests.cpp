@@ -1,6 +1,6 @@
 #include "engine/SimdTarget.h"
 #include "engine/SoftClip.h"
-#include "tests/engine/SimdTargetGuard.h"
+#include "tests/support/SimdTargetGuard.h"
 
 #include <algorithm>
 #include <array>

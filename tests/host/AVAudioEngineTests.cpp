@@ -1,8 +1,8 @@
-#include "tests/audiounit/AllocationCounter.h"
 #include "tests/host/FakeDevices.h"
-#include "tests/host/MessageLoop.h"
 #include "tests/host/PlayingEngine.h"
-#include "tests/platform/FakeAudioUnit.h"
+#include "tests/support/AllocationCounter.h"
+#include "tests/support/FakeAudioUnit.h"
+#include "tests/support/MessageLoop.h"
 
 #include <algorithm>
 #include <chrono>
@@ -27,7 +27,7 @@ float peakOf(const std::vector<float>& samples)
         *std::ranges::max_element(samples, [](float a, float b) { return std::abs(a) < std::abs(b); }));
 }
 
-/// The device asks for sound while messages are dealt with, as in a running application.
+/// The device asks for sound while messages run, as in the application.
 bool playUntil(FakeSound& sound, const std::function<bool()>& condition)
 {
     return runMessagesUntil(
@@ -67,7 +67,7 @@ TEST(AVAudioEngine, ADeviceOfAnyNumberOfChannelsIsServed)
     }
 }
 
-TEST(AVAudioEngine, TheDevicesThreadNeitherTakesNorGivesBackMemory)
+TEST(AVAudioEngine, TheDevicesThreadNeitherAllocatesNorFrees)
 {
     FakeSound sound;
     PlayingEngine playing(fakeDeviceTypes({&sound}));
@@ -113,7 +113,7 @@ TEST(AVAudioEngine, TakesTheDeviceOfTheNameAskedFor)
     EXPECT_NE(second.callback, nullptr);
 }
 
-TEST(AVAudioEngine, DoesNotMakeDoWithAnotherDeviceThanTheOneAskedFor)
+TEST(AVAudioEngine, DoesNotFallBackToAnotherDeviceThanTheOneAskedFor)
 {
     FakeSound sound;
     PlayingEngine playing(fakeDeviceTypes({&sound}));
@@ -149,7 +149,7 @@ TEST(AVAudioEngine, TheRateOfAConnectionsFormatIsRequestedFromTheDevice)
     EXPECT_EQ(sound.sampleRate, 44100.0);
 }
 
-TEST(AVAudioEngine, AnswersAnErrorWithNothingConnected)
+TEST(AVAudioEngine, ReturnsAnErrorWithNothingConnected)
 {
     FakeSound sound;
     AVAudioEngine engine(fakeDeviceTypes({&sound}));
@@ -182,7 +182,7 @@ TEST(AVAudioEngine, WithoutADeviceTheErrorSaysSo)
     EXPECT_FALSE(playing.engine.hasDevice());
 }
 
-TEST(AVAudioEngine, ADeviceAtARateThatTheInstrumentDoesNotPlayAtIsRefusedWithAWord)
+TEST(AVAudioEngine, ADeviceAtARateThatTheInstrumentCannotPlayIsRefusedWithAMessage)
 {
     const std::vector<std::pair<double, std::string>> rates{{4000.0, "4000"},
                                                             {7999.0, "7999"},
@@ -222,7 +222,7 @@ TEST(AVAudioEngine, TheLowestAndTheHighestRateArePlayed)
     }
 }
 
-/// Bars that the clock turns in some seconds of messages; less than one.
+/// How far the clock turns in some seconds of messages, in bars; less than one.
 double barsWithin(const PlayingEngine& playing, double seconds)
 {
     const auto before = playing.clock();
@@ -278,7 +278,7 @@ TEST(AVAudioEngine, ADeviceThatAppearsLaterTakesOverWithoutTheClockJumpingBack)
     EXPECT_TRUE(playing.engine.start());
     int changes = 0;
     playing.engine.onDeviceChanged = [&] { ++changes; };
-    setValue(*playing.instrument, "bpm", 40.0f); // a bar takes six seconds: no turn within the test
+    setValue(*playing.instrument, "bpm", 40.0f); // a bar takes six seconds, longer than the test
     runMessagesFor(0.3);
     const auto clockBefore = playing.clock();
     const auto turnBefore = static_cast<double>(playing.instrument->dspKernel->activityPhases[0]);
@@ -328,7 +328,7 @@ TEST(AVAudioEngine, ADeviceWithLongBuffersIsGivenTime)
     EXPECT_EQ(sound.openings, 1);
 }
 
-TEST(AVAudioEngine, AnIdleJackClientStaysOpenAndTheClockIsItsAgainWhenItAsksForSound)
+TEST(AVAudioEngine, AnIdleJackClientStaysOpenAndDrivesTheClockAgainWhenItAsksForSound)
 {
     FakeSound sound{.typeName = "JACK"};
     PlayingEngine playing(fakeDeviceTypes({&sound}));

@@ -1,6 +1,6 @@
 #include "host/AVAudioMixerNode.h"
-#include "tests/audiounit/AllocationCounter.h"
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/AllocationCounter.h"
+#include "tests/support/TestInstrument.h"
 
 #include <algorithm>
 #include <random>
@@ -42,7 +42,7 @@ Channels rendered(AVAudioMixerNode& mixer, std::size_t channelCount, int frames)
     return channels;
 }
 
-TEST(AVAudioMixerNode, OneChannelGetsTheMeanOfBoth)
+TEST(AVAudioMixerNode, ASingleChannelGetsTheMeanOfBoth)
 {
     AVAudioMixerNode mixer;
     mixer.setSource(countingBlock());
@@ -73,7 +73,7 @@ TEST(AVAudioMixerNode, OfFiveChannelsTheLastThreeAreSilent)
         EXPECT_THAT(channels[channel], Each(0.0f));
 }
 
-TEST(AVAudioMixerNode, NoChannelMovesTheSoundOnAllTheSame)
+TEST(AVAudioMixerNode, WithoutChannelsTheSoundStillMovesOn)
 {
     AVAudioMixerNode mixer;
     mixer.setSource(countingBlock());
@@ -150,7 +150,7 @@ TEST(AVAudioMixerNode, TheSoundIsTheSameWhateverTheBlocks)
     EXPECT_EQ(renderedInBlocks(blocks), expected);
 }
 
-TEST(AVAudioMixerNode, RenderingNeitherTakesNorGivesBackMemory)
+TEST(AVAudioMixerNode, RenderingNeitherAllocatesNorFrees)
 {
     const auto unit = makePlayingInstrument();
     AVAudioMixerNode mixer;

@@ -25,7 +25,7 @@ std::optional<double> scaleOfVariable(const std::string& value)
     return desktopScale({.xSettings = {}, .resources = {}, .gdkScale = value});
 }
 
-TEST(DesktopScale, IsNoneWhereNobodySaysAnything)
+TEST(DesktopScale, IsUnsetWhereNothingSetsIt)
 {
     EXPECT_FALSE(desktopScale({}));
     EXPECT_FALSE(scaleOfManager(XSettingsText().text("Net/ThemeName", "Dark")));
@@ -44,13 +44,13 @@ TEST(DesktopScale, TheSettingsManagerComesFirstThenTheResourcesThenTheVariable)
     EXPECT_EQ(desktopScale(settings), 4.0);
 }
 
-TEST(DesktopScale, WindowsScaledByAFactorAreNotScaledOnceMoreByTheDotsOfTheirText)
+TEST(DesktopScale, WindowsScaledByAFactorAreNotScaledAgainByTheTextsDpi)
 {
     EXPECT_EQ(scaleOfManager(XSettingsText().integer(factor, 2).integer(dpi, 192 * 1024)), 2.0);
     EXPECT_EQ(scaleOfManager(XSettingsText().integer(factor, 2).integer(dpi, 96 * 1024)), 2.0);
 }
 
-TEST(DesktopScale, WhereWindowsAreNotScaledTheDotsOfTheirTextCount)
+TEST(DesktopScale, WhereWindowsAreNotScaledTheTextsDpiCounts)
 {
     EXPECT_EQ(scaleOfManager(XSettingsText().integer(factor, 1).integer(dpi, 144 * 1024)), 1.5);
     EXPECT_EQ(scaleOfManager(XSettingsText().integer(dpi, 192 * 1024)), 2.0);
@@ -66,7 +66,7 @@ TEST(DesktopScale, ReadsTheResourcesAsTheirOwnLibraryDoes)
     EXPECT_EQ(scaleOfResources("! Xft.dpi: 192\n"), std::nullopt);
 }
 
-TEST(DesktopScale, WhatMakesNoSenseCountsAsNotSaid)
+TEST(DesktopScale, WhatMakesNoSenseIsIgnored)
 {
     for (const auto value : {0, -1, 9})
         EXPECT_FALSE(scaleOfManager(XSettingsText().integer(factor, value))) << value;

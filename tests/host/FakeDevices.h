@@ -8,7 +8,7 @@
 
 namespace velotrine {
 
-/// A kind of audio device. Its default device asks for sound when the test says so.
+/// A kind of audio device, whose default device asks for sound when the test says so.
 struct FakeSound
 {
     bool isPresent = true;

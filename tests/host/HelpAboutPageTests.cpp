@@ -44,7 +44,7 @@ TEST_F(HelpAboutPageTest, ItsRuleIs180WideUnlessTheStackIsNarrower)
     EXPECT_EQ(page.ruleView().getWidth(), 170);
 }
 
-TEST_F(HelpAboutPageTest, SetsItsRowsApartAsDesigned)
+TEST_F(HelpAboutPageTest, SpacesItsRowsAsDesigned)
 {
     page.setSize(560, 562);
     const auto gapAfter = [this](int index) {

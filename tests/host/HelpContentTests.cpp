@@ -47,9 +47,9 @@ std::uint64_t digest(std::string_view text)
     return hash;
 }
 
-TEST(HelpContent, SaysWhatItHasAlwaysSaid)
+TEST(HelpContent, ReadsAsItAlwaysHas)
 {
-    // Somebody who changes a text on purpose finds the new digest in this test's failure.
+    // After an intended change of a text, take the new digest from this test's failure.
     EXPECT_EQ(digest(everything()), 431933095246323232u) << everything();
 }
 
@@ -84,7 +84,7 @@ TEST(HelpContent, NamesNoControlTwiceOnAPage)
     }
 }
 
-TEST(HelpContent, HasOneWordForAPressOfTheMouseAtTheBeginningOfASentenceAndInsideOne)
+TEST(HelpContent, HasOneWordForAMousePressAtTheStartOfASentenceAndInsideOne)
 {
     const auto textAt = [](std::size_t page, std::size_t item) {
         return textsOf(helpContentPages().at(page).items.at(item)).back();

@@ -40,7 +40,7 @@ void expectComplaint(const std::vector<const char*>& arguments, const std::strin
     EXPECT_EQ(answer.err.find('\n'), answer.err.size() - 1) << answer.err;
 }
 
-TEST(HostOptions, NothingTypedLeavesAllToTheDevice)
+TEST(HostOptions, NoOptionLeavesEverythingToTheDevice)
 {
     const auto none = options({});
     EXPECT_FALSE(none.listDevices);
@@ -50,7 +50,7 @@ TEST(HostOptions, NothingTypedLeavesAllToTheDevice)
     EXPECT_FALSE(none.scale);
 }
 
-TEST(HostOptions, TakesWhatIsTyped)
+TEST(HostOptions, ReadsWhatIsTyped)
 {
     const auto all = options({"--device", "Built-in Audio", "--sample-rate=96000", "--buffer", "64",
                               "--scale", "1.5", "--list-devices"});
@@ -92,12 +92,12 @@ TEST(HostOptions, VersionIsTheProjects)
     EXPECT_EQ(version.out, "Velotrine " VELOTRINE_VERSION "\n");
 }
 
-TEST(HostOptions, WhatWillNotDoIsNamedOnOneLine)
+TEST(HostOptions, WhatIsWrongIsNamedOnOneLine)
 {
     expectComplaint(
         {"--devise", "x"},
         "--devise: is not known here; did you mean \"--device\"? (\"VelotrineHostMac --help\" shows");
-    expectComplaint({"song.wav"}, "song.wav: is not known here (");
+    expectComplaint({"take.wav"}, "take.wav: is not known here (");
     expectComplaint({""}, "\"\": is not known here (");
     expectComplaint({"--device"}, "--device: needs a value behind it (");
     expectComplaint({"--device", ""}, "--device: needs a value behind it (");

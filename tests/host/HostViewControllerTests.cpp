@@ -4,9 +4,9 @@
 #include "audiounit/VelotrineComponent.h"
 #include "editor/Colours.h"
 #include "tests/host/FakeDevices.h"
-#include "tests/host/MessageLoop.h"
-#include "tests/platform/FakeAudioUnit.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/FakeAudioUnit.h"
+#include "tests/support/MessageLoop.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -58,7 +58,7 @@ protected:
 
 constexpr auto syncAddress = addressOf(GlobalParameter::sync);
 
-TEST_F(HostViewControllerTest, BeginsEmptyButForItsEngine)
+TEST_F(HostViewControllerTest, StartsEmptyExceptForItsEngine)
 {
     const HostViewController fresh(surroundings);
     EXPECT_FALSE(fresh.isViewLoaded());
@@ -232,7 +232,7 @@ TEST_F(HostViewControllerTest, SaysWhyThereIsNoAudioUnit)
     EXPECT_EQ(controller->auViewController, nullptr);
 }
 
-TEST_F(HostViewControllerTest, SaysUnknownWhenNobodyGaveAReason)
+TEST_F(HostViewControllerTest, SaysUnknownWhereNoReasonIsGiven)
 {
     surroundings.instantiate = [](const auto&, auto, const auto& completion) { completion(nullptr, {}); };
     testing::internal::CaptureStdout();

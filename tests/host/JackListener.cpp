@@ -1,6 +1,6 @@
 #include "tests/host/JackListener.h"
 
-#include "tests/host/MessageLoop.h"
+#include "tests/support/MessageLoop.h"
 
 #include <jack/jack.h>
 

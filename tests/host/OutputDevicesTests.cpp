@@ -1,6 +1,6 @@
 #include "host/OutputDevices.h"
 #include "tests/host/FakeDevices.h"
-#include "tests/host/JackServer.h"
+#include "tests/support/JackServer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

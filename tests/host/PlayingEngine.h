@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/AVAudioEngine.h"
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/TestInstrument.h"
 
 #include <memory>
 

@@ -27,7 +27,7 @@ TEST_F(PopUpButtonTest, ReportsEveryChoiceEvenTheSameAgain)
     EXPECT_EQ(button.getText(), "second");
 }
 
-TEST_F(PopUpButtonTest, AMenuLeftWithoutAChoiceIsNone)
+TEST_F(PopUpButtonTest, AMenuClosedWithoutAChoiceChoosesNothing)
 {
     button.choose(1);
     button.choose(0);

@@ -1,5 +1,5 @@
 #include "host/Preferences.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -54,7 +54,7 @@ TEST_F(PreferencesTest, ACorruptFileCountsAsFalseAndIsReplaced)
     }
 }
 
-/// Even root cannot make a folder where a file is.
+/// Even root cannot make a folder where there is a file.
 TEST_F(PreferencesTest, AFolderThatCannotBeMadeIsNoError)
 {
     folder.write("Velotrine", "in the way");

@@ -1,8 +1,8 @@
 #include "tests/host/JackListener.h"
-#include "tests/host/JackServer.h"
-#include "tests/host/MessageLoop.h"
 #include "tests/host/PlayingEngine.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/JackServer.h"
+#include "tests/support/MessageLoop.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <cmath>
@@ -36,7 +36,7 @@ TEST(RealDevice, AStoppedInstrumentIsSilentOnJack)
     EXPECT_EQ(peakOnJack(0.3), 0.0f);
 }
 
-TEST(RealDevice, AKilledJackServerTakesTheSoundButNotTheClock)
+TEST(RealDevice, AKilledJackServerStopsTheSoundButNotTheClock)
 {
     std::optional<JackServer> server(std::in_place);
     PlayingEngine playing;
@@ -67,7 +67,7 @@ TEST(RealDevice, AJackServerThatEndsByItselfIsNoticedToo)
     EXPECT_TRUE(runMessagesUntil([&] { return !playing.engine.hasDevice(); }, timeoutSeconds));
 }
 
-TEST(RealDevice, AFrozenJackServerHoldsUpTheSoundButNeitherTheClockNorTheApplication)
+TEST(RealDevice, AFrozenJackServerStopsTheSoundButNeitherTheClockNorTheApplication)
 {
     const JackServer server;
     PlayingEngine playing;

@@ -19,7 +19,7 @@ TEST(SilentClock, AsksForAsMuchSoundAsTimeHasPassed)
     EXPECT_EQ(clock.framesDue(begin + 110ms), 441);
 }
 
-TEST(SilentClock, LosesNoPartOfAFrame)
+TEST(SilentClock, LosesNoFractionOfAFrame)
 {
     SilentClock clock;
     clock.start(begin, 44100.0);
@@ -29,7 +29,7 @@ TEST(SilentClock, LosesNoPartOfAFrame)
     EXPECT_NEAR(frames, 441000, 1);
 }
 
-TEST(SilentClock, LeavesOutWhatALongPauseWouldHaveAskedFor)
+TEST(SilentClock, SkipsWhatALongPauseWouldHaveAskedFor)
 {
     SilentClock clock;
     clock.start(begin, 48000.0);
@@ -44,7 +44,7 @@ TEST(SilentClock, AsksForNothingWhenTimeStandsStillOrRunsBack)
     EXPECT_EQ(clock.framesDue(begin - 1s), 0);
 }
 
-TEST(SilentClock, BeginsAnewWithEachStart)
+TEST(SilentClock, StartsAfreshEachTime)
 {
     SilentClock clock;
     clock.start(begin, 48000.0);

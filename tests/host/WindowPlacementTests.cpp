@@ -35,14 +35,14 @@ TEST(WindowPlacement, AsHighAsTheScreenAllows)
     EXPECT_EQ(beside(neighbour).getBottom(), screen.getBottom());
 }
 
-TEST(WindowPlacement, ElseLeftOfIt)
+TEST(WindowPlacement, OtherwiseLeftOfIt)
 {
     const Area neighbour(1400, 300, 480, 450);
     EXPECT_LE(beside(neighbour).getRight(), neighbour.getX());
     EXPECT_TRUE(fitsWithoutCovering(beside(neighbour), neighbour));
 }
 
-TEST(WindowPlacement, ElseBelowOrAbove)
+TEST(WindowPlacement, OtherwiseBelowOrAbove)
 {
     const Area top(400, 0, 1200, 400);
     EXPECT_GE(beside(top).getY(), top.getBottom());
@@ -58,7 +58,7 @@ TEST(WindowPlacement, RoomThatIsJustEnoughIsTaken)
     EXPECT_TRUE(fitsWithoutCovering(beside(neighbour), neighbour));
 }
 
-TEST(WindowPlacement, WhereNoSideHasTheRoomTheOtherIsCoveredAsLittleAsCanBe)
+TEST(WindowPlacement, WhereNoSideHasRoomTheOtherIsCoveredAsLittleAsPossible)
 {
     const Area small(0, 0, 1280, 960);
     const Area middle(400, 250, 480, 450);
@@ -73,7 +73,7 @@ TEST(WindowPlacement, WhereNoSideHasTheRoomTheOtherIsCoveredAsLittleAsCanBe)
     EXPECT_EQ(placedBeside(rightOfMiddle, window, small).getX(), 0);
 }
 
-TEST(WindowPlacement, ASecondScreenIsAsGoodAsTheFirst)
+TEST(WindowPlacement, ASecondScreenIsUsedLikeTheFirst)
 {
     const Area second(1920, 0, 1920, 1080);
     const Area neighbour(2000, 300, 480, 450);

@@ -27,7 +27,7 @@ protected:
     WrappingLabel label{longText, systemFont(14.0f), juce::Colours::white};
 };
 
-TEST_F(WrappingLabelTest, GrowsHigherAsItGetsNarrower)
+TEST_F(WrappingLabelTest, GrowsTallerAsItGetsNarrower)
 {
     int previous = 0;
     for (int width = 460; width >= 100; width -= 40) {
@@ -60,7 +60,7 @@ TEST_F(WrappingLabelTest, AShortTextPrefersItsOwnWidthAndOneLine)
     EXPECT_EQ(title.heightForWidth(title.preferredWidth()), title.heightForWidth(460));
 }
 
-TEST_F(WrappingLabelTest, CentredTextHasAsMuchRoomOnTheLeftAsOnTheRight)
+TEST_F(WrappingLabelTest, CentredTextHasEqualMargins)
 {
     WrappingLabel title("HOH", systemFont(22.0f), juce::Colours::white, juce::Justification::centredTop);
     title.setSize(464, 30);

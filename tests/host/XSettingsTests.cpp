@@ -19,7 +19,7 @@ XSettingsText desktop(Order order)
     return settings.text("Xft/RGBA", "none").integer("Xft/DPI", -1);
 }
 
-TEST(XSettings, FindsANumberBehindTextsAndColoursInEitherByteOrder)
+TEST(XSettings, FindsANumberAfterTextsAndColoursInEitherByteOrder)
 {
     for (const auto order : {Order::leastFirst, Order::mostFirst}) {
         const auto bytes = desktop(order).bytes();
@@ -28,7 +28,7 @@ TEST(XSettings, FindsANumberBehindTextsAndColoursInEitherByteOrder)
     }
 }
 
-TEST(XSettings, WhatIsNotThereOrNoNumberIsNone)
+TEST(XSettings, WhatIsMissingOrNoNumberIsNotFound)
 {
     const auto bytes = desktop(Order::leastFirst).bytes();
     EXPECT_FALSE(xSettingsInteger(bytes, "Xft/DP"));
@@ -38,7 +38,7 @@ TEST(XSettings, WhatIsNotThereOrNoNumberIsNone)
     EXPECT_FALSE(xSettingsInteger({}, "Xft/DPI"));
 }
 
-TEST(XSettings, NothingIsReadFromATextThatBreaksOff)
+TEST(XSettings, NothingIsReadFromTruncatedSettings)
 {
     const auto whole = desktop(Order::mostFirst).bytes();
     for (std::size_t length = 0; length < whole.size(); ++length) {
@@ -54,7 +54,7 @@ TEST(XSettings, WhatFollowsAnUnknownTypeCannotBeRead)
     EXPECT_FALSE(xSettingsInteger(bytes, "C"));
 }
 
-TEST(XSettings, NothingIsFoundBehindLengthsAndCountsThatCannotBe)
+TEST(XSettings, NothingIsFoundAfterImpossibleLengthsAndCounts)
 {
     const auto bytes = desktop(Order::leastFirst).bytes();
     for (std::size_t i = 8; i + 4 <= bytes.size(); ++i) {

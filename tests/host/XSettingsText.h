@@ -43,7 +43,7 @@ public:
         return *this;
     }
 
-    /// A setting of a type that there is not.
+    /// A setting of an unknown type.
     XSettingsText& unknown(std::string_view name)
     {
         begin(9, name);

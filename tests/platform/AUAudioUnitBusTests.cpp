@@ -1,7 +1,7 @@
 #include "platform/AUAudioUnitBus.h"
 
 #include "platform/AUError.h"
-#include "tests/platform/FakeAudioUnit.h"
+#include "tests/support/FakeAudioUnit.h"
 
 #include <limits>
 #include <memory>

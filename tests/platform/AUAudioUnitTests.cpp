@@ -1,9 +1,9 @@
 #include "platform/AUAudioUnit.h"
 
 #include "platform/AUError.h"
-#include "tests/platform/FakeAudioUnit.h"
-#include "tests/platform/OutputBuffers.h"
 #include "tests/platform/TestParameter.h"
+#include "tests/support/FakeAudioUnit.h"
+#include "tests/support/OutputBuffers.h"
 
 #include <limits>
 #include <memory>
@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -120,7 +121,7 @@ TEST(AUAudioUnitInstantiation, CompletesWithTheErrorThatTheUnitsConstructorThrow
     EXPECT_STREQ(completed.error->what(), "There is nothing to play on.");
 }
 
-TEST(AUAudioUnitInstantiation, DoesNotCallACompletionAgainThatThrows)
+TEST(AUAudioUnitInstantiation, DoesNotCallAThrowingCompletionAgain)
 {
     const auto description = freshDescription();
     AUAudioUnit::registerSubclass<FakeAudioUnit>(description, "Fake", 1);
@@ -170,7 +171,7 @@ TEST_F(AUAudioUnitRenderBlock, RefusesAfterDeallocation)
     EXPECT_TRUE(output.isUntouched(0));
 }
 
-TEST_F(AUAudioUnitRenderBlock, ReadBeforeAllocationWorksAfterIt)
+TEST_F(AUAudioUnitRenderBlock, ObtainedBeforeAllocationWorksAfterIt)
 {
     const auto block = unit->renderBlock();
     unit->allocateRenderResources();
@@ -191,7 +192,7 @@ TEST_F(AUAudioUnitRenderBlock, RefusesWhileRenderResourcesAreMadeAndDropped)
     EXPECT_EQ(log->frameCounts.size(), 1U);
 }
 
-TEST_F(AUAudioUnitRenderBlock, IsAsBeforeWhenAnAllocationFails)
+TEST_F(AUAudioUnitRenderBlock, IsUnchangedWhenAnAllocationFails)
 {
     const auto block = unit->renderBlock();
     unit->whileMade = [] { throw AUError(-17, "The unit cannot."); };
@@ -270,7 +271,7 @@ TEST_F(AUAudioUnitRenderBlock, AChangedMaximumCountsFromTheNextAllocationOn)
     EXPECT_EQ(renderInto(output, block, 17), kAudioUnitErr_TooManyFramesToProcess);
 }
 
-TEST_F(AUAudioUnitRenderBlock, HandsItsArgumentsOnAndAnswersWhatTheUnitAnswers)
+TEST_F(AUAudioUnitRenderBlock, PassesItsArgumentsOnAndReturnsWhatTheUnitReturns)
 {
     unit->allocateRenderResources();
     log->answer = -17;
@@ -322,7 +323,7 @@ TEST_F(AUAudioUnitFullState, OfAUnitWithoutATreeHasNoValues)
     EXPECT_EQ(unit.currentPreset(), (AUAudioUnitPreset{2, "Two"}));
 }
 
-TEST_F(AUAudioUnitFullState, IsRestoredByWhatItWas)
+TEST_F(AUAudioUnitFullState, IsRestoredByTheStateThatWasRead)
 {
     first->setValue(0.25f);
     second->setValue(90.0f);
@@ -342,6 +343,21 @@ TEST_F(AUAudioUnitFullState, IsWrittenThroughTheTreeInItsOrder)
     unit.setFullState({{{"first", 0.5f}, {"second", 60.0f}}, {}});
     EXPECT_NE(token, 0U);
     EXPECT_EQ(writes, (std::vector<std::pair<AUParameterAddress, AUValue>>{{1, 60.0f}, {0, 0.5f}}));
+}
+
+TEST_F(AUAudioUnitFullState, IsWrittenWithoutTellingItsOriginatorOfTheValues)
+{
+    int told = 0;
+    const auto originator =
+        unit.tree->tokenByAddingParameterObserver([&told](AUParameterAddress, AUValue) { ++told; });
+    int changes = 0;
+    std::ignore = unit.addPropertyObserver(AUProperty::fullState, [&changes] { ++changes; });
+    unit.setFullState({{{"first", 0.5f}, {"second", 60.0f}}, {}}, originator);
+    EXPECT_EQ(told, 0);
+    EXPECT_EQ(first->value(), 0.5f);
+    EXPECT_EQ(changes, 1);
+    unit.setFullState({{{"first", 0.5f}}, {}});
+    EXPECT_EQ(told, 1);
 }
 
 TEST_F(AUAudioUnitFullState, BoundsValuesToTheParametersRange)
@@ -381,7 +397,7 @@ TEST_F(AUAudioUnitFullState, WithoutAPresetClearsIt)
     EXPECT_EQ(unit.currentPreset(), std::nullopt);
 }
 
-TEST_F(AUAudioUnitFullState, TellsItsObserversOnceWhenAllOfItIsInPlace)
+TEST_F(AUAudioUnitFullState, NotifiesItsObserversOnceWhenAllOfItIsApplied)
 {
     std::vector<AUFullState> seen;
     const auto token =
@@ -394,7 +410,7 @@ TEST_F(AUAudioUnitFullState, TellsItsObserversOnceWhenAllOfItIsInPlace)
     EXPECT_EQ(seen.size(), 1U);
 }
 
-TEST_F(AUAudioUnitFullState, TellsNobodyThatWatchesThePresetOrIsToldOfSingleWrites)
+TEST_F(AUAudioUnitFullState, IsNotReportedToObserversOfThePresetOrOfSingleValues)
 {
     int fullStateChanges = 0;
     int presetChanges = 0;
@@ -412,7 +428,7 @@ TEST_F(AUAudioUnitFullState, TellsNobodyThatWatchesThePresetOrIsToldOfSingleWrit
     EXPECT_NE(presetToken, 0U);
 }
 
-TEST(AUAudioUnitCurrentPreset, TellsItsObserversWhenThePresetIsInPlace)
+TEST(AUAudioUnitCurrentPreset, NotifiesItsObserversOnceThePresetIsApplied)
 {
     FakeAudioUnit unit({}, Options::none);
     std::vector<std::optional<AUAudioUnitPreset>> seen;

@@ -49,7 +49,7 @@ TEST_F(AUParameterTreeOfThree, FindsAParameterByItsAddress)
     EXPECT_EQ(tree->parameterWithAddress(39), third);
 }
 
-TEST_F(AUParameterTreeOfThree, HasNoParameterAtAnAddressThatNoneWasGiven)
+TEST_F(AUParameterTreeOfThree, HasNoParameterAtAnUnusedAddress)
 {
     EXPECT_EQ(tree->parameterWithAddress(1), nullptr);
     EXPECT_EQ(tree->parameterWithAddress(40), nullptr);
@@ -74,7 +74,7 @@ TEST(AUParameterTree, RefusesTwoParametersAtOneAddressAndNamesIt)
     }
 }
 
-TEST_F(AUParameterTreeOfThree, HandsEveryWriteToTheValueObserverAsItIs)
+TEST_F(AUParameterTreeOfThree, PassesEveryWriteToTheValueObserverUnchanged)
 {
     std::vector<std::pair<const AUParameter*, AUValue>> writes;
     tree->setImplementorValueObserver(
@@ -85,7 +85,7 @@ TEST_F(AUParameterTreeOfThree, HandsEveryWriteToTheValueObserverAsItIs)
                                                                            {third.get(), -2.0f}}));
 }
 
-TEST_F(AUParameterTreeOfThree, DoesNotHandOnWhatWasWrittenBeforeTheValueObserverCame)
+TEST_F(AUParameterTreeOfThree, DoesNotPassOnWhatWasWrittenBeforeTheValueObserverCame)
 {
     first->setValue(0.5f);
     int writes = 0;
@@ -109,7 +109,7 @@ TEST_F(AUParameterTreeOfThree, WithoutAProviderReadsTheValueLastSet)
     EXPECT_EQ(second->value(), 0.0f);
 }
 
-TEST_F(AUParameterTreeOfThree, StoresAWriteBeforeItTellsTheObservers)
+TEST_F(AUParameterTreeOfThree, StoresAWriteBeforeItNotifiesTheObservers)
 {
     float stored = 0.0f;
     float seen = 0.0f;
@@ -122,7 +122,7 @@ TEST_F(AUParameterTreeOfThree, StoresAWriteBeforeItTellsTheObservers)
     EXPECT_NE(token, 0U);
 }
 
-TEST_F(AUParameterTreeOfThree, TellsEveryObserverOfEveryWriteEvenOfTheSameValue)
+TEST_F(AUParameterTreeOfThree, NotifiesEveryObserverOfEveryWriteEvenOfTheSameValue)
 {
     std::vector<Write> writes;
     std::vector<Write> others;
@@ -136,7 +136,7 @@ TEST_F(AUParameterTreeOfThree, TellsEveryObserverOfEveryWriteEvenOfTheSameValue)
     EXPECT_EQ(others, expected);
 }
 
-TEST_F(AUParameterTreeOfThree, DoesNotTellTheWriterThatPassesItsOwnToken)
+TEST_F(AUParameterTreeOfThree, DoesNotNotifyTheWriterThatPassesItsOwnToken)
 {
     std::vector<Write> writersWrites;
     std::vector<Write> othersWrites;
@@ -151,7 +151,7 @@ TEST_F(AUParameterTreeOfThree, DoesNotTellTheWriterThatPassesItsOwnToken)
     EXPECT_EQ(stored, std::vector{0.5f});
 }
 
-TEST_F(AUParameterTreeOfThree, TellsARemovedObserverNoMore)
+TEST_F(AUParameterTreeOfThree, NoLongerNotifiesARemovedObserver)
 {
     std::vector<Write> writes;
     const auto token = addRecorder(writes);
@@ -206,7 +206,7 @@ TEST_F(AUParameterTreeOfThree, AnObserverMayAddAndRemoveObserversInItsTurn)
     EXPECT_EQ(late, (std::vector<Write>{{5, 0.5f}}));
 }
 
-TEST_F(AUParameterTreeOfThree, AnAutomationObserverLearnsWhenAControlIsHeldAndOthersOnlyOfValues)
+TEST_F(AUParameterTreeOfThree, AnAutomationObserverHearsOfTouchAndReleaseAndOthersOnlyOfValues)
 {
     std::vector<Write> writes;
     addRecorder(writes);
@@ -229,7 +229,7 @@ TEST_F(AUParameterTreeOfThree, AnAutomationObserverLearnsWhenAControlIsHeldAndOt
     EXPECT_EQ(first->value(), 0.75f);
 }
 
-TEST_F(AUParameterTreeOfThree, ARemovedAutomationObserverIsNotTold)
+TEST_F(AUParameterTreeOfThree, ARemovedAutomationObserverIsNotNotified)
 {
     int calls = 0;
     const auto token =

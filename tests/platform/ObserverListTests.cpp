@@ -11,7 +11,7 @@
 namespace velotrine {
 namespace {
 
-TEST(ObserverList, TellsItsObserversInTheOrderInWhichTheyCame)
+TEST(ObserverList, NotifiesItsObserversInTheOrderInWhichTheyWereAdded)
 {
     ObserverList<int> list;
     std::vector<int> heard;
@@ -21,7 +21,7 @@ TEST(ObserverList, TellsItsObserversInTheOrderInWhichTheyCame)
     EXPECT_EQ(heard, (std::vector{13, 23}));
 }
 
-TEST(ObserverList, HandsOnAllArguments)
+TEST(ObserverList, PassesOnAllArguments)
 {
     ObserverList<int, float> list;
     int number = 0;
@@ -35,7 +35,7 @@ TEST(ObserverList, HandsOnAllArguments)
     EXPECT_EQ(value, 0.25f);
 }
 
-TEST(ObserverList, NeverGivesATokenTwiceNorTheTokenOfNobody)
+TEST(ObserverList, NeverGivesATokenTwiceNorTheTokenForNoObserver)
 {
     ObserverList<> list;
     std::set<ObserverToken> tokens{0};
@@ -46,7 +46,7 @@ TEST(ObserverList, NeverGivesATokenTwiceNorTheTokenOfNobody)
     }
 }
 
-TEST(ObserverList, LeavesOutTheOneThatCausedIt)
+TEST(ObserverList, SkipsTheObserverThatCausedIt)
 {
     ObserverList<> list;
     int first = 0;
@@ -58,7 +58,7 @@ TEST(ObserverList, LeavesOutTheOneThatCausedIt)
     EXPECT_EQ(second, 1);
 }
 
-TEST(ObserverList, TellsARemovedObserverNoMore)
+TEST(ObserverList, NoLongerNotifiesARemovedObserver)
 {
     ObserverList<> list;
     int removed = 0;
@@ -125,7 +125,7 @@ TEST(ObserverList, AnObserverMayRemoveItselfInItsTurn)
     EXPECT_EQ(always, 2);
 }
 
-TEST(ObserverList, AnObserverRemovedByAnEarlierOneInTheSameNotificationIsNotTold)
+TEST(ObserverList, AnObserverRemovedByAnEarlierOneInTheSameNotificationIsNotNotified)
 {
     ObserverList<> list;
     int removed = 0;

@@ -51,20 +51,24 @@ const clap_event_header_t* eventAt(const clap_input_events_t* list, std::uint32_
     return &(*static_cast<const Events*>(list->ctx))[index].header;
 }
 
+clap_event_param_value_t eventOf(const ClapAutomation& change)
+{
+    clap_event_param_value_t event{};
+    event.header = {.size = sizeof event,
+                    .time = change.frame,
+                    .space_id = CLAP_CORE_EVENT_SPACE_ID,
+                    .type = CLAP_EVENT_PARAM_VALUE,
+                    .flags = 0};
+    event.param_id = change.id;
+    event.value = change.value;
+    return event;
+}
+
 Events eventsOf(const std::vector<ClapAutomation>& automation)
 {
     Events events;
-    for (const auto& change : automation) {
-        clap_event_param_value_t event{};
-        event.header = {.size = sizeof event,
-                        .time = change.frame,
-                        .space_id = CLAP_CORE_EVENT_SPACE_ID,
-                        .type = CLAP_EVENT_PARAM_VALUE,
-                        .flags = 0};
-        event.param_id = change.id;
-        event.value = change.value;
-        events.push_back(event);
-    }
+    for (const auto& change : automation)
+        events.push_back(eventOf(change));
     return events;
 }
 
@@ -209,23 +213,11 @@ clap_process_status ClapHost::process(float* left, float* right, std::uint32_t f
                                       const std::optional<HostTransport>& transport,
                                       const std::vector<ClapAutomation>& automation)
 {
-    std::array<float*, 2> channels{left, right};
-    clap_audio_buffer_t output{};
-    output.data32 = channels.data();
-    output.channel_count = 2;
-    auto events = eventsOf(automation);
-    const clap_input_events_t in{.ctx = &events, .size = eventCount, .get = eventAt};
-    const clap_output_events_t out{.ctx = this, .try_push = takeEvent};
-    const auto transportEvent = eventOf(transport.value_or(HostTransport{}));
-    clap_process_t process{};
-    process.steady_time = -1;
-    process.frames_count = frames;
-    process.transport = transport ? &transportEvent : nullptr;
-    process.audio_outputs = &output;
-    process.audio_outputs_count = 1;
-    process.in_events = &in;
-    process.out_events = &out;
-    return instance->process(instance, &process);
+    ClapCall call(*this);
+    call.setTransport(transport);
+    for (const auto& change : automation)
+        call.add(change);
+    return call.process(left, right, frames);
 }
 
 void ClapHost::flush(const std::vector<ClapAutomation>& automation)
@@ -241,7 +233,7 @@ std::string ClapHost::save() const
     std::string text;
     const clap_ostream_t stream{
         .ctx = &text, .write = [](const clap_ostream_t* to, const void* bytes, std::uint64_t size) {
-            // As slow as a host may be.
+            // In small pieces, as a host may.
             const auto count = std::min<std::uint64_t>(size, 100);
             static_cast<std::string*>(to->ctx)->append(static_cast<const char*>(bytes), count);
             return static_cast<std::int64_t>(count);
@@ -293,6 +285,39 @@ void ClapHost::runLoop(std::chrono::milliseconds duration)
             extension<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT).on_timer(instance, timer);
         }
     }
+}
+
+ClapCall::ClapCall(ClapHost& itsHost) : host(itsHost)
+{
+    output.data32 = channels.data();
+    output.channel_count = 2;
+    in = {.ctx = &events, .size = eventCount, .get = eventAt};
+    out = {.ctx = &host, .try_push = takeEvent};
+    call.steady_time = -1;
+    call.audio_outputs = &output;
+    call.audio_outputs_count = 1;
+    call.in_events = &in;
+    call.out_events = &out;
+}
+
+void ClapCall::setTransport(const std::optional<HostTransport>& transport)
+{
+    transportEvent = eventOf(transport.value_or(HostTransport{}));
+    call.transport = transport ? &transportEvent : nullptr;
+}
+
+void ClapCall::add(const ClapAutomation& automation)
+{
+    events.push_back(eventOf(automation));
+}
+
+clap_process_status ClapCall::process(float* left, float* right, std::uint32_t frames)
+{
+    channels = {left, right};
+    call.frames_count = frames;
+    const auto status = host.plugin().process(&host.plugin(), &call);
+    events.clear();
+    return status;
 }
 
 } // namespace velotrine

@@ -2,7 +2,7 @@
 
 #include "plugin/HostTransport.h"
 #include "plugin/clap/ClapHostExtensions.h"
-#include "tests/plugin/Sound.h"
+#include "tests/support/Sound.h"
 
 #include <clap/entry.h>
 #include <clap/ext/audio-ports.h>
@@ -13,6 +13,7 @@
 #include <clap/ext/timer-support.h>
 #include <clap/plugin-factory.h>
 
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -50,7 +51,7 @@ struct ClapAutomation
     double value = 0.0;
 };
 
-/// A host with one instance of the plug-in, which it destroys in the end.
+/// A host with one instance of the plug-in.
 class ClapHost
 {
 public:
@@ -79,7 +80,7 @@ public:
     bool start(double sampleRate, std::uint32_t maxFrames);
     void stop();
 
-    /// One process call. None is a host without transport.
+    /// One block. None is a host without a transport.
     clap_process_status process(float* left, float* right, std::uint32_t frames,
                                 const std::optional<HostTransport>& transport,
                                 const std::vector<ClapAutomation>& automation = {});
@@ -89,7 +90,7 @@ public:
     [[nodiscard]] std::string save() const;
     bool load(const std::string& state, std::size_t bytesAtATime = 4096);
 
-    /// Takes the plug-in's timers and descriptors for so long.
+    /// Serves the plug-in's timers and descriptors.
     void runLoop(std::chrono::milliseconds duration);
 
     bool watchesDescriptors = true; ///< set it before the editor is created
@@ -109,6 +110,33 @@ private:
     const clap_plugin_t* instance = nullptr;
     bool isActive = false;
     clap_id nextTimer = 7;
+};
+
+/// A process call, prepared before it is made: the host allocates nothing in it but for edits.
+class ClapCall
+{
+public:
+    /// @param host  outlives the call, and gets what the plug-in says in it
+    explicit ClapCall(ClapHost& host);
+    ClapCall(const ClapCall&) = delete;
+    ClapCall& operator=(const ClapCall&) = delete;
+
+    void setTransport(const std::optional<HostTransport>& transport);
+
+    /// For the next block; in the order of frames.
+    void add(const ClapAutomation& automation);
+
+    clap_process_status process(float* left, float* right, std::uint32_t frames);
+
+private:
+    ClapHost& host;
+    std::array<float*, 2> channels{};
+    clap_audio_buffer_t output{};
+    std::vector<clap_event_param_value_t> events;
+    clap_event_transport_t transportEvent{};
+    clap_input_events_t in{};
+    clap_output_events_t out{};
+    clap_process_t call{};
 };
 
 } // namespace velotrine

@@ -1,7 +1,8 @@
-#include "tests/plugin/CommaLocale.h"
+#include "tests/support/CommaLocale.h"
 
 #include "audiounit/Parameters.h"
-#include "tests/plugin/EditorInAHost.h"
+#include "tests/plugin/EditorInUse.h"
+#include "tests/plugin/PluginContract.h"
 
 #include <algorithm>
 #include <array>
@@ -17,7 +18,7 @@
 namespace velotrine {
 namespace {
 
-// What a host that has set a locale with a comma gets is to the letter what other hosts get.
+// A host that has set a locale with a comma gets, to the letter, what other hosts get.
 
 constexpr int steps = 16;
 
@@ -80,7 +81,7 @@ TEST(CommaLocale, ChangesNothingInWhatTheLv2PluginLogs)
               std::vector<std::string>{"Velotrine: There is no sound at a sample rate of 7999.5 Hz.\n"});
 }
 
-/// How far two pictures are apart in the colour that differs most, of 255.
+/// The largest difference between two pictures in any pixel and colour, of 255.
 int furthestApart(const std::vector<unsigned long>& one, const std::vector<unsigned long>& other)
 {
     const auto channel = [](unsigned long pixel, int shift) {
@@ -93,12 +94,12 @@ int furthestApart(const std::vector<unsigned long>& one, const std::vector<unsig
     return furthest;
 }
 
-/// The plug-in in a host that loads a state with fractions in it.
-template <typename Editor>
+/// The plug-in in a host that loads a state with fractions.
+template <typename Plugin>
 class EditorInACommaLocale : public testing::Test
 {
 protected:
-    /// All that the editor shows with one of the rings' panels open, and what the plug-in then saves.
+    /// The editor with one of the rings' panels open, and what the plug-in then saves.
     struct Shown
     {
         std::vector<unsigned long> pixels;
@@ -109,12 +110,11 @@ protected:
     {
         const auto parent = display.makeWindow(editorWidth, editorHeight);
         display.giveKeyboardTo(parent);
-        EditorInUse<Editor> editor(parent);
+        Plugin plugin;
+        EditorInUse editor(plugin, parent);
         EXPECT_TRUE(editor.shows());
         const auto type = [&](const char* field, const char* text) {
-            editor.click(field);
-            EXPECT_TRUE(editor.comesToHaveKeyboard());
-            editor.act(std::string("type ") + text);
+            EXPECT_TRUE(editor.type(field, text));
             editor.act("key Return");
         };
         type(tempoField, "97.5");
@@ -132,24 +132,23 @@ protected:
             unchanged = std::exchange(pixels, display.pixelsOf(parent)) == pixels ? unchanged + 1 : 0;
             return unchanged == 10;
         }));
-        const auto saved = editor.save();
-        EXPECT_TRUE(editor.load(saved));
-        EXPECT_EQ(editor.save(), saved);
+        const auto saved = plugin.save();
+        EXPECT_TRUE(plugin.load(saved));
+        EXPECT_EQ(plugin.save(), saved);
         return {pixels, saved};
     }
 
     const VirtualDisplay& display = VirtualDisplay::shared();
 };
 
-using Formats = testing::Types<ClapEditorInAHost, Lv2EditorInAHost, Vst3EditorInAHost>;
-TYPED_TEST_SUITE(EditorInACommaLocale, Formats);
+TYPED_TEST_SUITE(EditorInACommaLocale, EveryFormat, FormatNames);
 
 TYPED_TEST(EditorInACommaLocale, ShowsReadsAndSavesNumbersWithAPoint)
 {
     const auto expected = this->use();
     const CommaLocale locale;
     const auto shown = this->use();
-    // A ring that has come to rest may stand by a thousandth of a turn beside where it stood before.
+    // A ring at rest may stand a thousandth of a turn from where it stood before.
     EXPECT_LE(furthestApart(shown.pixels, expected.pixels), 2);
     EXPECT_EQ(shown.state, expected.state);
 }

@@ -1,7 +1,6 @@
-#include "tests/plugin/EditorInAHost.h"
+#include "tests/plugin/EditorInUse.h"
+#include "tests/plugin/PluginContract.h"
 
-#include <array>
-#include <cstddef>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -9,7 +8,7 @@
 namespace velotrine {
 namespace {
 
-template <typename Editor>
+template <typename Plugin>
 class EditorKeyboard : public testing::Test
 {
 protected:
@@ -27,25 +26,15 @@ protected:
         return editor.comesTrue([&] { return display.pixelOf(parent, panelGround) != before; });
     }
 
-    /// Clicks a field and types into it, and does no more.
-    [[nodiscard]] bool type(const std::string& field, const std::string& text)
-    {
-        editor.click(field);
-        if (!editor.comesToHaveKeyboard())
-            return false;
-        editor.act("type " + text);
-        return true;
-    }
-
     /// Goes on until an arrow has changed something in what the plug-in saves.
     [[nodiscard]] bool tabToAKnobAndTurnIt()
     {
         constexpr int controls = 20;
-        const auto before = editor.save();
+        const auto before = plugin.save();
         for (int i = 0; i < controls; ++i) {
             editor.act("key Tab");
             editor.act("key Up");
-            if (editor.save() != before)
+            if (plugin.save() != before)
                 return true;
         }
         return false;
@@ -53,21 +42,11 @@ protected:
 
     const VirtualDisplay& display = VirtualDisplay::shared();
     const XWindow parent = display.makeWindow(editorWidth, editorHeight);
-    EditorInUse<Editor> editor{parent};
+    Plugin plugin;
+    EditorInUse editor{plugin, parent};
 };
 
-using Formats = testing::Types<ClapEditorInAHost, Lv2EditorInAHost, Vst3EditorInAHost>;
-
-struct FormatNames
-{
-    template <typename Editor>
-    static std::string GetName(int index)
-    {
-        return std::array{"Clap", "Lv2", "Vst3"}.at(static_cast<std::size_t>(index));
-    }
-};
-
-TYPED_TEST_SUITE(EditorKeyboard, Formats, FormatNames);
+TYPED_TEST_SUITE(EditorKeyboard, EveryFormat, FormatNames);
 
 TYPED_TEST(EditorKeyboard, IsTheHostsAfterAClickOnAnythingButAField)
 {
@@ -83,7 +62,7 @@ TYPED_TEST(EditorKeyboard, TypingReachesTheFieldThatIsClickedAfterAnythingElse)
     for (const auto* const before : {bareGround, knob, syncButton, innermostRing, tempoField}) {
         this->editor.click(before);
         ++tempo;
-        ASSERT_TRUE(this->type(tempoField, std::to_string(tempo))) << before;
+        ASSERT_TRUE(this->editor.type(tempoField, std::to_string(tempo))) << before;
         this->editor.act("key Return");
         EXPECT_TRUE(this->editor.comesToSave("\"bpm\": " + std::to_string(tempo))) << before;
         EXPECT_FALSE(this->display.takeKeyPress(this->parent)) << before;
@@ -93,10 +72,10 @@ TYPED_TEST(EditorKeyboard, TypingReachesTheFieldThatIsClickedAfterAnythingElse)
 
 TYPED_TEST(EditorKeyboard, TypingReachesARingsFieldAfterTheTempoWasEdited)
 {
-    ASSERT_TRUE(this->type(tempoField, "91"));
+    ASSERT_TRUE(this->editor.type(tempoField, "91"));
     ASSERT_TRUE(this->openRingPanel());
     EXPECT_TRUE(this->editor.comesToSave("\"bpm\": 91"));
-    ASSERT_TRUE(this->type(stepsField, "12"));
+    ASSERT_TRUE(this->editor.type(stepsField, "12"));
     this->editor.act("key Return");
     EXPECT_TRUE(this->editor.comesToSave("\"spotsR1\": 12"));
     EXPECT_TRUE(this->editor.saves("\"bpm\": 91"));
@@ -106,12 +85,12 @@ TYPED_TEST(EditorKeyboard, TypingReachesARingsFieldAfterTheTempoWasEdited)
 
 TYPED_TEST(EditorKeyboard, TypingReachesTheFieldThatIsClickedAfterTheHostTookTheKeyboardBack)
 {
-    ASSERT_TRUE(this->type(tempoField, "91"));
+    ASSERT_TRUE(this->editor.type(tempoField, "91"));
     this->display.giveKeyboardTo(this->parent);
     EXPECT_TRUE(this->editor.leavesKeyToHost("space"));
     EXPECT_TRUE(this->editor.comesToSave("\"bpm\": 91"));
     ASSERT_TRUE(this->openRingPanel());
-    ASSERT_TRUE(this->type(stepsField, "12"));
+    ASSERT_TRUE(this->editor.type(stepsField, "12"));
     this->editor.act("key Return");
     EXPECT_TRUE(this->editor.comesToSave("\"spotsR1\": 12"));
     EXPECT_TRUE(this->editor.saves("\"bpm\": 91"));
@@ -119,7 +98,7 @@ TYPED_TEST(EditorKeyboard, TypingReachesTheFieldThatIsClickedAfterTheHostTookThe
 
 TYPED_TEST(EditorKeyboard, ClicksInAFieldInUsePlaceItsCaret)
 {
-    ASSERT_TRUE(this->type(tempoField, "100"));
+    ASSERT_TRUE(this->editor.type(tempoField, "100"));
     this->editor.click(tempoFieldsEnd);
     this->editor.act("type 5");
     this->editor.act("key BackSpace key BackSpace type 9");
@@ -127,9 +106,9 @@ TYPED_TEST(EditorKeyboard, ClicksInAFieldInUsePlaceItsCaret)
     EXPECT_TRUE(this->editor.comesToSave("\"bpm\": 109"));
 }
 
-TYPED_TEST(EditorKeyboard, EscapeTakesAnEntryBackAndGivesTheKeyboardBack)
+TYPED_TEST(EditorKeyboard, EscapeDiscardsAnEntryAndReturnsTheKeyboard)
 {
-    ASSERT_TRUE(this->type(tempoField, "91"));
+    ASSERT_TRUE(this->editor.type(tempoField, "91"));
     this->editor.act("key Escape");
     EXPECT_TRUE(this->editor.leavesKeyToHost("space"));
     EXPECT_TRUE(this->editor.saves("\"bpm\": 120"));
@@ -138,25 +117,25 @@ TYPED_TEST(EditorKeyboard, EscapeTakesAnEntryBackAndGivesTheKeyboardBack)
 TYPED_TEST(EditorKeyboard, StaysWithTheEditorWhileTabMovesFromControlToControl)
 {
     for (const auto* const end : {"Escape", "Return"}) {
-        ASSERT_TRUE(this->type(tempoField, "91"));
+        ASSERT_TRUE(this->editor.type(tempoField, "91"));
         this->editor.act("key Tab");
         EXPECT_TRUE(this->editor.comesToSave("\"bpm\": 91"));
         EXPECT_TRUE(this->tabToAKnobAndTurnIt()) << end;
         EXPECT_FALSE(this->display.takeKeyPress(this->parent));
         this->editor.act(std::string("key ") + end);
-        const auto turned = this->editor.save();
+        const auto turned = this->plugin.save();
         EXPECT_TRUE(this->editor.leavesKeyToHost("Up")) << end;
-        EXPECT_EQ(this->editor.save(), turned);
+        EXPECT_EQ(this->plugin.save(), turned);
     }
 }
 
-TYPED_TEST(EditorKeyboard, IsTheHostsAfterAClickOnAKnobThoughTabHadComeToIt)
+TYPED_TEST(EditorKeyboard, IsTheHostsAfterAClickOnAKnobEvenIfTabHadReachedIt)
 {
-    ASSERT_TRUE(this->type(tempoField, "91"));
+    ASSERT_TRUE(this->editor.type(tempoField, "91"));
     this->editor.act("key Tab");
     this->editor.click(knob);
     EXPECT_TRUE(this->editor.leavesKeyToHost("space"));
-    ASSERT_TRUE(this->type(tempoField, "92"));
+    ASSERT_TRUE(this->editor.type(tempoField, "92"));
     EXPECT_TRUE(this->tabToAKnobAndTurnIt());
     this->editor.click(knob);
     EXPECT_TRUE(this->editor.leavesKeyToHost("space"));
@@ -190,7 +169,7 @@ TYPED_TEST(EditorKeyboard, IsTheHostsOnceAMenuIsGone)
 
 TYPED_TEST(EditorKeyboard, IsNotTakenFromAnotherOfTheHostsWindows)
 {
-    ASSERT_TRUE(this->type(tempoField, "91"));
+    ASSERT_TRUE(this->editor.type(tempoField, "91"));
     const auto other = this->display.makeWindow(100, 100);
     this->display.giveKeyboardTo(other);
     EXPECT_TRUE(this->editor.comesToSave("\"bpm\": 91"));

@@ -1,10 +1,10 @@
 #include "plugin/HostedInstrument.h"
 
 #include "audiounit/Presets.h"
-#include "tests/audiounit/AllocationCounter.h"
-#include "tests/plugin/RecordingHost.h"
 #include "tests/plugin/Repeatedly.h"
-#include "tests/plugin/Sound.h"
+#include "tests/support/AllocationCounter.h"
+#include "tests/support/RecordingHost.h"
+#include "tests/support/Sound.h"
 
 #include <array>
 #include <atomic>
@@ -34,7 +34,7 @@ struct HostedPlayer
     Sound render(int frames)
     {
         Sound sound(frames);
-        instrument.render(sound.left.data(), sound.right.data(), frames);
+        instrument.render({sound.left.data(), sound.right.data()}, frames);
         return sound;
     }
 
@@ -66,8 +66,8 @@ TEST(HostedInstrument, SoundsLikeTheAudioUnitAtTheSameTempo)
     }
 }
 
-/// Two bars with a start, automation, a tempo change and a stop, each at a frame of its own.
-Sound song(const BlockSizes& sizes)
+/// Two bars with a start, automation, a tempo change and a stop, each at its own frame.
+Sound sessionIn(const BlockSizes& sizes)
 {
     constexpr std::array edges{1000, 20011, 20012, 33333, 60001};
     Sound sound(80000);
@@ -82,17 +82,17 @@ Sound song(const BlockSizes& sizes)
             player.instrument.setValue(volume, 0.3);
         if (offset == 20012)
             player.instrument.setValue(addressOf(RingParameter::spots, 2), 15.0);
-        player.instrument.render(sound.left.data() + offset, sound.right.data() + offset, frames);
+        player.instrument.render({sound.left.data() + offset, sound.right.data() + offset}, frames);
     });
     return sound;
 }
 
 TEST(HostedInstrument, SoundsTheSameWhateverTheHostsBlockSizes)
 {
-    const auto expected = song(blocksOf(100000));
+    const auto expected = sessionIn(blocksOf(100000));
     EXPECT_FALSE(expected.isSilent());
     for (const auto& sizes : allBlockSizes())
-        EXPECT_TRUE(song(sizes) == expected) << sizes.name;
+        EXPECT_TRUE(sessionIn(sizes) == expected) << sizes.name;
 }
 
 /// The audio unit in cycles of its own, each of which asks the host and renders, however long nothing plays.
@@ -135,7 +135,7 @@ TEST(HostedInstrument, SoundsTheSameAfterRestsAsIfItHadAskedTheHostInEveryCycle)
         auto& kernel = *player.instrument.audioUnit()->dspKernel;
         bool hasSounded = false;
         for (int block = 0; block < 60; ++block) {
-            // Sometimes all stands still for longer than any note sounds.
+            // Now and then nothing plays for longer than any note sounds.
             expected.transport.isPlaying = below(3) == 0;
             expected.transport.tempo = below(4) == 0 ? 0.0 : 100.0 + below(100);
             expected.transport.beatsPerBar = 3 + below(3);
@@ -151,7 +151,7 @@ TEST(HostedInstrument, SoundsTheSameAfterRestsAsIfItHadAskedTheHostInEveryCycle)
             const auto frames = lengths[static_cast<std::size_t>(below(static_cast<int>(lengths.size())))];
             for (const int piece : {frames, 7, 64}) {
                 Sound sound(piece);
-                expected.renderer.render(sound.left.data(), sound.right.data(), piece);
+                expected.renderer.render({sound.left.data(), sound.right.data()}, piece);
                 ASSERT_TRUE(player.render(piece) == sound) << seed << " " << block;
                 hasSounded = hasSounded || !sound.isSilent();
             }
@@ -203,7 +203,7 @@ TEST(HostedInstrument, FollowsATempoThatGrowsWithEachFrame)
     player.instrument.setTransport(ramp);
     player.render(48000);
     EXPECT_NEAR(player.instrument.audioUnit()->dspKernel->hostTempo, 120.0, 0.1);
-    // A mean of 90 quarter notes a minute for a second are three eighths of a bar.
+    // A mean of 90 quarter notes a minute for a second is three eighths of a bar.
     EXPECT_NEAR(player.instrument.audioUnit()->dspKernel->clockPhaseBuf, 0.375, 0.001);
 }
 
@@ -236,9 +236,9 @@ TEST(HostedInstrument, SoundsTheSameOnEitherSideWhenTheOtherIsMissing)
     HostedPlayer leftOnly;
     leftOnly.instrument.setTransport(rolling);
     Sound sound(48000);
-    leftOnly.instrument.render(sound.left.data(), nullptr, 20000);
-    leftOnly.instrument.render(nullptr, nullptr, 10);
-    leftOnly.instrument.render(nullptr, sound.right.data() + 20010, 27990);
+    leftOnly.instrument.render({sound.left.data(), nullptr}, 20000);
+    leftOnly.instrument.render({}, 10);
+    leftOnly.instrument.render({nullptr, sound.right.data() + 20010}, 27990);
     EXPECT_TRUE(std::equal(sound.left.begin(), sound.left.begin() + 20000, expected.left.begin()));
     EXPECT_TRUE(std::equal(sound.right.begin() + 20010, sound.right.end(), expected.right.begin() + 20010));
     EXPECT_EQ(sound.left[20000], Sound::untouched);
@@ -248,8 +248,8 @@ TEST(HostedInstrument, WritesNothingForNoFrames)
 {
     HostedPlayer player;
     Sound sound(1);
-    player.instrument.render(sound.left.data(), sound.right.data(), 0);
-    player.instrument.render(sound.left.data(), sound.right.data(), -7);
+    player.instrument.render({sound.left.data(), sound.right.data()}, 0);
+    player.instrument.render({sound.left.data(), sound.right.data()}, -7);
     EXPECT_EQ(sound.left[0], Sound::untouched);
 }
 
@@ -259,12 +259,12 @@ TEST(HostedInstrument, IsSilentWhileItIsNotPrepared)
     HostedInstrument instrument(host);
     instrument.setTransport(rolling);
     Sound sound(1000);
-    instrument.render(sound.left.data(), sound.right.data(), 1000);
+    instrument.render({sound.left.data(), sound.right.data()}, 1000);
     EXPECT_TRUE(sound.isSilent());
     instrument.reset();
 }
 
-TEST(HostedInstrument, AResetEndsAllSoundAtOnce)
+TEST(HostedInstrument, AResetSilencesAllNotesAtOnce)
 {
     HostedPlayer player;
     player.instrument.choosePreset(9);
@@ -275,7 +275,7 @@ TEST(HostedInstrument, AResetEndsAllSoundAtOnce)
     EXPECT_TRUE(player.render(4800).isSilent());
 }
 
-TEST(HostedInstrument, LoadingAStateLeavesWhatSoundsSounding)
+TEST(HostedInstrument, LoadingAStateLeavesSoundingNotesAlone)
 {
     HostedPlayer player;
     player.instrument.choosePreset(9);
@@ -289,7 +289,7 @@ TEST(HostedInstrument, LoadingAStateLeavesWhatSoundsSounding)
     EXPECT_TRUE(player.render(48007) == undisturbed.render(48007));
 }
 
-TEST(HostedInstrument, TheRenderThreadTakesNoMemory)
+TEST(HostedInstrument, TheRenderThreadDoesNotAllocate)
 {
     HostedPlayer player;
     player.instrument.choosePreset(6);
@@ -300,7 +300,7 @@ TEST(HostedInstrument, TheRenderThreadTakesNoMemory)
         for (ParameterAddress address = 0; address < parameterCount; ++address)
             player.instrument.setValue(address, static_cast<double>(block % 10) / 10.0);
         player.instrument.setValue(volume, 0.5);
-        player.instrument.render(sound.left.data(), sound.right.data(), 17 + 67 * block);
+        player.instrument.render({sound.left.data(), sound.right.data()}, 17 + 67 * block);
         if (block == 30)
             player.instrument.reset();
     }

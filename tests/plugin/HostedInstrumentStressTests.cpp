@@ -98,7 +98,7 @@ private:
                                               .beatUnit = 4.0,
                                               .isPlaying = random() % 50 != 0});
         const auto frames = static_cast<int>(1 + random() % left.size());
-        instrument.render(left.data(), right.data(), frames);
+        instrument.render({left.data(), right.data()}, frames);
         if (random() % 1000 == 0)
             instrument.reset();
         const auto isSound = [](float sample) { return std::abs(sample) <= 1.0f; };

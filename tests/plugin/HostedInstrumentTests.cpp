@@ -2,8 +2,8 @@
 
 #include "audiounit/Parameters.h"
 #include "audiounit/Presets.h"
-#include "tests/audiounit/TestInstrument.h"
-#include "tests/plugin/RecordingHost.h"
+#include "tests/support/RecordingHost.h"
+#include "tests/support/TestInstrument.h"
 
 #include <algorithm>
 #include <chrono>
@@ -52,7 +52,7 @@ TEST_F(HostedInstrumentWithoutSound, BoundsAValueToItsRange)
     EXPECT_EQ(instrument.value(addressOf(GlobalParameter::bpm)), 40.0f);
 }
 
-TEST_F(HostedInstrumentWithoutSound, KeepsAValueWhereTheHostSendsNoNumber)
+TEST_F(HostedInstrumentWithoutSound, KeepsAValueWhereTheHostSendsNaN)
 {
     instrument.setValue(spotsOfRing1, 7.0);
     for (const auto value :
@@ -103,7 +103,7 @@ TEST_F(HostedInstrumentWithoutSound, TellsTheHostOfAGestureFromTouchToRelease)
     EXPECT_EQ(instrument.value(activity), 0.75f);
 }
 
-TEST_F(HostedInstrumentWithoutSound, WrapsAnEditWithoutAGestureIntoOne)
+TEST_F(HostedInstrumentWithoutSound, WrapsAnEditWithoutAGestureInOne)
 {
     tree->parameterWithAddress(sync)->setValue(0.0f);
     EXPECT_EQ(host.told, (Told{"begin 8", "8 = 0.", "end 8"}));
@@ -151,7 +151,7 @@ TEST_F(HostedInstrumentWithoutSound, ReportsTheValuesThatAPresetChanges)
     EXPECT_EQ(host.told, Told{});
 }
 
-TEST_F(HostedInstrumentWithoutSound, IgnoresAPresetThatThereIsNot)
+TEST_F(HostedInstrumentWithoutSound, IgnoresAPresetThatDoesNotExist)
 {
     EXPECT_FALSE(instrument.choosePreset(presetCount));
     EXPECT_EQ(host.told, Told{});
@@ -208,7 +208,7 @@ TEST_F(HostedInstrumentWithoutSound, AStateOutlastsTheProgramThatAHostSendsAfter
     EXPECT_EQ(instrument.saveState(), saved);
 }
 
-TEST_F(HostedInstrumentWithoutSound, AProgramChosenLaterIsMeant)
+TEST_F(HostedInstrumentWithoutSound, AProgramChosenLaterIsApplied)
 {
     ASSERT_EQ(instrument.restoreState(instrument.saveState()), std::nullopt);
     std::this_thread::sleep_for(std::chrono::duration<double>(HostedInstrument::programHoldSeconds + 0.05));
@@ -242,7 +242,7 @@ TEST_F(HostedInstrumentWithoutSound, SaysThatTheHostPlaysWithoutATempo)
     EXPECT_EQ(instrument.transportNotice(), "");
 }
 
-TEST_F(HostedInstrumentWithoutSound, SaysNothingAtATempoThatItsOwnClockCouldNotHave)
+TEST_F(HostedInstrumentWithoutSound, SaysNothingAtATempoThatItsOwnClockCannotHave)
 {
     for (const double tempo : {1.0, 20.0, 999.0}) {
         instrument.setTransport(HostTransport{.tempo = tempo, .isPlaying = true});
@@ -250,21 +250,21 @@ TEST_F(HostedInstrumentWithoutSound, SaysNothingAtATempoThatItsOwnClockCouldNotH
     }
 }
 
-TEST_F(HostedInstrumentWithoutSound, SaysNothingWhileATempoFromBeforeIsInForce)
+TEST_F(HostedInstrumentWithoutSound, SaysNothingWhileAnEarlierTempoIsInForce)
 {
     ASSERT_TRUE(instrument.prepare(48000.0));
     instrument.setTransport(HostTransport{.tempo = 120.0, .isPlaying = true});
-    instrument.render(nullptr, nullptr, 64);
+    instrument.render({}, 64);
     instrument.setTransport(HostTransport{.isPlaying = true});
     EXPECT_EQ(instrument.transportNotice(), "");
 }
 
-TEST_F(HostedInstrumentWithoutSound, SaysThatATempoIsMissingWhichTheHostToldOnlyWhileSyncWasOff)
+TEST_F(HostedInstrumentWithoutSound, SaysThatATempoIsMissingIfTheHostSentItOnlyWhileSyncWasOff)
 {
     ASSERT_TRUE(instrument.prepare(48000.0));
     instrument.setValue(sync, 0.0);
     instrument.setTransport(HostTransport{.tempo = 120.0, .isPlaying = true});
-    instrument.render(nullptr, nullptr, 64);
+    instrument.render({}, 64);
     instrument.setTransport(HostTransport{.isPlaying = true});
     instrument.setValue(sync, 1.0);
     EXPECT_EQ(instrument.transportNotice(), "no tempo from the host");

@@ -1,7 +1,7 @@
 #include "plugin/HostedState.h"
 
 #include "audiounit/StateText.h"
-#include "tests/audiounit/TestInstrument.h"
+#include "tests/support/TestInstrument.h"
 
 #include <string>
 
@@ -49,7 +49,7 @@ TEST(HostedState, IsTheAudioUnitsTextWithTheEditorsSizeAtItsEnd)
               text + ",\n  \"editor\": {\n    \"width\": 600,\n    \"height\": 500\n  }\n}\n");
 }
 
-TEST(HostedState, IsTheAudioUnitsStateToItsReader)
+TEST(HostedState, TheAudioUnitReadsItAsItsOwn)
 {
     const auto read = stateFromText(hostedStateText(someState(), {600, 500}));
     ASSERT_TRUE(read.state) << read.error;
@@ -63,7 +63,7 @@ TEST(HostedState, HasNoEditorSizeWhereTheAudioUnitWroteIt)
     EXPECT_FALSE(read.editorSize);
 }
 
-TEST(HostedState, BoundsTheEditorToSizesThatItCanHave)
+TEST(HostedState, BoundsTheEditorsSize)
 {
     EXPECT_EQ(hostedStateFromText(textWithEditor(R"({"width": 10, "height": -5})")).editorSize,
               (EditorSize{EditorSize::minWidth, EditorSize::minHeight}));

@@ -306,7 +306,7 @@ void Lv2Host::idle(std::chrono::milliseconds duration)
     const auto& idleInterface =
         *static_cast<const LV2UI_Idle_Interface*>(uiDescriptor.extension_data(LV2_UI__idleInterface));
     for (const auto end = Clock::now() + duration; Clock::now() < end;) {
-        if (isRunning)
+        if (isRunning && runsPluginWhileIdle)
             runUnheard(256);
         if (idleInterface.idle(ui) != 0)
             throw std::runtime_error("the editor has closed itself");

@@ -2,7 +2,7 @@
 
 #include "engine/ParameterAddress.h"
 #include "plugin/HostTransport.h"
-#include "tests/plugin/Sound.h"
+#include "tests/support/Sound.h"
 
 #include <lv2/atom/atom.h>
 #include <lv2/core/lv2.h>
@@ -43,7 +43,7 @@ private:
     LV2UI_DescriptorFunction uiAt = nullptr;
 };
 
-/// What a host says of its transport at a frame of a block: numbers of any of the format's types, by URI.
+/// What a host says about its transport at a frame of a block: numbers of any of the format's types, by URI.
 struct Lv2Position
 {
     using Number = std::variant<float, double, std::int32_t, std::int64_t>;
@@ -52,14 +52,14 @@ struct Lv2Position
     std::map<std::string, Number> says;
 };
 
-/// All that hosts say, as they say it.
+/// Everything that real hosts say, in the types they use.
 [[nodiscard]] Lv2Position positionOf(std::int64_t frame, const HostTransport& transport);
 
-/// A host with one instance of the plug-in, which it destroys in the end.
+/// A host with one instance of the plug-in.
 class Lv2Host
 {
 public:
-    /// Which features a host leaves out of what the plug-in and its editor can use.
+    /// Features that the plug-in and its editor can use and this host lacks.
     using Features = std::vector<std::string>;
 
     explicit Lv2Host(const Lv2Library& library, double sampleRate = 48000.0, const Features& without = {});
@@ -80,7 +80,7 @@ public:
     /// Connects and runs.
     void run(float* left, float* right, std::uint32_t frames, const std::vector<Lv2Position>& positions = {});
 
-    /// Runs for so many frames and forgets what it heard.
+    /// Runs and throws the sound away.
     void runUnheard(std::uint32_t frames);
 
     /// The atoms that the time port reads; 8 bytes each, whatever they say.
@@ -99,7 +99,7 @@ public:
     bool openUi(unsigned long parentWindow, std::optional<float> scale = std::nullopt);
     void closeUi();
 
-    /// Calls the editor's idle function, as hosts do, for so long; and the plug-in in between, if it runs.
+    /// Calls the editor's idle function again and again, as hosts do, and in between the plug-in, if it runs.
     void idle(std::chrono::milliseconds duration);
 
     /// Shows the editor a port's value.
@@ -109,6 +109,8 @@ public:
     bool resizeUi(int width, int height);
 
     std::array<float, parameterCount> controls{}; ///< initial values at first
+
+    bool runsPluginWhileIdle = true; ///< false where the test runs it itself
 
     std::vector<std::string> told; ///< edits: "begin 3", "3 = 0.25", "end 3"
     std::vector<std::string> logged;

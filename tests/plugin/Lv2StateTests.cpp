@@ -19,7 +19,7 @@ protected:
     Lv2Library library;
 };
 
-/// A value of its own for every parameter, with more digits than a session keeps of a port.
+/// A value for every parameter, with more digits than a session keeps of a port.
 std::array<float, parameterCount> someValues()
 {
     std::array<float, parameterCount> values{};
@@ -38,20 +38,19 @@ std::string someState(const Lv2Library& library)
     return host.save();
 }
 
-TEST_F(Lv2State, SavesTheSameBytesAfterRestoringThem)
+TEST_F(Lv2State, RestoresAStringWithOrWithoutItsEnd)
 {
     const auto saved = someState(library);
     Lv2Host host(library);
     EXPECT_NE(host.save(), saved);
     EXPECT_EQ(host.restore(saved), LV2_STATE_SUCCESS);
     EXPECT_EQ(host.save(), saved);
-    // Whether or not the host's string brings its end along.
     Lv2Host another(library);
     EXPECT_EQ(another.restore(saved, LV2_ATOM__String), LV2_STATE_SUCCESS);
     EXPECT_EQ(another.save(), saved);
 }
 
-TEST_F(Lv2State, ARestoredStateStaysThoughThePortsStillShowWhatWasBefore)
+TEST_F(Lv2State, ARestoredStateStaysThoughThePortsStillShowTheOldValues)
 {
     const auto saved = someState(library);
     Lv2Host fresh(library);
@@ -94,7 +93,7 @@ TEST_F(Lv2State, AHostThatRestoresPortsAndStateGetsTheStateToTheLastDigitInEithe
     }
 }
 
-TEST_F(Lv2State, RefusesWhatIsNoStateAndSaysSoInTheHostsLog)
+TEST_F(Lv2State, SaysInTheHostsLogWhyAStateIsRefused)
 {
     Lv2Host host(library);
     host.start();

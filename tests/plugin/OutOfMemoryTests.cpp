@@ -1,9 +1,9 @@
 #include "plugin/lv2/Lv2Names.h"
-#include "tests/audiounit/AllocationFailure.h"
 #include "tests/plugin/ClapHost.h"
 #include "tests/plugin/Lv2Host.h"
-#include "tests/plugin/VirtualDisplay.h"
 #include "tests/plugin/Vst3Host.h"
+#include "tests/support/AllocationFailure.h"
+#include "tests/support/VirtualDisplay.h"
 
 #include <array>
 #include <cstdarg>
@@ -19,9 +19,9 @@ using Then = AllocationFailure::Then;
 
 constexpr double sampleRate = 48000.0;
 
-/// Does something without memory from its first allocation on, then from its second, and so on, until it
-/// comes about that there was enough.
-/// @param act    does it, and takes no memory but in the plug-in; false if the plug-in says that it failed
+/// Does something that runs out of memory at its first allocation, then at its second, and so on, until there
+/// was enough for all of it.
+/// @param act    does it, and allocates only in the plug-in; false if the plug-in says that it failed
 /// @param check  what holds after each time
 void withoutMemory(const std::function<bool()>& act, const std::function<void()>& check)
 {
@@ -51,7 +51,7 @@ protected:
     const VirtualDisplay& display = VirtualDisplay::shared();
 };
 
-TEST_F(OutOfMemory, AClapPluginThatIsNotMadeIsNull)
+TEST_F(OutOfMemory, AClapPluginThatCannotBeMadeIsNull)
 {
     const ClapLibrary library;
     const auto& factory = library.factory();
@@ -106,7 +106,7 @@ TEST_F(OutOfMemory, AClapPluginSavesAllOfItsStateOrSaysThatItCannot)
         [&] { EXPECT_TRUE(saved.empty() || saved == before); });
 }
 
-TEST_F(OutOfMemory, AClapPluginAnswersQuestionsOrNot)
+TEST_F(OutOfMemory, AClapPluginAnswersOrSaysThatItCannot)
 {
     const ClapLibrary library;
     ClapHost host(library);
@@ -122,7 +122,7 @@ TEST_F(OutOfMemory, AClapPluginAnswersQuestionsOrNot)
         [] {});
 }
 
-/// A host that takes no memory of its own.
+/// A host that allocates nothing itself.
 class FrugalLv2Host
 {
 public:
@@ -189,7 +189,7 @@ private:
     const std::array<const LV2_Feature*, 3> features{&mapFeature, &logFeature, nullptr};
 };
 
-TEST_F(OutOfMemory, AnLv2PluginThatIsNotMadeIsNull)
+TEST_F(OutOfMemory, AnLv2PluginThatCannotBeMadeIsNull)
 {
     const Lv2Library library;
     FrugalLv2Host host(library);
@@ -229,7 +229,7 @@ TEST_F(OutOfMemory, AnLv2PluginSavesAllOfItsStateOrSaysThatItCannot)
         [&] { EXPECT_TRUE(saved.empty() || saved == before); });
 }
 
-TEST_F(OutOfMemory, AClapEditorThatIsNotMadeSaysSoAndOpensLater)
+TEST_F(OutOfMemory, AClapEditorThatCannotBeMadeSaysSoAndOpensLater)
 {
     const ClapLibrary library;
     ClapHost host(library);

@@ -9,7 +9,7 @@
 namespace velotrine {
 namespace {
 
-/// A host that has room for so many events.
+/// A host with room for a number of events.
 struct Receiver
 {
     bool begin(ParameterAddress address) { return take("begin " + std::to_string(address)); }
@@ -52,7 +52,7 @@ TEST(PendingEdits, HandOverAGestureOnce)
     EXPECT_EQ(handedOver(edits), Told{});
 }
 
-TEST(PendingEdits, HandOverALongGestureAsItGoesOn)
+TEST(PendingEdits, HandOverALongGestureAsItHappens)
 {
     PendingEdits edits;
     edits.beginGesture(0);
@@ -65,7 +65,7 @@ TEST(PendingEdits, HandOverALongGestureAsItGoesOn)
     EXPECT_EQ(handedOver(edits), Told{"end 0"});
 }
 
-TEST(PendingEdits, KeepTheLastValueOfManyGesturesThatTheHostDidNotTake)
+TEST(PendingEdits, KeepTheLastValueOfGesturesThatTheHostDidNotTake)
 {
     PendingEdits edits;
     for (int i = 0; i < 100000; ++i) {
@@ -76,7 +76,7 @@ TEST(PendingEdits, KeepTheLastValueOfManyGesturesThatTheHostDidNotTake)
     EXPECT_EQ(handedOver(edits), (Told{"begin 7", "7 = 99999", "end 7"}));
 }
 
-TEST(PendingEdits, ComeAgainWhereTheHostHadNoRoom)
+TEST(PendingEdits, AreSentAgainWhereTheHostHadNoRoom)
 {
     for (std::size_t room = 0; room < 6; ++room) {
         PendingEdits edits;

@@ -1,4 +1,5 @@
-#include "tests/plugin/EditorInAHost.h"
+#include "tests/plugin/EditorInUse.h"
+#include "tests/plugin/PluginContract.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,7 +15,7 @@ namespace velotrine {
 namespace {
 
 /// An editor that the host shows larger.
-template <typename Editor>
+template <typename Plugin>
 class ScaledEditor : public testing::Test
 {
 protected:
@@ -31,8 +32,8 @@ std::string scaled(const std::string& place, double scale)
     return std::to_string(std::lround(x * scale)) + " " + std::to_string(std::lround(y * scale));
 }
 
-/// Left and top of what lies in a picture in one colour, but for its edges' smoothed pixels: the first column
-/// and row in which much of it stands in one piece.
+/// Left and top of an area of one colour: the first column and row with a long run of it, for the pixels of
+/// its edges are smoothed.
 std::pair<int, int> cornerOf(const std::vector<unsigned long>& pixels, std::size_t width,
                              unsigned long colour)
 {
@@ -55,8 +56,22 @@ std::pair<int, int> cornerOf(const std::vector<unsigned long>& pixels, std::size
     return corner;
 }
 
-using Formats = testing::Types<ClapEditorInAHost, Lv2EditorInAHost>;
-TYPED_TEST_SUITE(ScaledEditor, Formats);
+TYPED_TEST_SUITE(ScaledEditor, EveryFormat, FormatNames);
+
+TYPED_TEST(ScaledEditor, IsAsManyPixelsAsTheScaleSaysAndRemembersPoints)
+{
+    const auto parent = this->display.makeWindow(1500, 1100);
+    for (const double scale : {1.0, 1.5, 2.0, 3.0}) {
+        TypeParam plugin;
+        EditorInUse editor(plugin, parent, scale);
+        const std::pair wanted(static_cast<int>(editorWidth * scale), static_cast<int>(editorHeight * scale));
+        EXPECT_TRUE(editor.comesTrue([&] {
+            return this->display.sizeOf(this->display.childOf(parent)) == wanted;
+        })) << scale;
+        EXPECT_TRUE(editor.saves("\"width\": 480")) << scale;
+    }
+    this->display.destroyWindow(parent);
+}
 
 TYPED_TEST(ScaledEditor, ARingsPanelMovesWithTheMouseThatDragsIt)
 {
@@ -64,7 +79,8 @@ TYPED_TEST(ScaledEditor, ARingsPanelMovesWithTheMouseThatDragsIt)
         const auto width = static_cast<unsigned>(editorWidth * scale);
         const auto height = static_cast<unsigned>(editorHeight * scale);
         const auto parent = this->display.makeWindow(width, height);
-        EditorInUse<TypeParam> editor(parent, scale);
+        TypeParam plugin;
+        EditorInUse editor(plugin, parent, scale);
         ASSERT_TRUE(editor.shows());
         const auto ground = scaled(panelGround, scale);
         const auto bare = this->display.pixelOf(parent, ground);
@@ -78,7 +94,7 @@ TYPED_TEST(ScaledEditor, ARingsPanelMovesWithTheMouseThatDragsIt)
         editor.act("mousemove_relative 30 20 mousemove_relative 30 20");
         editor.act("mouseup 1");
         EXPECT_TRUE(editor.comesTrue([&] { return corner() != before; })) << scale;
-        // The panel lies on whole points.
+        // The panel is placed on whole points.
         EXPECT_NEAR(corner().first, before.first + 60, scale) << scale;
         EXPECT_NEAR(corner().second, before.second + 40, scale) << scale;
         this->display.destroyWindow(parent);

@@ -4,6 +4,7 @@
 
 #include <pluginterfaces/base/ipluginbase.h>
 #include <pluginterfaces/gui/iplugview.h>
+#include <pluginterfaces/gui/iplugviewcontentscalesupport.h>
 #include <pluginterfaces/vst/ivstaudioprocessor.h>
 #include <pluginterfaces/vst/ivstcomponent.h>
 #include <pluginterfaces/vst/ivsteditcontroller.h>
@@ -13,7 +14,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <deque>
 #include <dlfcn.h>
 #include <poll.h>
 #include <stdexcept>
@@ -154,7 +154,7 @@ std::vector<Vst3Parameter> Vst3Host::parameters() const
 {
     std::vector<Vst3Parameter> all;
     for (int32 i = 0; i < self->controller->getParameterCount(); ++i) {
-        Vst::ParameterInfo info;
+        Vst::ParameterInfo info{};
         self->controller->getParameterInfo(i, info);
         all.push_back(
             {info.id, fromUtf16(info.title), info.stepCount, info.defaultNormalizedValue, info.flags});
@@ -192,7 +192,7 @@ std::optional<double> Vst3Host::valueOf(std::uint32_t id, const std::string& tex
 std::vector<std::string> Vst3Host::programs() const
 {
     std::vector<std::string> names;
-    Vst::ProgramListInfo list;
+    Vst::ProgramListInfo list{};
     if (self->units->getProgramListInfo(0, list) != kResultOk)
         return names;
     for (int32 i = 0; i < list.programCount; ++i) {
@@ -239,40 +239,19 @@ bool Vst3Host::process(float* left, float* right, int frames, const std::optiona
 bool Vst3Host::process(const Vst3Block& block, const std::optional<HostTransport>& transport,
                        const std::vector<Vst3Automation>& automation)
 {
-    auto channels = block.channels;
-    std::vector<Vst::AudioBusBuffers> outputs(static_cast<std::size_t>(std::max(block.busCount, 1)));
-    outputs[0].numChannels = block.channelCount;
-    outputs[0].channelBuffers32 = block.hasChannels ? channels.data() : nullptr;
-    ValueChanges changes(automation);
-    ValueChanges answers({});
-    Vst::ProcessContext context{};
-    if (transport) {
-        context.state = Vst::ProcessContext::kTempoValid | Vst::ProcessContext::kTimeSigValid;
-        if (transport->isPlaying)
-            context.state |= Vst::ProcessContext::kPlaying;
-        context.tempo = transport->tempo;
-        context.timeSigNumerator = static_cast<int32>(transport->beatsPerBar);
-        context.timeSigDenominator = static_cast<int32>(transport->beatUnit);
-    }
-    Vst::ProcessData data;
-    data.processMode = Vst::kRealtime;
-    data.symbolicSampleSize = block.isDouble ? Vst::kSample64 : Vst::kSample32;
-    data.numSamples = block.frames;
-    data.numOutputs = block.busCount;
-    data.outputs = block.hasBusses ? outputs.data() : nullptr;
-    data.inputParameterChanges = &changes;
-    data.outputParameterChanges = &answers;
-    data.processContext = transport ? &context : nullptr;
-    if (self->processor->process(data) != kResultOk)
-        return false;
-    for (int32 i = 0; i < answers.getParameterCount(); ++i) {
-        int32 offset = 0;
-        Vst::ParamValue value = 0.0;
-        auto* const queue = answers.getParameterData(i);
-        queue->getPoint(0, offset, value);
-        self->controller->setParamNormalized(queue->getParameterId(), value);
-    }
-    return true;
+    Call call;
+    call.setOutput(block);
+    call.setTransport(transport);
+    for (const auto& change : automation)
+        call.add(change);
+    return process(call);
+}
+
+bool Vst3Host::process(Call& call)
+{
+    const auto isDone = self->processor->process(call.data()) == kResultOk;
+    call.clear();
+    return isDone;
 }
 
 bool Vst3Host::takesStereo(bool hasList) const
@@ -299,15 +278,19 @@ bool Vst3Host::load(const std::string& state) const
     return isTaken;
 }
 
-bool Vst3Host::open(unsigned long parentWindow)
+bool Vst3Host::open(unsigned long parentWindow, double scale)
 {
     close();
     self->view = self->controller->createView(Vst::ViewType::kEditor);
     if (self->view == nullptr)
         return false;
     self->view->setFrame(&self->frame);
-    return self->view->attached(reinterpret_cast<void*>(parentWindow), kPlatformTypeX11EmbedWindowID) ==
-           kResultOk;
+    auto* const scaling = query<IPlugViewContentScaleSupport>(self->view, IPlugViewContentScaleSupport_iid);
+    scaling->setContentScaleFactor(static_cast<float>(scale));
+    scaling->release();
+    auto* const window =
+        reinterpret_cast<void*>(parentWindow); // NOLINT(performance-no-int-to-ptr): the format's way
+    return self->view->attached(window, kPlatformTypeX11EmbedWindowID) == kResultOk;
 }
 
 void Vst3Host::close()
@@ -340,6 +323,7 @@ void Vst3Host::runLoop(std::chrono::milliseconds duration)
     while (std::chrono::steady_clock::now() < end) {
         const auto handlers = self->frame.loop.handlers;
         std::vector<pollfd> watched;
+        watched.reserve(handlers.size());
         for (const auto& [descriptor, each] : handlers)
             watched.push_back({.fd = descriptor, .events = POLLIN, .revents = 0});
         poll(watched.data(), watched.size(), 5);
@@ -349,7 +333,7 @@ void Vst3Host::runLoop(std::chrono::milliseconds duration)
     }
 }
 
-std::vector<std::string>& Vst3Host::told()
+const std::vector<std::string>& Vst3Host::told() const
 {
     return self->handler.told;
 }

@@ -12,6 +12,12 @@
 
 namespace velotrine {
 
+namespace vst3 {
+
+class Call;
+
+}
+
 /// A value, 0 to 1, that the host automates in the current block.
 struct Vst3Automation
 {
@@ -72,6 +78,8 @@ public:
     bool process(const Vst3Block& block, const std::optional<HostTransport>& transport = std::nullopt,
                  const std::vector<Vst3Automation>& automation = {});
 
+    bool process(vst3::Call& call);
+
     /// Asks for an output of two channels, or of a list that is not there.
     [[nodiscard]] bool takesStereo(bool hasList) const;
 
@@ -80,14 +88,15 @@ public:
 
     // The editor
 
-    bool open(unsigned long parentWindow);
+    /// @param scale  pixels for each of its points
+    bool open(unsigned long parentWindow, double scale = 1.0);
     void close();
     bool resize(int width, int height) const;
     [[nodiscard]] std::pair<int, int> size() const;
     void runLoop(std::chrono::milliseconds duration);
 
     /// Edits by the index of the parameter: "begin 3", "3 = 0.25", "end 3".
-    [[nodiscard]] std::vector<std::string>& told();
+    [[nodiscard]] const std::vector<std::string>& told() const;
 
 private:
     struct Implementation;

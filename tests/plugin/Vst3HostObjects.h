@@ -4,14 +4,17 @@
 
 #include <pluginterfaces/base/ibstream.h>
 #include <pluginterfaces/gui/iplugview.h>
+#include <pluginterfaces/vst/ivstaudioprocessor.h>
 #include <pluginterfaces/vst/ivsteditcontroller.h>
 #include <pluginterfaces/vst/ivsthostapplication.h>
 #include <pluginterfaces/vst/ivstparameterchanges.h>
+#include <pluginterfaces/vst/ivstprocesscontext.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,7 +23,7 @@ namespace velotrine::vst3 {
 
 using namespace Steinberg;
 
-/// The host's objects live as long as the host: nobody counts.
+/// The host's objects live as long as the host: there is no counting.
 #define VELOTRINE_UNCOUNTED                                                                                  \
     uint32 PLUGIN_API addRef() override                                                                      \
     {                                                                                                        \
@@ -103,10 +106,6 @@ private:
 class ValueChanges final : public Vst::IParameterChanges
 {
 public:
-    explicit ValueChanges(const std::vector<Vst3Automation>& automation)
-        : queues(automation.begin(), automation.end())
-    {}
-
     VELOTRINE_UNCOUNTED
 
     tresult PLUGIN_API queryInterface(const TUID id, void** object) override
@@ -126,8 +125,72 @@ public:
         return nullptr;
     }
 
-private:
     std::vector<ValueQueue> queues;
+};
+
+/// A call of process(), prepared before it is made: the host allocates nothing in it.
+class Call
+{
+public:
+    Call()
+    {
+        processData.processMode = Vst::kRealtime;
+        processData.inputParameterChanges = &changes;
+        processData.outputParameterChanges = &answers;
+        setOutput({.channels = {nullptr, nullptr}});
+    }
+
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+
+    void setTransport(const std::optional<HostTransport>& transport)
+    {
+        context = {};
+        context.state = Vst::ProcessContext::kTempoValid | Vst::ProcessContext::kTimeSigValid;
+        if (transport && transport->isPlaying)
+            context.state |= Vst::ProcessContext::kPlaying;
+        const auto said = transport.value_or(HostTransport{});
+        context.tempo = said.tempo;
+        context.timeSigNumerator = static_cast<int32>(said.beatsPerBar);
+        context.timeSigDenominator = static_cast<int32>(said.beatUnit);
+        processData.processContext = transport ? &context : nullptr;
+    }
+
+    /// For the next block.
+    void add(const Vst3Automation& automation) { changes.queues.emplace_back(automation); }
+
+    /// Forgets what was added: the next block begins with nothing.
+    void clear() noexcept { changes.queues.clear(); }
+
+    void setOutput(const Vst3Block& block)
+    {
+        channels = block.channels;
+        busses.assign(static_cast<std::size_t>(std::max(block.busCount, 1)), {});
+        busses[0].numChannels = block.channelCount;
+        busses[0].channelBuffers32 = block.hasChannels ? channels.data() : nullptr;
+        processData.symbolicSampleSize = block.isDouble ? Vst::kSample64 : Vst::kSample32;
+        processData.numSamples = block.frames;
+        processData.numOutputs = block.busCount;
+        processData.outputs = block.hasBusses ? busses.data() : nullptr;
+    }
+
+    /// Stereo, as it is at first; this does not allocate.
+    void setOutput(float* left, float* right, int frames)
+    {
+        channels.at(0) = left;
+        channels.at(1) = right;
+        processData.numSamples = frames;
+    }
+
+    [[nodiscard]] Vst::ProcessData& data() noexcept { return processData; }
+
+private:
+    std::vector<float*> channels;
+    std::vector<Vst::AudioBusBuffers> busses;
+    ValueChanges changes;
+    ValueChanges answers;
+    Vst::ProcessContext context{};
+    Vst::ProcessData processData;
 };
 
 class ByteStream final : public IBStream

@@ -1,8 +1,8 @@
 #include "tests/plugin/Vst3Host.h"
 
 #include "audiounit/Parameters.h"
-#include "tests/plugin/Sound.h"
-#include "tests/plugin/VirtualDisplay.h"
+#include "tests/support/Sound.h"
+#include "tests/support/VirtualDisplay.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,7 +15,7 @@
 
 #include <gtest/gtest.h>
 
-// What a host or a session may do wrong, and what the plug-in must make of it: nothing, and play on.
+// What a host or a session may do wrong: the plug-in must ignore it and play on.
 
 namespace velotrine {
 namespace {
@@ -53,7 +53,7 @@ bool isBounded(const Sound& sound)
     return std::ranges::all_of(sound.left, [](float sample) { return std::abs(sample) <= 1.0f; });
 }
 
-/// A state that says something else than a new plug-in does.
+/// A state that differs from that of a new plug-in.
 std::string aState()
 {
     const Vst3Host host;
@@ -87,7 +87,7 @@ TEST_F(Vst3Mistakes, NoFlippedBitOfAStateHarmsTheHost)
     EXPECT_EQ(host.save(), saved);
 }
 
-TEST_F(Vst3Mistakes, ATruncatedStateIsTakenAsAWholeOrNotAtAll)
+TEST_F(Vst3Mistakes, ATruncatedStateIsTakenWholeOrNotAtAll)
 {
     const auto saved = aState();
     const auto text = saved.substr(0, saved.rfind('}') + 1);
@@ -106,7 +106,7 @@ TEST_F(Vst3Mistakes, ATruncatedStateIsTakenAsAWholeOrNotAtAll)
     EXPECT_TRUE(aSecondOf(host) == expectedSecond());
 }
 
-TEST_F(Vst3Mistakes, NoLengthOfTheWrappersPartOfAStateIsBelieved)
+TEST_F(Vst3Mistakes, TrustsNoLengthInTheWrappersPartOfAState)
 {
     const auto saved = aState();
     constexpr std::string_view magic = "JUCEPrivateData";
@@ -169,7 +169,7 @@ TEST_F(Vst3Mistakes, RefusesANegativeNumberOfFrames)
     }
 }
 
-TEST_F(Vst3Mistakes, AValueThatIsNotOneChangesNothing)
+TEST_F(Vst3Mistakes, ANonFiniteValueChangesNothing)
 {
     Vst3Host host;
     ASSERT_TRUE(host.start(sampleRate, 64));
@@ -228,7 +228,7 @@ TEST_F(Vst3Mistakes, TakesValuesBeforeItIsActive)
     EXPECT_NE(host.save().find("0.125"), std::string::npos);
 }
 
-TEST_F(Vst3Mistakes, AnOutputThatIsNotAllThereIsSilentAndTheInstrumentPlaysOn)
+TEST_F(Vst3Mistakes, AnIncompleteOutputIsSilentAndTheInstrumentPlaysOn)
 {
     const std::vector<Vst3Block> blocks{
         {.channels = {}, .frames = 24000},
@@ -249,7 +249,7 @@ TEST_F(Vst3Mistakes, AnOutputThatIsNotAllThereIsSilentAndTheInstrumentPlaysOn)
     }
 }
 
-TEST_F(Vst3Mistakes, AMissingOrSuperfluousChannelIsNoHarmToTheOthers)
+TEST_F(Vst3Mistakes, AMissingOrExtraChannelLeavesTheOthersAlone)
 {
     Vst3Host host;
     ASSERT_TRUE(host.start(sampleRate, 64));
@@ -291,7 +291,7 @@ TEST_F(Vst3Mistakes, RefusesARateThatNoDeviceHasAndKeepsTheOneBefore)
     EXPECT_TRUE(aSecondOf(host) == expectedSecond());
 }
 
-TEST_F(Vst3Mistakes, RefusesAListOfOutputsThatIsNotThere)
+TEST_F(Vst3Mistakes, RefusesAMissingListOfOutputs)
 {
     const Vst3Host host;
     EXPECT_FALSE(host.takesStereo(false));

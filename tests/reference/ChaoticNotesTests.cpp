@@ -3,8 +3,8 @@
 
 #include "engine/FMVoice.h"
 #include "engine/Timbre.h"
-#include "tests/engine/EachSimdTarget.h"
 #include "tests/reference/ScalarTranscription.h"
+#include "tests/support/EachSimdTarget.h"
 
 #include <algorithm>
 #include <cmath>

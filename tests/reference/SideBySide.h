@@ -3,8 +3,8 @@
 #include "engine/ParameterAddress.h"
 #include "engine/SimdTarget.h"
 #include "engine/VelotrineDSPKernel.h"
-#include "tests/engine/SimdTargetGuard.h"
 #include "tests/reference/ScalarTranscription.h"
+#include "tests/support/SimdTargetGuard.h"
 
 #include <cstddef>
 #include <cstdint>

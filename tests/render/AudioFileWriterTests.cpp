@@ -2,7 +2,7 @@
 
 #include "commandline/Errors.h"
 #include "tests/render/AudioFile.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cmath>
 #include <limits>

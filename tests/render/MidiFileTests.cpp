@@ -1,8 +1,8 @@
 #include "render/MidiFile.h"
 
-#include "tests/render/ChildProcess.h"
 #include "tests/render/MidiReader.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <string>
 #include <utility>

@@ -1,7 +1,7 @@
 #include "render/OutputFile.h"
 
 #include "commandline/Errors.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "tests/render/AudioFile.h"
-#include "tests/render/ChildProcess.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <string>
 #include <vector>

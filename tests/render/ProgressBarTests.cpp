@@ -1,7 +1,7 @@
 #include "render/ProgressBar.h"
 
-#include "tests/render/TemporaryFolder.h"
 #include "tests/render/Terminal.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cstdio>
 #include <string>

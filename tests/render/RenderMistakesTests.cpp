@@ -1,6 +1,6 @@
 #include "commandline/Errors.h"
 #include "render/RenderOptions.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <filesystem>
 #include <ostream>

@@ -2,7 +2,7 @@
 
 #include "audiounit/Parameters.h"
 #include "audiounit/Presets.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cctype>
 #include <filesystem>

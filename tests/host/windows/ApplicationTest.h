@@ -2,10 +2,10 @@
 
 #include "editor/EditorLayout.h"
 #include "editor/FontLoader.h"
-#include "tests/host/MessageLoop.h"
 #include "tests/host/windows/Desktop.h"
-#include "tests/render/ChildProcess.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/MessageLoop.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -76,7 +76,7 @@ protected:
         ASSERT_TRUE(windowAppears("Velotrine"));
     }
 
-    /// As every time but the first.
+    /// As on every start but the first.
     void launchForUse()
     {
         haveSeenHelp();

@@ -41,7 +41,7 @@ TEST_F(ApplicationTest, OpensInTheMiddleAt480By404BelowItsMenuBarAndGetsNoSmalle
     EXPECT_EQ(boundsOfWindow(window()).getHeight(), 404 + menuBarHeight);
 }
 
-TEST_F(ApplicationTest, EndsWhenItsLastWindowClosesHoweverItIsClosed)
+TEST_F(ApplicationTest, QuitsWhenItsLastWindowClosesHoweverItIsClosed)
 {
     haveSeenHelp();
     for (const auto* keys : {"ctrl+w", "ctrl+q", "alt+F4"}) {
@@ -52,7 +52,7 @@ TEST_F(ApplicationTest, EndsWhenItsLastWindowClosesHoweverItIsClosed)
     }
 }
 
-TEST_F(ApplicationTest, LivesOnWhileHelpIsOpen)
+TEST_F(ApplicationTest, KeepsRunningWhileHelpIsOpen)
 {
     launch();
     ASSERT_TRUE(windowHasKeyboard("Velotrine Help"));

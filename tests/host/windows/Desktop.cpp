@@ -1,7 +1,7 @@
 #include "tests/host/windows/Desktop.h"
 
-#include "tests/host/MessageLoop.h"
-#include "tests/render/ChildProcess.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/MessageLoop.h"
 
 #include <sstream>
 
@@ -11,7 +11,7 @@ namespace {
 
 constexpr double patienceSeconds = 10.0;
 
-// JUCE outlives a window that goes while it asks about it only in what it takes for an application.
+// JUCE survives a window that closes while it asks about it only in what it takes for an application.
 [[maybe_unused]] const auto asApplication =
     juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* { return nullptr; };
 

@@ -7,13 +7,13 @@
 
 namespace velotrine {
 
-/// Runs xdotool, which does what hands on mouse and keyboard would. What it printed.
+/// Runs xdotool, which moves the mouse and presses keys. What it printed.
 std::string xdotool(const std::vector<std::string>& arguments);
 
 /// Presses keys, such as "ctrl+w", on whatever window has the keyboard.
 void pressKey(const std::string& keys);
 
-/// The numbers of the visible windows of a title, the whole of it.
+/// The numbers of the visible windows with exactly this title.
 [[nodiscard]] std::vector<std::string> windowsTitled(const std::string& title);
 
 /// A window's place on the screen, without its frame.

@@ -71,7 +71,7 @@ TEST_F(ApplicationsEditMenu, WorksOnTheTempoField)
     expectThatAllWorks();
 }
 
-TEST_F(ApplicationsEditMenu, GoesOnWithAnEntryWhereItWas)
+TEST_F(ApplicationsEditMenu, ResumesAnEntryWhereItWas)
 {
     const auto field = inWindow(layout.bpmField).getCentre();
     click(field.x, field.y);
@@ -82,7 +82,7 @@ TEST_F(ApplicationsEditMenu, GoesOnWithAnEntryWhereItWas)
     EXPECT_EQ(textInField(), "987");
 }
 
-TEST_F(ApplicationsEditMenu, TheFieldsOwnMenuGoesOnWithAnEntryToo)
+TEST_F(ApplicationsEditMenu, TheFieldsOwnMenuResumesAnEntryToo)
 {
     const auto field = inWindow(layout.bpmField).getCentre();
     click(field.x, field.y);

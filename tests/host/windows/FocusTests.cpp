@@ -42,7 +42,7 @@ TEST_F(KeysAlone, ShiftTabInANewWindowBeginsAtTheEnd)
     EXPECT_TRUE(editor().drudgeryKnob->hasKeyboardFocus(false));
 }
 
-TEST_F(KeysAlone, WhatTheKeyboardIsOnLooksDifferent)
+TEST_F(KeysAlone, TheControlWithTheKeyboardLooksDifferent)
 {
     const auto pictureOf = [&](juce::Component& component) {
         return window->createComponentSnapshot(window->getLocalArea(&component, component.getLocalBounds()));
@@ -129,7 +129,7 @@ TEST_F(KeysAlone, ARingIsReachedOpenedAndLeftByKeysAlone)
     EXPECT_EQ(panel().ringIndex, 3);
 }
 
-TEST_F(KeysAlone, OneEscapeTakesAnEntryBackAndTheNextClosesThePanel)
+TEST_F(KeysAlone, OneEscapeDiscardsAnEntryAndTheNextClosesThePanel)
 {
     openRing(2);
     click(panel().field(RingEditorViewMac::steps));

@@ -3,9 +3,9 @@
 #include "host/HostViewController.h"
 #include "host/HostWindow.h"
 #include "tests/host/FakeDevices.h"
-#include "tests/host/MessageLoop.h"
 #include "tests/host/windows/Desktop.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/MessageLoop.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -47,7 +47,7 @@ protected:
         window->show();
         ASSERT_TRUE(windowHasKeyboard("Hands"));
         ASSERT_TRUE(soon([&] { return host->auViewController != nullptr; }));
-        // The window manager's word, at which the window itself takes the keyboard, must not come later.
+        // The window manager's message, at which the window takes the keyboard, must not come later.
         ASSERT_TRUE(hasKeyboard(*window));
         settle();
         runMessagesFor(0.3);
@@ -59,7 +59,7 @@ protected:
 
     static bool soon(const std::function<bool()>& condition) { return runMessagesUntil(condition, 5.0); }
 
-    /// Until what hands have done has come through the X server, which keeps the order. A menu takes all
+    /// Waits until what the hands did has come through the X server, which keeps the order. A menu takes all
     /// keys.
     void settle()
     {

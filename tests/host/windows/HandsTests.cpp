@@ -70,7 +70,7 @@ TEST_F(Hands, AnEntryEndsBeforeTheClickThatEndsItActs)
     EXPECT_EQ(value(addressOf(RingParameter::octave, 1)), 6.0f) << "the bare panel";
 }
 
-TEST_F(Hands, AClickInTheVerySliderOfAnEntryActsOnItsResult)
+TEST_F(Hands, AClickInTheSliderOfAnEntryActsOnWhatWasTyped)
 {
     openRing(1);
     click(panel().field(RingEditorViewMac::luck));
@@ -96,7 +96,7 @@ TEST_F(Hands, APressedKnobHasTheKeysThoughAPresetWasChosenBefore)
     EXPECT_NEAR(value(activity), turned - 0.01f, 1e-5f);
 }
 
-TEST_F(Hands, EscapeTakesADragBack)
+TEST_F(Hands, EscapeUndoesADrag)
 {
     const auto before = value(activity);
     press(*editor().activityKnob);
@@ -167,7 +167,7 @@ TEST_F(Hands, AMenuPickedFromByMouseLeavesTheSpaceBarToPlay)
     EXPECT_EQ(juce::Component::getNumCurrentlyModalComponents(), 0);
 }
 
-TEST_F(Hands, AWindowThatComesBackToTheFrontDoesNotPutAFieldThatWasLeftInUseAgain)
+TEST_F(Hands, AWindowThatComesBackToTheFrontDoesNotReopenAFieldThatWasLeft)
 {
     click(*editor().bpmField);
     type("99");

@@ -30,7 +30,7 @@ TEST_F(HelpPlacement, IsOnTheScreen)
     EXPECT_TRUE(screen.contains(help)) << help.toString();
 }
 
-TEST_F(HelpPlacement, IsRightOfTheMainWindowWhereThereIsRoomAndElseLeavesMostOfItInView)
+TEST_F(HelpPlacement, IsRightOfTheMainWindowWhereThereIsRoomAndElseCoversLittleOfIt)
 {
     if (screen.getRight() - main.getRight() > help.getWidth() + slack) {
         EXPECT_FALSE(help.intersects(main)) << help.toString() << " and " << main.toString();

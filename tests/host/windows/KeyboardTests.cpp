@@ -39,7 +39,7 @@ TEST_F(ApplicationByKeyboard, F10OpensTheFirstMenuAndEscapeClosesIt)
     EXPECT_TRUE(windowHasKeyboard("Velotrine"));
 }
 
-TEST_F(ApplicationByKeyboard, AltByItselfOpensTheMenuAndClosesItAgain)
+TEST_F(ApplicationByKeyboard, AltAloneOpensTheMenuAndClosesItAgain)
 {
     pressKey("alt");
     ASSERT_TRUE(isOpen(0));
@@ -47,7 +47,7 @@ TEST_F(ApplicationByKeyboard, AltByItselfOpensTheMenuAndClosesItAgain)
     EXPECT_TRUE(isOpen({}));
 }
 
-TEST_F(ApplicationByKeyboard, AltWithAnotherKeyOrHeldForLongOpensNothing)
+TEST_F(ApplicationByKeyboard, AltWithAnotherKeyOrHeldForLongOpensNoMenu)
 {
     xdotool({"keydown", "alt", "key", "p", "keyup", "alt"});
     runMessagesFor(0.5);
@@ -57,7 +57,7 @@ TEST_F(ApplicationByKeyboard, AltWithAnotherKeyOrHeldForLongOpensNothing)
     EXPECT_FALSE(openMenu());
 }
 
-TEST_F(ApplicationByKeyboard, ArrowsGoFromMenuToMenuAndRound)
+TEST_F(ApplicationByKeyboard, ArrowsMoveFromMenuToMenuAndWrapAround)
 {
     pressKey("F10");
     ASSERT_TRUE(isOpen(0));
@@ -98,7 +98,7 @@ TEST_F(ApplicationByKeyboard, F1AndTheQuestionMarkOpenHelp)
     }
 }
 
-TEST_F(ApplicationByKeyboard, AQuestionMarkThatIsTypedIntoAFieldIsNoQuestion)
+TEST_F(ApplicationByKeyboard, AQuestionMarkTypedIntoAFieldOpensNoHelp)
 {
     const auto field = inWindow(layoutInWindow().bpmField).getCentre();
     click(field.x, field.y);

@@ -1,11 +1,11 @@
-// The application as its user has it, from the first sound to the last: by mouse and keyboard, seen on its
-// display and heard on a sound server of the test's own.
+// The application as its user knows it, from the first sound to the last: by mouse and keyboard, seen on its
+// display and heard on the test's own sound server.
 
 #include "editor/Colours.h"
 #include "editor/RingEditorViewMac.h"
 #include "tests/host/JackListener.h"
-#include "tests/host/JackServer.h"
 #include "tests/host/windows/ApplicationTest.h"
+#include "tests/support/JackServer.h"
 
 namespace velotrine {
 namespace {
@@ -31,7 +31,7 @@ int pixelsOf(const juce::Image& picture, juce::Colour colour, Area area)
     return count;
 }
 
-/// The part of an area that has a colour, 0 to 1. Edges of other things have it here and there by chance.
+/// The fraction of an area that has a colour. Edges of other things have it here and there by chance.
 double coverage(const juce::Image& picture, juce::Colour colour, Area area)
 {
     return static_cast<double>(pixelsOf(picture, colour, area)) / (area.getWidth() * area.getHeight());
@@ -94,7 +94,7 @@ TEST_F(PlayingApplication, SoundsFromPlayToStopAndItsHandTurnsOnlyMeanwhile)
     EXPECT_EQ(differingPixels(picture(), picture(), rings), 0);
 }
 
-TEST_F(PlayingApplication, ADraggedKnobTurnsAndNoOther)
+TEST_F(PlayingApplication, OnlyTheKnobThatIsDraggedTurns)
 {
     const auto before = picture();
     drag(inWindow(layout.knobs[2]).getCentre(), {0, -40});
@@ -211,7 +211,7 @@ TEST_F(PlayingApplication, ARingsPanelStaysUnderTheMouseThatDragsItInAnEnlargedW
     EXPECT_GT(coverage(moved, colours::panel, largePanel.withHeight(8).translated(0, 3) + move), 0.5);
 }
 
-TEST_F(PlayingApplication, HelpOpensWhileItPlaysAndThePlayingGoesOnUntilTheApplicationEnds)
+TEST_F(PlayingApplication, KeepsPlayingWhileHelpOpensUntilTheApplicationQuits)
 {
     pressKey("space");
     EXPECT_GT(peakOnJack(2.0), 0.01f);

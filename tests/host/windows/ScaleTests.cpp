@@ -54,7 +54,7 @@ protected:
     }
 };
 
-TEST_F(ScaledApplication, IsPlainWhereNobodyWantsItLarger)
+TEST_F(ScaledApplication, IsUnscaledWhereNothingAsksForMore)
 {
     launchScaled();
     expectScale(1.0);
@@ -68,7 +68,7 @@ TEST_F(ScaledApplication, FollowsTheFactorOfTheSettingsManagerOnce)
     expectScale(2.0);
 }
 
-TEST_F(ScaledApplication, FollowsTheDotsOfTheSettingsManager)
+TEST_F(ScaledApplication, FollowsTheDpiOfTheSettingsManager)
 {
     const SettingsManager manager(
         XSettingsText().integer("Gdk/WindowScalingFactor", 1).integer("Xft/DPI", 144 * 1024).bytes());
@@ -90,7 +90,7 @@ TEST_F(ScaledApplication, FollowsTheVariable)
     expectScale(2.0);
 }
 
-TEST_F(ScaledApplication, TheSettingsManagerCountsMoreThanTheResourcesAndTheyMoreThanTheVariable)
+TEST_F(ScaledApplication, TheSettingsManagerOverridesTheResourcesAndTheyTheVariable)
 {
     const Resources resources("Xft.dpi: 120\n");
     environment = {{"GDK_SCALE", "2"}};
@@ -104,7 +104,7 @@ TEST_F(ScaledApplication, TheSettingsManagerCountsMoreThanTheResourcesAndTheyMor
     expectScale(1.75);
 }
 
-TEST_F(ScaledApplication, TheOptionCountsMoreThanAll)
+TEST_F(ScaledApplication, TheOptionOverridesAll)
 {
     const SettingsManager manager(XSettingsText().integer("Gdk/WindowScalingFactor", 2).bytes());
     const Resources resources("Xft.dpi: 192\n");
@@ -203,7 +203,7 @@ TEST_F(EnlargedWindow, GrowsInPointsUntilItIsHalfAsLargeAgainAndThenThePointsGro
     EXPECT_TRUE(contentAt(480, 428, 480, 404)) << "and 1 again";
 }
 
-TEST_F(EnlargedWindow, OneSideAloneMakesNothingLarger)
+TEST_F(EnlargedWindow, StretchingOneSideAloneEnlargesNothing)
 {
     EXPECT_TRUE(contentAt(1200, 428, 1200, 404));
     EXPECT_TRUE(contentAt(480, 900, 480, 900 - menuBarHeight));

@@ -6,8 +6,7 @@
 
 namespace velotrine {
 
-/// What a desktop runs to tell its programs of its settings: here, with settings that a test says, from its
-/// making to its end.
+/// What a desktop runs to tell programs its settings; here, a test's settings, while this lives.
 class SettingsManager
 {
 public:

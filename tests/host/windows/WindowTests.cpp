@@ -3,10 +3,10 @@
 #include "host/HostWindow.h"
 #include "host/MainMenu.h"
 #include "tests/host/FakeDevices.h"
-#include "tests/host/MessageLoop.h"
 #include "tests/host/windows/Desktop.h"
-#include "tests/render/ChildProcess.h"
-#include "tests/render/TemporaryFolder.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/MessageLoop.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -98,7 +98,7 @@ protected:
         window.setContentSize(300, 200);
         window.show();
         EXPECT_TRUE(windowHasKeyboard("Edit menu"));
-        runMessagesFor(0.3); // the window manager's word, at which the window itself takes the keyboard
+        runMessagesFor(0.3); // for the window manager's message, at which the window takes the keyboard
         field.grabKeyboardFocus();
         EXPECT_TRUE(runMessagesUntil([this] { return field.hasKeyboardFocus(false); }, patienceSeconds));
     }
@@ -134,7 +134,7 @@ TEST_F(EditMenuTest, ActsOnTheTextFieldWithTheKeyboard)
     EXPECT_EQ(field.getText(), "velotrinevelotrine");
 }
 
-TEST_F(EditMenuTest, UndoesAndDoesAgain)
+TEST_F(EditMenuTest, UndoesAndRedoes)
 {
     perform("Select All");
     perform("Cut");
@@ -207,7 +207,7 @@ TEST(HostViewControllerWindow, APresetIsChosenFromThePopupsMenu)
     EXPECT_EQ(controller->presetPopup->getSelectedItemIndex(), 2);
 }
 
-TEST(HostViewControllerWindow, HelpOpensAtTheAskedPageInTheSameWindow)
+TEST(HostViewControllerWindow, HelpOpensAtTheRequestedPageInTheSameWindow)
 {
     const TemporaryFolder folder;
     FakeSound sound;
@@ -216,6 +216,8 @@ TEST(HostViewControllerWindow, HelpOpensAtTheAskedPageInTheSameWindow)
     surroundings.preferencesFile = juce::File(folder.file("settings"));
     const auto controller = std::make_shared<HostViewController>(surroundings);
     controller->showHelp(5);
+    // The audio unit is on its way to the controller, in a message that holds it.
+    ASSERT_TRUE(runMessagesUntil([&] { return controller->audioUnit != nullptr; }, patienceSeconds));
     const auto* first = controller->helpWindowController.get();
     EXPECT_TRUE(first->pages[5]->isShowing());
     controller->helpWindowController->window().closeButtonPressed();
@@ -224,6 +226,7 @@ TEST(HostViewControllerWindow, HelpOpensAtTheAskedPageInTheSameWindow)
     EXPECT_TRUE(first->pages[0]->isShowing());
     controller->showHelp(8);
     EXPECT_TRUE(first->pages[0]->isShowing());
+    EXPECT_EQ(controller.use_count(), 1) << "a message that is still under way holds it";
 }
 
 class AppDelegateTest : public testing::Test

@@ -1,0 +1,127 @@
+#include "tests/real-hosts/JackConductor.h"
+
+#include "audiounit/Parameters.h"
+#include "plugin/HostedInstrument.h"
+#include "tests/real-hosts/JalvProcess.h"
+#include "tests/support/RecordingHost.h"
+#include "tests/support/Sound.h"
+
+#include <cmath>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace velotrine {
+namespace {
+
+constexpr double sampleRate = 48000.0;
+constexpr int cycleFrames = 256;
+
+int cyclesIn(double seconds)
+{
+    return static_cast<int>(seconds * sampleRate / cycleFrames);
+}
+
+/// One ring of four spots that stands still and always fires, with notes that die away before the next.
+const std::map<std::string, double>& metronome()
+{
+    static const std::map<std::string, double> values{
+        {"activity", 0}, {"calories", 0}, {"spotsR1", 4}, {"spotsR2", 0},  {"spotsR3", 0},
+        {"spotsR4", 0},  {"spotsR5", 0},  {"probR1", 1},  {"timbreR1", 1}, {"octaveR1", 4}};
+    return values;
+}
+
+class Jalv : public testing::TestWithParam<bool>
+{
+protected:
+    JalvProcess jalv{metronome()};
+};
+
+/// Where the hand crosses a spot: at every quarter note of the transport, a thousandth of a bar late.
+std::vector<int> crossingsIn(const JackTake& take)
+{
+    constexpr double lateQuarters = 0.004;
+    std::vector<int> frames;
+    int frame = 0;
+    double quarters = 0.0;
+    for (const auto& cycle : take.cycles)
+        for (int i = 0; i < cycle.frames; ++i, ++frame) {
+            if (!cycle.isRolling)
+                continue;
+            const auto next = quarters + cycle.tempo / (60.0 * sampleRate);
+            if (std::floor(next - lateQuarters) > std::floor(quarters - lateQuarters))
+                frames.push_back(frame);
+            quarters = next;
+        }
+    return frames;
+}
+
+/// Where sound begins after silence.
+std::vector<int> onsetsIn(const std::vector<float>& sound)
+{
+    constexpr int silenceFrames = 100; // longer than a zero crossing
+    std::vector<int> frames;
+    int zeros = silenceFrames;
+    for (std::size_t i = 0; i < sound.size(); ++i) {
+        if (sound[i] != 0.0f && zeros >= silenceFrames)
+            frames.push_back(static_cast<int>(i));
+        zeros = sound[i] == 0.0f ? zeros + 1 : 0;
+    }
+    return frames;
+}
+
+/// The same values and the same transport without any host program.
+Sound expectedSound(const JackTake& take)
+{
+    RecordingHost host;
+    HostedInstrument instrument(host);
+    for (const auto& [identifier, value] : metronome())
+        instrument.setValue(parameterWithIdentifier(identifier)->address, value);
+    EXPECT_TRUE(instrument.prepare(sampleRate));
+    Sound sound(static_cast<int>(take.left.size()));
+    int done = 0;
+    for (const auto& cycle : take.cycles) {
+        instrument.setTransport(HostTransport{.tempo = static_cast<double>(static_cast<float>(cycle.tempo)),
+                                              .beatsPerBar = 4,
+                                              .beatUnit = 4,
+                                              .isPlaying = cycle.isRolling});
+        instrument.render({sound.left.data() + done, sound.right.data() + done}, cycle.frames);
+        done += cycle.frames;
+    }
+    return sound;
+}
+
+TEST_P(Jalv, SoundsWhileJacksTransportRollsAndFollowsItsTempo)
+{
+    const JackScore score{.start = cyclesIn(0.3),
+                          .tempoChange = cyclesIn(1.7),
+                          .stop = cyclesIn(3.6),
+                          .end = cyclesIn(4.6),
+                          .tempo = 150.0,
+                          .laterTempo = 97.0};
+    JackConductor conductor;
+    ASSERT_TRUE(conductor.listenTo("velotrine"));
+    const auto take = conductor.perform(score, GetParam());
+
+    const auto crossings = crossingsIn(take);
+    const auto actual = onsetsIn(take.left);
+    ASSERT_GE(crossings.size(), 6u);
+    ASSERT_EQ(actual.size(), crossings.size());
+    // A note begins with the render cycle in which its spot is crossed, and a sine with a zero.
+    for (std::size_t i = 0; i < actual.size(); ++i) {
+        EXPECT_GT(actual[i], crossings[i] - CycleRenderer::defaultCycleFrames);
+        EXPECT_LE(actual[i], crossings[i] + 1);
+    }
+
+    const auto sound = expectedSound(take);
+    EXPECT_TRUE(take.left == sound.left);
+    EXPECT_TRUE(take.right == sound.right);
+}
+
+INSTANTIATE_TEST_SUITE_P(InRealTimeAndFreewheeling, Jalv, testing::Bool(),
+                         [](const auto& param) { return param.param ? "Freewheeling" : "InRealTime"; });
+
+} // namespace
+} // namespace velotrine

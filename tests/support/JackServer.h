@@ -1,0 +1,40 @@
+#pragma once
+
+#include "tests/support/ChildProcess.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velotrine {
+
+/// A JACK server of the test's own, under the name that JACK_DEFAULT_SERVER gives, on JACK's dummy driver:
+/// 48000 Hz, 256 frames. Throws if it does not start to answer.
+class JackServer
+{
+public:
+    /// @param options  further ones of the server's
+    explicit JackServer(const std::vector<std::string>& options = {});
+    JackServer(const JackServer&) = delete;
+    JackServer& operator=(const JackServer&) = delete;
+
+    /// Asks it to end, and waits until it has.
+    ~JackServer();
+
+    /// Ends it without a chance to tell its clients. What it leaves behind goes with this object.
+    void kill();
+
+    /// Stops it as a debugger would: it is there, and does nothing.
+    void freeze() const;
+    void thaw() const;
+
+private:
+    void start(const std::vector<std::string>& options);
+    void stop() const;
+    void giveBackWhatTheKilledHeld();
+
+    std::unique_ptr<ChildProcess> process;
+    bool wasKilled = false;
+};
+
+} // namespace velotrine
