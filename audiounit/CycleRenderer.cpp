@@ -21,7 +21,8 @@ void CycleRenderer::setup(AURenderBlock block, int cycleFrames)
     timestamp = {};
 }
 
-AUAudioUnitStatus CycleRenderer::render(StereoOutput output, int frames, LastCycle lastCycle) noexcept
+AUAudioUnitStatus CycleRenderer::render(StereoOutput output, int frames,
+                                        LastCycle lastCycle) noexcept VELOTRINE_NONBLOCKING
 {
     AUAudioUnitStatus status = noErr;
     for (int done = 0; done < frames;) {
@@ -39,7 +40,7 @@ AUAudioUnitStatus CycleRenderer::render(StereoOutput output, int frames, LastCyc
     return status;
 }
 
-void CycleRenderer::skip(int frames) noexcept
+void CycleRenderer::skip(int frames) noexcept VELOTRINE_NONBLOCKING
 {
     if (framesLeftOver() != 0 || frames < 0)
         fatalError("CycleRenderer: sound is left over that would be skipped");
@@ -54,14 +55,16 @@ void CycleRenderer::skip(int frames) noexcept
     consumed = begun;
 }
 
-AUAudioUnitStatus CycleRenderer::renderCycle(int frames) noexcept
+AUAudioUnitStatus CycleRenderer::renderCycle(int frames) noexcept VELOTRINE_NONBLOCKING
 {
     const auto bytes = static_cast<std::uint32_t>(static_cast<std::size_t>(frames) * sizeof(float));
     std::array<AudioBuffer, 2> channels{{{1, bytes, leftCycle.data()}, {1, bytes, rightCycle.data()}}};
     AudioBufferList output{channels};
     AudioUnitRenderActionFlags flags = 0;
-    const auto status =
-        renderBlock(&flags, &timestamp, static_cast<AUAudioFrameCount>(frames), 0, &output, nullptr, nullptr);
+    // A unit's closure, whose own functions are checked where they are.
+    VELOTRINE_UNFOLLOWED(const auto status =
+                             renderBlock(&flags, &timestamp, static_cast<AUAudioFrameCount>(frames), 0,
+                                         &output, nullptr, nullptr);)
     if (status == noErr) {
         timestamp.mSampleTime += frames;
         available = frames;
@@ -70,7 +73,7 @@ AUAudioUnitStatus CycleRenderer::renderCycle(int frames) noexcept
     return status;
 }
 
-int CycleRenderer::handOut(StereoOutput output, int frames) noexcept
+int CycleRenderer::handOut(StereoOutput output, int frames) noexcept VELOTRINE_NONBLOCKING
 {
     const int count = std::min(frames, framesLeftOver());
     if (output.left != nullptr)

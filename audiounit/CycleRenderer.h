@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audiounit/StereoOutput.h"
+#include "engine/Nonblocking.h"
 #include "platform/AUAudioUnit.h"
 
 #include <vector>
@@ -34,19 +35,19 @@ public:
     /// Fills the output. Where the unit refuses to render, the rest is silence and its error the answer.
     /// @param frames  any number; none for fewer than 1
     AUAudioUnitStatus render(StereoOutput output, int frames,
-                             LastCycle lastCycle = LastCycle::whole) noexcept;
+                             LastCycle lastCycle = LastCycle::whole) noexcept VELOTRINE_NONBLOCKING;
 
     /// Moves the grid of cycles on as render() would, without asking the unit or writing anything, for a unit
     /// that is silent. Only while nothing is left over.
     /// @param frames  0 or more
-    void skip(int frames) noexcept;
+    void skip(int frames) noexcept VELOTRINE_NONBLOCKING;
 
     /// Frames rendered but not yet handed out.
-    [[nodiscard]] int framesLeftOver() const noexcept { return available - consumed; }
+    [[nodiscard]] int framesLeftOver() const noexcept VELOTRINE_NONBLOCKING { return available - consumed; }
 
 private:
-    AUAudioUnitStatus renderCycle(int frames) noexcept;
-    int handOut(StereoOutput output, int frames) noexcept;
+    AUAudioUnitStatus renderCycle(int frames) noexcept VELOTRINE_NONBLOCKING;
+    int handOut(StereoOutput output, int frames) noexcept VELOTRINE_NONBLOCKING;
 
     AURenderBlock renderBlock;
     int cycleLength = defaultCycleFrames;

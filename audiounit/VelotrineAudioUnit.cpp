@@ -35,7 +35,8 @@ float* samplesOf(const AudioBuffer& buffer) noexcept
     return static_cast<float*>(buffer.mData);
 }
 
-void readMusicalContext(VelotrineDSPKernel& kernel, const AUHostMusicalContextBlock& musicalContext) noexcept
+void readMusicalContext(VelotrineDSPKernel& kernel,
+                        const AUHostMusicalContextBlock& musicalContext) noexcept VELOTRINE_NONBLOCKING
 {
     double tempo = 0.0;
     double beatsPerBar = 0.0;
@@ -43,7 +44,10 @@ void readMusicalContext(VelotrineDSPKernel& kernel, const AUHostMusicalContextBl
     double beatPosition = 0.0;
     std::int64_t framesToNextBeat = 0;
     double barStart = 0.0;
-    if (!musicalContext(&tempo, &beatsPerBar, &beatUnit, &beatPosition, &framesToNextBeat, &barStart))
+    // The host's own code.
+    VELOTRINE_UNFOLLOWED(const bool isKnown = musicalContext(&tempo, &beatsPerBar, &beatUnit, &beatPosition,
+                                                             &framesToNextBeat, &barStart);)
+    if (!isKnown)
         return;
     if (tempo > 0.0)
         kernel.hostTempo = tempo;
@@ -53,13 +57,16 @@ void readMusicalContext(VelotrineDSPKernel& kernel, const AUHostMusicalContextBl
         kernel.hostBeatUnit = static_cast<double>(beatUnit);
 }
 
-void readTransportState(VelotrineDSPKernel& kernel, const AUHostTransportStateBlock& transportState) noexcept
+void readTransportState(VelotrineDSPKernel& kernel,
+                        const AUHostTransportStateBlock& transportState) noexcept VELOTRINE_NONBLOCKING
 {
     AUHostTransportStateFlags flags = 0;
     double samplePosition = 0.0;
     double loopStart = 0.0;
     double loopEnd = 0.0;
-    if (transportState(&flags, &samplePosition, &loopStart, &loopEnd))
+    // The host's own code.
+    VELOTRINE_UNFOLLOWED(const bool isKnown = transportState(&flags, &samplePosition, &loopStart, &loopEnd);)
+    if (isKnown)
         kernel.hostPlaying = (flags & AUHostTransportStateMoving) != 0;
 }
 
@@ -141,7 +148,8 @@ AUInternalRenderBlock VelotrineAudioUnit::internalRenderBlock()
     };
 }
 
-void VelotrineAudioUnit::readHostContext(VelotrineDSPKernel& kernel, const ContextHolder& context) noexcept
+void VelotrineAudioUnit::readHostContext(VelotrineDSPKernel& kernel,
+                                         const ContextHolder& context) noexcept VELOTRINE_NONBLOCKING
 {
     if (!kernel.sync)
         return;
@@ -152,7 +160,8 @@ void VelotrineAudioUnit::readHostContext(VelotrineDSPKernel& kernel, const Conte
         readTransportState(kernel, context.transportState);
 }
 
-void VelotrineAudioUnit::applyEvents(VelotrineDSPKernel& kernel, const AURenderEvent* events) noexcept
+void VelotrineAudioUnit::applyEvents(VelotrineDSPKernel& kernel,
+                                     const AURenderEvent* events) noexcept VELOTRINE_NONBLOCKING
 {
     for (const auto* event = events; event != nullptr; event = event->next)
         if (event->eventType == AURenderEventType::parameter ||
@@ -161,7 +170,7 @@ void VelotrineAudioUnit::applyEvents(VelotrineDSPKernel& kernel, const AURenderE
 }
 
 void VelotrineAudioUnit::renderInto(VelotrineDSPKernel& kernel, const AudioBufferList& output,
-                                    int frameCount) noexcept
+                                    int frameCount) noexcept VELOTRINE_NONBLOCKING
 {
     const auto& buffers = output.mBuffers;
     if (buffers.empty())

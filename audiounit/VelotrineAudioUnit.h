@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/Nonblocking.h"
 #include "engine/VelotrineDSPKernel.h"
 #include "platform/AUAudioUnit.h"
 
@@ -78,10 +79,12 @@ private:
         std::shared_ptr<VelotrineDSPKernel> kernel;
     };
 
-    static void readHostContext(VelotrineDSPKernel& kernel, const ContextHolder& context) noexcept;
-    static void applyEvents(VelotrineDSPKernel& kernel, const AURenderEvent* events) noexcept;
+    static void readHostContext(VelotrineDSPKernel& kernel,
+                                const ContextHolder& context) noexcept VELOTRINE_NONBLOCKING;
+    static void applyEvents(VelotrineDSPKernel& kernel,
+                            const AURenderEvent* events) noexcept VELOTRINE_NONBLOCKING;
     static void renderInto(VelotrineDSPKernel& kernel, const AudioBufferList& output,
-                           int frameCount) noexcept;
+                           int frameCount) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] std::shared_ptr<AUParameterTree> makeParameterTree() const;
     [[nodiscard]] const std::shared_ptr<AUAudioUnitBus>& existingOutputBus() const noexcept;
 

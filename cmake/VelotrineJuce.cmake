@@ -22,6 +22,12 @@ set(VELOTRINE_JUCE_DEFINITIONS
     JUCE_VST3_CAN_REPLACE_VST2=0
     JUCE_WEB_BROWSER=0)
 
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 20)
+  # A constructor template in juce_AudioPluginInstance.h has never been right, and nobody calls it. New compilers look at
+  # it all the same unless told to wait for a call.
+  add_compile_options(-fdelayed-template-parsing -Wno-delayed-template-parsing-in-cxx20)
+endif()
+
 add_library(velotrine_juce STATIC)
 target_link_libraries(
   velotrine_juce PRIVATE juce::juce_audio_devices juce::juce_audio_processors juce::juce_gui_extra

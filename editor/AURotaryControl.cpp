@@ -341,11 +341,12 @@ bool AURotaryControl::keyPressed(const juce::KeyPress& key)
 std::unique_ptr<juce::AccessibilityHandler> AURotaryControl::createAccessibilityHandler()
 {
     setTitle(label);
-    return makeSliderHandler(
-        *this, {{lowerBound, upperBound}, arrowStep * static_cast<double>(upperBound - lowerBound)},
-        {[this] { return static_cast<double>(_value); },
-         [this](double newValue) { setByUser(static_cast<float>(newValue)); },
-         [this] { return valueText(); }});
+    return makeSliderHandler(*this,
+                             {{static_cast<double>(lowerBound), static_cast<double>(upperBound)},
+                              arrowStep * static_cast<double>(upperBound - lowerBound)},
+                             {[this] { return static_cast<double>(_value); },
+                              [this](double newValue) { setByUser(static_cast<float>(newValue)); },
+                              [this] { return valueText(); }});
 }
 
 } // namespace velotrine

@@ -135,7 +135,8 @@ HWY_EXPORT(Advance);
 
 void ClockPhases::advance(int frames) noexcept VELOTRINE_NONBLOCKING
 {
-    HWY_DYNAMIC_DISPATCH(Advance)(*this, frames);
+    // A table of pointers, one for each instruction set, none of which waits for anything.
+    VELOTRINE_UNFOLLOWED(HWY_DYNAMIC_DISPATCH(Advance)(*this, frames);)
 }
 
 } // namespace velotrine

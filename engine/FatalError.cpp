@@ -1,5 +1,7 @@
 #include "engine/FatalError.h"
 
+#include "engine/Nonblocking.h"
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -7,6 +9,7 @@ namespace velotrine {
 
 void fatalError(const char* condition) noexcept
 {
+    VELOTRINE_MAY_BLOCK();
     std::fprintf(stderr, "velotrine: fatal: %s\n", condition);
     std::abort();
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/Nonblocking.h"
+
 #include <cstdint>
 
 namespace velotrine {
@@ -10,6 +12,6 @@ inline constexpr double hostClockSecondsPerTick = 1.0e-9;
 
 /// Ticks since a fixed moment in the past; never 0, never backwards. Any thread, the render thread included:
 /// it does not enter the operating system.
-[[nodiscard]] std::uint64_t hostClockNow() noexcept;
+[[nodiscard]] std::uint64_t hostClockNow() noexcept VELOTRINE_NONBLOCKING;
 
 } // namespace velotrine

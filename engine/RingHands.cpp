@@ -81,7 +81,8 @@ HWY_EXPORT(Find);
 
 void RingHands::find(const ClockPhases& phases) noexcept VELOTRINE_NONBLOCKING
 {
-    HWY_DYNAMIC_DISPATCH(Find)(*this, phases);
+    // A table of pointers, one for each instruction set, none of which waits for anything.
+    VELOTRINE_UNFOLLOWED(HWY_DYNAMIC_DISPATCH(Find)(*this, phases);)
 }
 
 } // namespace velotrine

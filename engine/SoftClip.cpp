@@ -62,7 +62,8 @@ HWY_EXPORT(SoftClip);
 void softClip(const float* mix, float gain, float* left, float* right,
               int frames) noexcept VELOTRINE_NONBLOCKING
 {
-    HWY_DYNAMIC_DISPATCH(SoftClip)(mix, gain, left, right, frames);
+    // A table of pointers, one for each instruction set, none of which waits for anything.
+    VELOTRINE_UNFOLLOWED(HWY_DYNAMIC_DISPATCH(SoftClip)(mix, gain, left, right, frames);)
 }
 
 } // namespace velotrine

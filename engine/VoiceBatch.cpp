@@ -273,7 +273,8 @@ HWY_EXPORT(RenderVoices);
 
 void renderVoices(std::span<FMVoice* const> voices, float* buffer, int frames) noexcept VELOTRINE_NONBLOCKING
 {
-    HWY_DYNAMIC_DISPATCH(RenderVoices)(voices, buffer, frames);
+    // A table of pointers, one for each instruction set, none of which waits for anything.
+    VELOTRINE_UNFOLLOWED(HWY_DYNAMIC_DISPATCH(RenderVoices)(voices, buffer, frames);)
 }
 
 } // namespace velotrine

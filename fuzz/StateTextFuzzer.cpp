@@ -2,25 +2,15 @@
 #include "audiounit/StateText.h"
 #include "audiounit/VelotrineAudioUnit.h"
 #include "audiounit/VelotrineComponent.h"
+#include "fuzz/Demand.h"
 
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string_view>
 
 namespace velotrine {
 namespace {
-
-/// Ends the program, as the fuzzer wants it of a finding, with a word on what does not hold.
-void demand(bool holds, const char* rule)
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "broken: %s\n", rule);
-    std::abort();
-}
 
 VelotrineAudioUnit& unit()
 {

@@ -21,7 +21,8 @@ void AVAudioMixerNode::setSource(AURenderBlock block)
     renderer.setup(std::move(block));
 }
 
-void AVAudioMixerNode::render(float* const* channels, int channelCount, int frames) noexcept
+void AVAudioMixerNode::render(float* const* channels, int channelCount,
+                              int frames) noexcept VELOTRINE_NONBLOCKING
 {
     if (frames < 1)
         return;
@@ -37,7 +38,8 @@ void AVAudioMixerNode::render(float* const* channels, int channelCount, int fram
     rendering.clear(std::memory_order_release);
 }
 
-void AVAudioMixerNode::renderPart(float* const* channels, int channelCount, int start, int frames) noexcept
+void AVAudioMixerNode::renderPart(float* const* channels, int channelCount, int start,
+                                  int frames) noexcept VELOTRINE_NONBLOCKING
 {
     if (channelCount >= 2) {
         renderer.render({channels[0] + start, channels[1] + start}, frames);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audiounit/CycleRenderer.h"
+#include "engine/Nonblocking.h"
 
 #include <array>
 #include <atomic>
@@ -23,10 +24,11 @@ public:
     /// thread.
     /// @param channels      `channelCount` of them, each `frames` long
     /// @param channelCount  0 renders for the clock's sake alone
-    void render(float* const* channels, int channelCount, int frames) noexcept;
+    void render(float* const* channels, int channelCount, int frames) noexcept VELOTRINE_NONBLOCKING;
 
 private:
-    void renderPart(float* const* channels, int channelCount, int start, int frames) noexcept;
+    void renderPart(float* const* channels, int channelCount, int start,
+                    int frames) noexcept VELOTRINE_NONBLOCKING;
 
     static constexpr int longestPart = 512; ///< frames
 

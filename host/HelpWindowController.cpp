@@ -29,10 +29,10 @@ public:
 
     void resized() override
     {
-        auto& segmented = *controller.segmented;
-        const auto width = juce::jmin(segmented.preferredWidth(), getWidth() - 2 * smallestSideMargin);
-        segmented.setBounds((getWidth() - width) / 2, gapAroundSegments, width, segmentsHeight);
-        const auto pagesTop = segmented.getBottom() + gapAroundSegments;
+        auto& segments = *controller.segmented;
+        const auto width = juce::jmin(segments.preferredWidth(), getWidth() - 2 * smallestSideMargin);
+        segments.setBounds((getWidth() - width) / 2, gapAroundSegments, width, segmentsHeight);
+        const auto pagesTop = segments.getBottom() + gapAroundSegments;
         controller.pageContainer->setBounds(getLocalBounds().withTop(pagesTop));
         for (const auto& page : controller.pages)
             page->setBounds(controller.pageContainer->getLocalBounds());

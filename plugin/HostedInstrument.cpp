@@ -92,10 +92,11 @@ void HostedInstrument::dropRenderResources()
     isAtRest = false;
 }
 
-void HostedInstrument::reset() noexcept
+void HostedInstrument::reset() noexcept VELOTRINE_NONBLOCKING
 {
     const RenderCall call(renderCalls, "reset: another call renders or prepares meanwhile");
-    if (!unit->renderResourcesAllocated())
+    VELOTRINE_UNFOLLOWED(const bool isReady = unit->renderResourcesAllocated();) // one load
+    if (!isReady)
         return;
     cycles.render({}, cycles.framesLeftOver());
     isAtRest = false;
@@ -105,6 +106,7 @@ void HostedInstrument::reset() noexcept
 }
 
 void HostedInstrument::setTransport(const std::optional<HostTransport>& newTransport) noexcept
+    VELOTRINE_NONBLOCKING
 {
     const RenderCall call(renderCalls, "setTransport: another call renders or prepares meanwhile");
     if (newTransport.has_value() != transportIsKnown || (newTransport && *newTransport != transport))
@@ -139,7 +141,7 @@ void HostedInstrument::connectTransport()
 }
 
 bool HostedInstrument::answerMusicalContext(double* tempo, double* numerator,
-                                            std::int64_t* denominator) noexcept
+                                            std::int64_t* denominator) noexcept VELOTRINE_NONBLOCKING
 {
     const auto tempoNow =
         transport.tempo + transport.tempoPerFrame * static_cast<double>(framesIntoTransport);
@@ -150,7 +152,7 @@ bool HostedInstrument::answerMusicalContext(double* tempo, double* numerator,
     return transportIsKnown;
 }
 
-void HostedInstrument::render(StereoOutput output, int frames) noexcept
+void HostedInstrument::render(StereoOutput output, int frames) noexcept VELOTRINE_NONBLOCKING
 {
     const RenderCall call(renderCalls, "render: another call renders or prepares meanwhile");
     if (frames < 1)
@@ -172,7 +174,7 @@ void HostedInstrument::render(StereoOutput output, int frames) noexcept
 
 // A session has dozens of instruments that wait. Sixteen cycles that find again that there is nothing to do
 // cost thirty times as much as clearing a block of 512 frames.
-bool HostedInstrument::goesOnResting() const noexcept
+bool HostedInstrument::goesOnResting() const noexcept VELOTRINE_NONBLOCKING
 {
     const auto& kernel = *unit->dspKernel;
     // Sync may have been switched on while no cycle asked the host.
@@ -181,7 +183,7 @@ bool HostedInstrument::goesOnResting() const noexcept
            kernel.internalPlaying == internalPlayingAtRest;
 }
 
-void HostedInstrument::noteWhetherItRests() noexcept
+void HostedInstrument::noteWhetherItRests() noexcept VELOTRINE_NONBLOCKING
 {
     const auto& kernel = *unit->dspKernel;
     syncAtRest = kernel.sync;
@@ -191,7 +193,7 @@ void HostedInstrument::noteWhetherItRests() noexcept
 
 // A store between two cycles does what a parameter event at the start of the next one would, but needs no
 // queue that could overflow, and can be read back at once.
-bool HostedInstrument::setValue(ParameterAddress address, double value) noexcept
+bool HostedInstrument::setValue(ParameterAddress address, double value) noexcept VELOTRINE_NONBLOCKING
 {
     const auto bounded = valueFromHost(address, value);
     if (!bounded)
@@ -201,7 +203,7 @@ bool HostedInstrument::setValue(ParameterAddress address, double value) noexcept
     return true;
 }
 
-float HostedInstrument::value(ParameterAddress address) const noexcept
+float HostedInstrument::value(ParameterAddress address) const noexcept VELOTRINE_NONBLOCKING
 {
     return unit->dspKernel->parameter(address);
 }

@@ -5,6 +5,7 @@
 #include "audiounit/StereoOutput.h"
 #include "audiounit/VelotrineAudioUnit.h"
 #include "engine/AddressSet.h"
+#include "engine/Nonblocking.h"
 #include "engine/Shared.h"
 #include "plugin/HostTransport.h"
 #include "plugin/HostedState.h"
@@ -59,26 +60,26 @@ public:
     void release();
 
     /// Ends all sound and puts the clock back to its start. Render thread.
-    void reset() noexcept;
+    void reset() noexcept VELOTRINE_NONBLOCKING;
 
     /// The host's transport from the next frame on; it takes effect with the next render cycle. None for a
     /// host without one: what was last known stays in force. Render thread.
-    void setTransport(const std::optional<HostTransport>& transport) noexcept;
+    void setTransport(const std::optional<HostTransport>& transport) noexcept VELOTRINE_NONBLOCKING;
 
     /// Fills the output. Silence while not ready. Values set between two calls take effect with the next
     /// render cycle, so a host that wants a value at a certain frame renders up to it first. Render thread.
     /// @param frames  any number; none for fewer than 1
-    void render(StereoOutput output, int frames) noexcept;
+    void render(StereoOutput output, int frames) noexcept VELOTRINE_NONBLOCKING;
 
     // Values
 
     /// Sets a parameter, bounded to its range and to whole numbers where it has steps. False, and nothing
     /// changes, for a value that is not finite and for an address that no parameter has. The host is not
     /// told. Any thread.
-    bool setValue(ParameterAddress address, double value) noexcept;
+    bool setValue(ParameterAddress address, double value) noexcept VELOTRINE_NONBLOCKING;
 
     /// The value in force; 0 for an address that no parameter has. Any thread.
-    [[nodiscard]] float value(ParameterAddress address) const noexcept;
+    [[nodiscard]] float value(ParameterAddress address) const noexcept VELOTRINE_NONBLOCKING;
 
     /// Tells the tree's observers, an editor among them, which values the host has set since the last call.
     /// Call it about 60 times a second while an editor is open. Main thread.
@@ -120,10 +121,11 @@ public:
 
 private:
     void dropRenderResources();
-    [[nodiscard]] bool goesOnResting() const noexcept;
-    void noteWhetherItRests() noexcept;
+    [[nodiscard]] bool goesOnResting() const noexcept VELOTRINE_NONBLOCKING;
+    void noteWhetherItRests() noexcept VELOTRINE_NONBLOCKING;
     void connectTransport();
-    bool answerMusicalContext(double* tempo, double* numerator, std::int64_t* denominator) noexcept;
+    bool answerMusicalContext(double* tempo, double* numerator,
+                              std::int64_t* denominator) noexcept VELOTRINE_NONBLOCKING;
     void observeEdits();
     void noteEdit(const AUParameterAutomationEvent& event);
     void tellHost(ParameterAddress address, float value);

@@ -152,7 +152,7 @@ void OutputFile::commitTogether(const std::vector<OutputFile*>& outputs)
 {
     const auto isStream = std::mem_fn(&OutputFile::isStream_);
     auto files = outputs;
-    const auto firstFile = std::ranges::stable_partition(files, isStream).begin();
+    const auto firstFile = std::stable_partition(files.begin(), files.end(), isStream);
     const std::vector<OutputFile*> streams(files.begin(), firstFile);
     files.erase(files.begin(), firstFile);
 

@@ -109,20 +109,26 @@ clap_process_status ClapPlugin::process(const clap_process_t* process)
 {
     if (process == nullptr)
         return CLAP_PROCESS_ERROR;
+    renderBlock(*process);
+    return CLAP_PROCESS_CONTINUE;
+}
+
+void ClapPlugin::renderBlock(const clap_process_t& block) noexcept VELOTRINE_NONBLOCKING
+{
     constexpr auto longest = static_cast<std::uint32_t>(std::numeric_limits<int>::max());
-    const auto frames = std::min(process->frames_count, longest);
-    const auto output = outputOf(*process);
+    const auto frames = std::min(block.frames_count, longest);
+    const auto output = outputOf(block);
     std::uint32_t rendered = 0;
     const auto renderUpTo = [&](std::uint32_t frame) {
         instrument.render(output.from(static_cast<int>(rendered)), static_cast<int>(frame - rendered));
         rendered = frame;
     };
 
-    applyTransport(process->transport);
-    if (const auto* const in = process->in_events) {
-        const auto count = in->size(in);
+    applyTransport(block.transport);
+    if (const auto* const in = block.in_events) {
+        VELOTRINE_UNFOLLOWED(const auto count = in->size(in);) // the host's own code
         for (std::uint32_t i = 0; i < count; ++i) {
-            const auto* const event = in->get(in, i);
+            VELOTRINE_UNFOLLOWED(const auto* const event = in->get(in, i);) // likewise
             if (event == nullptr)
                 continue;
             renderUpTo(std::clamp(event->time, rendered, frames));
@@ -130,8 +136,7 @@ clap_process_status ClapPlugin::process(const clap_process_t* process)
         }
     }
     renderUpTo(frames);
-    handOverEdits(process->out_events, frames > 0 ? frames - 1 : 0);
-    return CLAP_PROCESS_CONTINUE;
+    handOverEdits(block.out_events, frames > 0 ? frames - 1 : 0);
 }
 
 const void* ClapPlugin::extension(const char* id)
@@ -141,7 +146,7 @@ const void* ClapPlugin::extension(const char* id)
 
 void ClapPlugin::onMainThread() {}
 
-void ClapPlugin::applyEvent(const clap_event_header_t& event) noexcept
+void ClapPlugin::applyEvent(const clap_event_header_t& event) noexcept VELOTRINE_NONBLOCKING
 {
     if (event.space_id != CLAP_CORE_EVENT_SPACE_ID)
         return;
@@ -153,7 +158,7 @@ void ClapPlugin::applyEvent(const clap_event_header_t& event) noexcept
     }
 }
 
-void ClapPlugin::applyTransport(const clap_event_transport_t* transport) noexcept
+void ClapPlugin::applyTransport(const clap_event_transport_t* transport) noexcept VELOTRINE_NONBLOCKING
 {
     if (transport == nullptr) {
         instrument.setTransport(std::nullopt);
@@ -172,10 +177,11 @@ void ClapPlugin::applyTransport(const clap_event_transport_t* transport) noexcep
     instrument.setTransport(told);
 }
 
-void ClapPlugin::handOverEdits(const clap_output_events_t* out, std::uint32_t frame) noexcept
+void ClapPlugin::handOverEdits(const clap_output_events_t* out,
+                               std::uint32_t frame) noexcept VELOTRINE_NONBLOCKING
 {
     if (out != nullptr)
-        edits.handOver(ClapEventWriter{*out, frame});
+        VELOTRINE_UNFOLLOWED(edits.handOver(ClapEventWriter{*out, frame});) // calls the host's own code
 }
 
 std::uint32_t ClapPlugin::audioPortCount(bool isInput)

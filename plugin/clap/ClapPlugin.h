@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/Nonblocking.h"
 #include "plugin/HostedInstrument.h"
 #include "plugin/InstrumentHost.h"
 #include "plugin/PendingEdits.h"
@@ -87,9 +88,10 @@ private:
     void valueChanged(ParameterAddress address, float value) override;
     void endGesture(ParameterAddress address) override;
 
-    void applyEvent(const clap_event_header_t& event) noexcept;
-    void applyTransport(const clap_event_transport_t* transport) noexcept;
-    void handOverEdits(const clap_output_events_t* out, std::uint32_t frame) noexcept;
+    void renderBlock(const clap_process_t& block) noexcept VELOTRINE_NONBLOCKING;
+    void applyEvent(const clap_event_header_t& event) noexcept VELOTRINE_NONBLOCKING;
+    void applyTransport(const clap_event_transport_t* transport) noexcept VELOTRINE_NONBLOCKING;
+    void handOverEdits(const clap_output_events_t* out, std::uint32_t frame) noexcept VELOTRINE_NONBLOCKING;
     void logError(const std::string& message) const;
 
     [[nodiscard]] EmbeddedEditor* editor() noexcept { return gui ? gui->editor() : nullptr; }

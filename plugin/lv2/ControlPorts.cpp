@@ -24,7 +24,7 @@ ControlPorts::ControlPorts()
         lastValues[parameter.address] = parameter.initialValue;
 }
 
-void ControlPorts::applyTo(HostedInstrument& instrument) noexcept
+void ControlPorts::applyTo(HostedInstrument& instrument) noexcept VELOTRINE_NONBLOCKING
 {
     const auto states = restored.load();
     for (ParameterAddress address = 0; address < parameterCount; ++address)
@@ -33,7 +33,8 @@ void ControlPorts::applyTo(HostedInstrument& instrument) noexcept
     settled = states;
 }
 
-void ControlPorts::apply(ParameterAddress address, float port, HostedInstrument& instrument) noexcept
+void ControlPorts::apply(ParameterAddress address, float port,
+                         HostedInstrument& instrument) noexcept VELOTRINE_NONBLOCKING
 {
     if (lastValues[address] == port)
         return;

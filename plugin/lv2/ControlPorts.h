@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/AddressSet.h"
+#include "engine/Nonblocking.h"
 #include "engine/ParameterAddress.h"
 #include "engine/Shared.h"
 #include "plugin/HostedInstrument.h"
@@ -36,11 +37,12 @@ public:
 
     /// Looks at all connected ports and hands the instrument the values of those that win; then no state is
     /// pending any more, unless one was restored meanwhile. Render thread.
-    void applyTo(HostedInstrument& instrument) noexcept;
+    void applyTo(HostedInstrument& instrument) noexcept VELOTRINE_NONBLOCKING;
 
     /// The same for one port whose value comes another way, while nothing runs. What is pending stays so.
     /// Main thread.
-    void apply(ParameterAddress address, float port, HostedInstrument& instrument) noexcept;
+    void apply(ParameterAddress address, float port,
+               HostedInstrument& instrument) noexcept VELOTRINE_NONBLOCKING;
 
     /// A state has been restored, and is pending. Any thread.
     void stateRestored() noexcept { ++restored; }

@@ -44,7 +44,7 @@ void Lv2Plugin::deactivate()
     isActive = false;
 }
 
-void Lv2Plugin::run(std::uint32_t frames) noexcept
+void Lv2Plugin::run(std::uint32_t frames) noexcept VELOTRINE_NONBLOCKING
 {
     constexpr auto longest = static_cast<std::uint32_t>(std::numeric_limits<int>::max());
     frames = std::min(frames, longest);
@@ -67,7 +67,7 @@ void Lv2Plugin::showPort(ParameterAddress address, float value) noexcept
 }
 
 template <typename RenderUpTo>
-void Lv2Plugin::applyEvents(RenderUpTo&& renderUpTo) noexcept
+void Lv2Plugin::applyEvents(RenderUpTo&& renderUpTo) noexcept VELOTRINE_NONBLOCKING
 {
     if (time == nullptr || !timePosition.isSequence(time->atom) || time->atom.size < sizeof time->body)
         return;

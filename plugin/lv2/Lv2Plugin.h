@@ -27,7 +27,7 @@ public:
 
     void connectPort(std::uint32_t port, void* data) noexcept;
     void activate();
-    void run(std::uint32_t frames) noexcept;
+    void run(std::uint32_t frames) noexcept VELOTRINE_NONBLOCKING;
     void deactivate();
 
     LV2_State_Status save(LV2_State_Store_Function store, LV2_State_Handle handle) const;
@@ -59,7 +59,7 @@ private:
     void endGesture(ParameterAddress address) override;
 
     template <typename RenderUpTo>
-    void applyEvents(RenderUpTo&& renderUpTo) noexcept;
+    void applyEvents(RenderUpTo&& renderUpTo) noexcept VELOTRINE_NONBLOCKING;
 
     const double hostSampleRate;
     const Lv2Log hostLog;

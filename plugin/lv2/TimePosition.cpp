@@ -39,7 +39,7 @@ TimePosition::TimePosition(const LV2_URID_Map& map)
       beatUnit(idOf(map, LV2_TIME__beatUnit))
 {}
 
-double TimePosition::number(const LV2_Atom& atom, double fallback) const noexcept
+double TimePosition::number(const LV2_Atom& atom, double fallback) const noexcept VELOTRINE_NONBLOCKING
 {
     if (atom.type == floating)
         return valueOf<float>(atom, fallback);
@@ -52,7 +52,8 @@ double TimePosition::number(const LV2_Atom& atom, double fallback) const noexcep
     return fallback;
 }
 
-bool TimePosition::update(HostTransport& transport, const LV2_Atom& event) const noexcept
+bool TimePosition::update(HostTransport& transport,
+                          const LV2_Atom& event) const noexcept VELOTRINE_NONBLOCKING
 {
     const auto isObject = event.type == object || event.type == blank || event.type == resource;
     if (!isObject || event.size < sizeof(LV2_Atom_Object_Body))

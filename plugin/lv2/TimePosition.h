@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/Nonblocking.h"
 #include "plugin/HostTransport.h"
 
 #include <lv2/atom/atom.h>
@@ -17,12 +18,12 @@ public:
 
     /// Updates the transport with what an event reports; leaves what the event does not mention, or gives in
     /// a form that the format does not know. False for an event of another kind. Render thread.
-    bool update(HostTransport& transport, const LV2_Atom& event) const noexcept;
+    bool update(HostTransport& transport, const LV2_Atom& event) const noexcept VELOTRINE_NONBLOCKING;
 
     [[nodiscard]] bool isSequence(const LV2_Atom& atom) const noexcept { return atom.type == sequence; }
 
 private:
-    [[nodiscard]] double number(const LV2_Atom& atom, double fallback) const noexcept;
+    [[nodiscard]] double number(const LV2_Atom& atom, double fallback) const noexcept VELOTRINE_NONBLOCKING;
 
     LV2_URID sequence, object, blank, resource;
     LV2_URID integer, longInteger, floating, doubleFloating;

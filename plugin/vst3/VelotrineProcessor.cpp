@@ -69,9 +69,12 @@ void VelotrineProcessor::reset()
     instrument.reset();
 }
 
-void VelotrineProcessor::processBlock(juce::AudioBuffer<float>& buffer, juce::MidiBuffer&)
+void VelotrineProcessor::processBlock(juce::AudioBuffer<float>& buffer,
+                                      juce::MidiBuffer&) noexcept VELOTRINE_NONBLOCKING
 {
-    instrument.setTransport(transportOf(getPlayHead()));
+    // JUCE's wrapper, which has the host's words by then.
+    VELOTRINE_UNFOLLOWED(const auto transport = transportOf(getPlayHead());)
+    instrument.setTransport(transport);
     const auto channel = [&buffer](int index) {
         return index < buffer.getNumChannels() ? buffer.getWritePointer(index) : nullptr;
     };

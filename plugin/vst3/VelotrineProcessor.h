@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audiounit/Identity.h"
+#include "engine/Nonblocking.h"
 #include "plugin/HostedInstrument.h"
 #include "plugin/InstrumentHost.h"
 #include "plugin/vst3/VelotrineParameter.h"
@@ -31,7 +32,8 @@ public:
     void releaseResources() override;
     void reset() override;
     using AudioProcessor::processBlock;
-    void processBlock(juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midi) override;
+    void processBlock(juce::AudioBuffer<float>& buffer,
+                      juce::MidiBuffer& midi) noexcept VELOTRINE_NONBLOCKING override;
 
     using AudioProcessor::processBlockBypassed;
 

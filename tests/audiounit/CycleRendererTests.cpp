@@ -1,5 +1,6 @@
 #include "audiounit/CycleRenderer.h"
 
+#include "engine/Nonblocking.h"
 #include "tests/support/TestInstrument.h"
 
 #include <algorithm>
@@ -29,6 +30,7 @@ struct CountingUnit
                          output->mBuffers.size() == 2 &&
                          output->mBuffers[0].mDataByteSize == frames * sizeof(float) &&
                          output->mBuffers[1].mDataByteSize == frames * sizeof(float);
+            VELOTRINE_MAY_BLOCK();
             cycles.push_back(static_cast<int>(frames));
             times.push_back(timestamp->mSampleTime);
             if (cycles.size() == refusedCycle)

@@ -1,5 +1,6 @@
 #include "audiounit/VelotrineAudioUnit.h"
 
+#include "engine/Nonblocking.h"
 #include "tests/support/TestInstrument.h"
 
 #include <atomic>
@@ -22,6 +23,7 @@ struct FakeHost
     {
         return [this](double* askedTempo, double* askedNumerator, std::int64_t* askedDenominator,
                       double* beatPosition, std::int64_t* framesToNextBeat, double* barStart) {
+            VELOTRINE_MAY_BLOCK();
             calls.emplace_back("context");
             askedForAll = askedTempo && askedNumerator && askedDenominator && beatPosition &&
                           framesToNextBeat && barStart;
@@ -41,6 +43,7 @@ struct FakeHost
     {
         return [this](AUHostTransportStateFlags* askedFlags, double* position, double* loopStart,
                       double* loopEnd) {
+            VELOTRINE_MAY_BLOCK();
             calls.emplace_back("transport");
             askedForAll = askedForAll && askedFlags && position && loopStart && loopEnd;
             *askedFlags = flags;

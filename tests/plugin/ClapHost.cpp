@@ -1,5 +1,7 @@
 #include "tests/plugin/ClapHost.h"
 
+#include "engine/Nonblocking.h"
+
 #include <algorithm>
 #include <array>
 #include <dlfcn.h>
@@ -24,6 +26,7 @@ std::string shortNumber(double value)
 
 bool takeEvent(const clap_output_events_t* list, const clap_event_header_t* event)
 {
+    VELOTRINE_MAY_BLOCK();
     auto& told = static_cast<ClapHost*>(list->ctx)->told;
     if (event->type == CLAP_EVENT_PARAM_VALUE) {
         const auto& change = *reinterpret_cast<const clap_event_param_value_t*>(event);

@@ -21,7 +21,6 @@ namespace {
 
 constexpr auto activity = addressOf(GlobalParameter::activity);
 constexpr auto rootNote = addressOf(GlobalParameter::rootNote);
-constexpr auto volume = addressOf(GlobalParameter::volume);
 constexpr auto sync = addressOf(GlobalParameter::sync);
 const auto spotsOfRing1 = addressOf(RingParameter::spots, 0);
 

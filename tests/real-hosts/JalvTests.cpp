@@ -2,24 +2,13 @@
 
 #include "audiounit/Parameters.h"
 #include "plugin/HostedInstrument.h"
-#include "plugin/lv2/Lv2Names.h"
-#include "tests/support/ChildProcess.h"
-#include "tests/support/JackServer.h"
+#include "tests/real-hosts/JalvProcess.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/Sound.h"
 
-#include <array>
-#include <chrono>
 #include <cmath>
-#include <csignal>
-#include <cstdlib>
-#include <fcntl.h>
 #include <map>
-#include <memory>
-#include <stdexcept>
 #include <string>
-#include <thread>
-#include <unistd.h>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -44,42 +33,10 @@ const std::map<std::string, double>& metronome()
     return values;
 }
 
-/// The plug-in in jalv, on a JACK server of the test's own.
 class Jalv : public testing::TestWithParam<bool>
 {
 protected:
-    Jalv()
-    {
-        ::setenv("JACK_DEFAULT_SERVER", ("velotrine-test-" + std::to_string(::getpid())).c_str(), 1);
-        server = std::make_unique<JackServer>(std::vector<std::string>{"--sync"});
-        // jalv ends when its input does.
-        if (::pipe2(input.data(), O_CLOEXEC) != 0)
-            throw std::runtime_error("no pipe");
-        std::vector<std::string> command{"jalv", "-x", "-n", "velotrine"};
-        for (const auto& [symbol, value] : metronome()) {
-            command.emplace_back("-c");
-            command.push_back(symbol + "=" + std::to_string(value));
-        }
-        command.emplace_back(lv2PluginUri);
-        ProcessSurroundings surroundings;
-        surroundings.environment = {{"LV2_PATH", VELOTRINE_LV2_BUNDLES ":/usr/lib/lv2"}};
-        surroundings.beforeStart = [this] { ::dup2(input[0], STDIN_FILENO); };
-        jalv = std::make_unique<ChildProcess>(command, surroundings);
-    }
-
-    ~Jalv() override
-    {
-        ::close(input[0]);
-        ::close(input[1]);
-        jalv->send(SIGTERM);
-        // JACK wants its clients to close.
-        for (int i = 0; i < 500 && !jalv->hasEnded(); ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-
-    std::unique_ptr<JackServer> server;
-    std::array<int, 2> input{};
-    std::unique_ptr<ChildProcess> jalv; ///< ends before the server
+    JalvProcess jalv{metronome()};
 };
 
 /// Where the hand crosses a spot: at every quarter note of the transport, a thousandth of a bar late.

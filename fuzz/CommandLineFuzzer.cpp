@@ -1,0 +1,58 @@
+// What somebody types behind "velotrine": each line of the input is an argument. Nothing is rendered, so that
+// a thousand mistakes a second can be made; what would be rendered is checked instead.
+
+#include "audiounit/Parameters.h"
+#include "fuzz/Demand.h"
+#include "render/CommandLine.h"
+#include "render/RenderJob.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace velotrine {
+
+/// In place of the program's own.
+void runRenderJob(const RenderOptions& options)
+{
+    for (const auto& [address, value] : options.settings) {
+        const auto& parameter = parameterTable().at(address);
+        demand(value >= parameter.minValue && value <= parameter.maxValue, "a setting is within its range");
+    }
+    demand(options.presetNumber.has_value() || !options.statePath.empty(), "there is something to play");
+    demand(options.bars > 0.0 && options.bars <= 43200.0, "the length in bars is bounded");
+    demand(!options.seconds || (*options.seconds > 0.0 && *options.seconds <= maxRenderSeconds),
+           "the length in seconds is bounded");
+    demand(!options.tempo || (*options.tempo >= minTempo && *options.tempo <= maxTempo),
+           "the tempo is bounded");
+    demand(options.sampleRate >= 8000 && options.sampleRate <= 768000, "the sample rate is bounded");
+    demand(options.blockFrames >= 1 && options.blockFrames <= 8192, "the block is bounded");
+    demand(options.tailSeconds >= 0.0 && options.tailSeconds <= 3600.0, "the tail is bounded");
+    demand(!options.outPath.empty(), "there is a place for the sound");
+}
+
+namespace {
+
+void run(const std::string& input)
+{
+    std::vector<std::string> typed{"velotrine"};
+    std::istringstream lines(input);
+    for (std::string line; std::getline(lines, line);)
+        typed.push_back(line);
+    std::vector<const char*> arguments;
+    for (const auto& argument : typed)
+        arguments.push_back(argument.c_str());
+    const auto exitCode = runCommandLine(static_cast<int>(arguments.size()), arguments.data());
+    demand(exitCode == 0 || exitCode == 1 || exitCode == 2, "an exit code is one of three");
+}
+
+} // namespace
+} // namespace velotrine
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    velotrine::run({reinterpret_cast<const char*>(data), size});
+    return 0;
+}

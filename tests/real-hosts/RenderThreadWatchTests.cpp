@@ -1,0 +1,88 @@
+// What the plug-in does on the render thread of a host that others wrote, seen by a library that is loaded
+// before all else (tests/render-thread-watch).
+
+#include "tests/real-hosts/JackConductor.h"
+#include "tests/real-hosts/JalvProcess.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace velotrine {
+namespace {
+
+constexpr int cyclesPerSecond = 48000 / 256;
+
+/// VELOTRINE_WATCH_SECONDS in the environment says how long; four seconds unless told otherwise.
+int watchSeconds()
+{
+    const auto* const wanted = std::getenv("VELOTRINE_WATCH_SECONDS");
+    return wanted != nullptr ? std::max(1, std::atoi(wanted)) : 4;
+}
+
+struct Watch
+{
+    std::string log; ///< what was found, with stacks, then the numbers below
+    long calls = 0;
+    long findings = -1; ///< still that where nothing was watched
+    bool sounded = false;
+};
+
+/// Plays in jalv for so long, with every spot firing.
+/// @param plant  what the watch does itself in each call, as if the plug-in did; empty for nothing
+Watch watchJalv(int seconds, const std::string& plant)
+{
+    const TemporaryFolder folder;
+    Watch watch;
+    {
+        const JalvProcess jalv({{"activity", 1}, {"calories", 1}, {"probR1", 1}, {"probR2", 1}, {"bpm", 300}},
+                               {{"LD_PRELOAD", VELOTRINE_RENDER_THREAD_WATCH},
+                                {"VELOTRINE_WATCH_LOG", folder.file("log")},
+                                {"VELOTRINE_WATCH_PLANT", plant}});
+        JackConductor conductor;
+        if (!conductor.listenTo("velotrine"))
+            throw std::runtime_error("jalv does not come");
+        const auto end = seconds * cyclesPerSecond;
+        const auto take = conductor.perform({.start = 10,
+                                             .tempoChange = end / 2,
+                                             .stop = end - 10,
+                                             .end = end,
+                                             .tempo = 240.0,
+                                             .laterTempo = 97.0},
+                                            false);
+        watch.sounded = std::ranges::any_of(take.left, [](float sample) { return sample != 0.0f; });
+    }
+    watch.log = folder.read("log");
+    const auto numbers = watch.log.rfind("render calls: ");
+    if (numbers != std::string::npos)
+        std::sscanf(watch.log.c_str() + numbers, "render calls: %ld, findings: %ld", &watch.calls,
+                    &watch.findings);
+    return watch;
+}
+
+TEST(RenderThreadWatch, SeesNothingInThePlugin)
+{
+    const auto seconds = watchSeconds();
+    const auto watch = watchJalv(seconds, "");
+    EXPECT_EQ(watch.findings, 0) << watch.log;
+    EXPECT_GE(watch.calls, (seconds - 1) * cyclesPerSecond);
+    EXPECT_TRUE(watch.sounded);
+}
+
+TEST(RenderThreadWatch, SeesWhatIsPlanted)
+{
+    for (const auto& [plant, call] : {std::pair{"malloc", "on the render thread: malloc\n"},
+                                      {"lock", "on the render thread: pthread_mutex_lock\n"},
+                                      {"sleep", "on the render thread: nanosleep\n"}}) {
+        const auto watch = watchJalv(1, plant);
+        EXPECT_GE(watch.findings, watch.calls) << plant;
+        EXPECT_NE(watch.log.find(call), std::string::npos) << watch.log;
+    }
+}
+
+} // namespace
+} // namespace velotrine
