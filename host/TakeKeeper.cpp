@@ -39,7 +39,7 @@ TakeKeeper::~TakeKeeper()
 {
     stopTimer();
     if (writing.valid())
-        writing.wait();
+        (void)outcome();
 }
 
 void TakeKeeper::collect()
@@ -48,6 +48,8 @@ void TakeKeeper::collect()
         assembler.add(record);
         log.add(record);
     });
+    if (assembler.isRecording())
+        log.add({.frame = tap.frames(), .bits = 0, .kind = TakeRecord::Kind::reached, .target = {}});
     log.flush();
     for (auto& take : assembler.finishedTakes())
         lastFinished = std::move(take);
@@ -100,12 +102,18 @@ void TakeKeeper::timerCallback()
         return;
     if (writing.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
         return say("Keeping the take: " + juce::String(juce::roundToInt(100.0 * progress)) + " %", true);
-    const auto outcome = writing.get();
+    say(outcome());
+}
+
+/// Waits for it, if it is not there.
+juce::String TakeKeeper::outcome()
+{
+    const auto words = writing.get();
     if (!hasFailed) {
         log.forgetLeftBehind();
         leftBehind.clear();
     }
-    say(outcome);
+    return words;
 }
 
 juce::File TakeKeeper::freeName(const juce::String& name) const

@@ -70,6 +70,7 @@ private:
 
     void timerCallback() override;
     void collect();
+    juce::String outcome();
     [[nodiscard]] std::optional<Take> lastTake() const;
     [[nodiscard]] juce::File freeName(const juce::String& name) const;
     void say(const juce::String& text, bool goesOn = false) const;

@@ -19,6 +19,7 @@ struct TakeRecord
         generator, ///< how far the dice have come by then: `bits` is the generator's state
         start,     ///< a value by then
         change,    ///< a value that is another from the cycle at `frame` on
+        reached,   ///< the take has come to `frame`; for a log, where no end may follow
         end,       ///< the take ends at `frame`
     };
 

@@ -15,9 +15,8 @@ std::optional<Take> TakeAssembler::takeSoFar(std::int64_t frames) const
     if (!current)
         return std::nullopt;
     auto take = *current;
-    const auto last = take.changes.empty() ? 0.0 : take.changes.back().time.amount;
-    take.changes.push_back(
-        {.time = {.amount = std::max(last, static_cast<double>(frames))}, .target = TakeTarget::end});
+    take.changes.push_back({.time = {.amount = static_cast<double>(std::max(frames, framesReached))},
+                            .target = TakeTarget::end});
     return take;
 }
 
@@ -26,11 +25,13 @@ void TakeAssembler::add(const TakeRecord& record)
     const auto frame = static_cast<double>(record.frame);
     if (record.kind == TakeRecord::Kind::begin) {
         current.emplace();
+        framesReached = 0;
         current->start.sampleRate = record.value();
     }
     // What comes behind the longest take.
     if (!current)
         return;
+    framesReached = std::max(framesReached, record.frame);
     if (record.kind == TakeRecord::Kind::generator)
         current->start.generator = record.bits;
     else if (record.kind == TakeRecord::Kind::start)

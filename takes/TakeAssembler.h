@@ -19,8 +19,11 @@ public:
     /// The takes that have ended, oldest first; each is handed out once. The last change of each is its end.
     [[nodiscard]] std::vector<Take> finishedTakes();
 
+    /// Whether a take has begun that has not ended.
+    [[nodiscard]] bool isRecording() const noexcept { return current.has_value(); }
+
     /// The take that has begun and has not ended, as if it ended now; none where there is none.
-    /// @param frames  its length so far, if that is known to be more than its last change
+    /// @param frames  its length so far, if that is known to be more than the records say
     [[nodiscard]] std::optional<Take> takeSoFar(std::int64_t frames = 0) const;
 
 private:
@@ -28,6 +31,7 @@ private:
     void finish(double frame);
 
     std::optional<Take> current;
+    std::int64_t framesReached = 0; ///< by the current take
     std::vector<Take> finished;
 };
 

@@ -73,6 +73,23 @@ TEST_F(Log, HandsOutWhatAKilledProgramLeftBehindOnce)
     EXPECT_TRUE(log.leftBehind().empty());
 }
 
+TEST_F(Log, KnowsHowFarATakeHadComeInWhichNothingChanged)
+{
+    const auto child = fork();
+    if (child == 0) {
+        TakeLog log(folder);
+        addTake(log, 48000.0);
+        log.add(record(TakeRecord::Kind::reached, 96000));
+        log.flush();
+        raise(SIGKILL);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    const auto takes = TakeLog(folder).leftBehind();
+    ASSERT_EQ(takes.size(), 1U);
+    EXPECT_EQ(takes[0].changes.back(), (TakeChange{.time = {.amount = 96000.0}, .target = TakeTarget::end}));
+}
+
 TEST_F(Log, KeepsTheNewestTwoTakes)
 {
     beKilledAfter({8000.0, 9000.0, 10000.0, 11000.0});

@@ -122,6 +122,8 @@ TEST_F(TakesInTheApplication, AreThreeFilesAndOnlyTheLastPlay)
     pressKey("ctrl+k");
     runMessagesFor(0.5);
     EXPECT_THAT(kept(".wav"), IsEmpty()) << "nothing has played";
+    const JackRecorder listener(1.0); // so that the server drives the clock
+    ASSERT_TRUE(listener.isConnected());
     for (int play = 0; play < 2; ++play) {
         pressKey("space");
         runMessagesFor(play == 0 ? 6.0 : 2.0);
@@ -138,8 +140,12 @@ TEST_F(TakesInTheApplication, AreThreeFilesAndOnlyTheLastPlay)
 
 TEST_F(TakesInTheApplication, SurviveTheApplicationThatIsKilled)
 {
-    pressKey("space");
-    runMessagesFor(2.0);
+    {
+        const JackRecorder listener(1.0); // so that the server drives the clock
+        ASSERT_TRUE(listener.isConnected());
+        pressKey("space");
+        runMessagesFor(3.0);
+    }
     application->send(SIGKILL);
     ASSERT_TRUE(ends());
     launch();
