@@ -11,7 +11,8 @@
 
 namespace velotrine {
 
-/// What a take can change: the parameters by address, and what comes behind them.
+/// What a take can change: the parameters by address, and what comes behind them. Also the order in which the
+/// members of one change in a text are done.
 enum class TakeTarget : std::uint8_t
 {
     firstBehindParameters = parameterCount,

@@ -6,7 +6,6 @@
 #include "takes/TakeNames.h"
 
 #include <array>
-#include <bitset>
 #include <charconv>
 #include <cstdint>
 #include <span>
@@ -61,21 +60,19 @@ std::string startText(const TakeStart& start)
     return jsonObject(members, 1);
 }
 
-/// How many of the changes, from the first on, fit into one object: all at one time, each value once, and
-/// ramps of one length.
+/// How many of the changes, from the first on, fit into one object: all at one time, ramps of one length, and
+/// in the order in which they are read.
 std::size_t lengthOfGroup(std::span<const TakeChange> changes)
 {
-    std::bitset<static_cast<std::size_t>(TakeTarget::end) + 1> seen;
     std::optional<double> overBars;
     std::size_t length = 0;
     for (; length < changes.size(); ++length) {
         const auto& change = changes[length];
-        const auto target = static_cast<std::size_t>(change.target);
         const bool isParameter = parameterOf(change.target).has_value();
-        if (change.time != changes.front().time || seen[target] ||
+        const bool isNext = length == 0 || change.target > changes[length - 1].target;
+        if (!isNext || change.time != changes.front().time ||
             (isParameter && overBars.value_or(change.overBars) != change.overBars))
             break;
-        seen.set(target);
         if (isParameter)
             overBars = change.overBars;
     }

@@ -87,20 +87,22 @@ TEST(TakeText, SaysAllThatATakeIs)
     EXPECT_EQ(reading(text), take);
 }
 
-TEST(TakeText, PutsIntoOneObjectOnlyWhatBelongsTogether)
+TEST(TakeText, PutsIntoOneObjectOnlyWhatIsReadBackInItsOrder)
 {
     Take take;
     take.changes = {{.value = 0.25, .target = target("activity")},
                     {.value = 0.5, .target = target("activity")},
                     {.value = 0.25, .overBars = 2, .target = target("boredom")},
                     {.value = 1, .target = TakeTarget::play},
-                    {.value = 0.25, .overBars = 3, .target = target("calories")}};
+                    {.value = 0.25, .overBars = 3, .target = target("calories")},
+                    {.value = 0.25, .overBars = 3, .target = target("boredom")}};
     const auto text = textFromTake(take);
     EXPECT_THAT(text, HasSubstr(R"("changes": [
     {"frame": 0, "set": {"activity": 0.25}},
     {"frame": 0, "set": {"activity": 0.5}},
     {"frame": 0, "set": {"boredom": 0.25}, "over": 2, "play": true},
-    {"frame": 0, "set": {"calories": 0.25}, "over": 3}
+    {"frame": 0, "set": {"calories": 0.25}, "over": 3},
+    {"frame": 0, "set": {"boredom": 0.25}, "over": 3}
   ])"));
     EXPECT_EQ(reading(text), take);
 }
