@@ -83,7 +83,7 @@ struct TakeStart
 
     double sampleRate = 48000.0; ///< Hz; frames are counted in it
     int cycleFrames = 32;
-    std::array<float, parameterCount> values; ///< by address
+    std::array<float, parameterCount> values{}; ///< by address
     std::uint32_t seed = defaultSeed;
     std::optional<std::uint64_t> generator; ///< how far the dice have come; none where the seed begins them
     bool sameMusicAtEveryStart = false;

@@ -28,9 +28,9 @@ constexpr double longestCycle = 8192.0;
 /// A range of numbers, and how to say it.
 struct Range
 {
-    double min;
-    double max;
-    const char* expected;
+    double min = 0.0;
+    double max = 0.0;
+    const char* expected = "";
     bool orZero = false; ///< for what is not told
 };
 

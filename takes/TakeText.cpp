@@ -28,8 +28,12 @@ std::string wholeText(double value)
 std::string objectInALine(const std::vector<JsonMember>& members)
 {
     std::string text = "{";
-    for (const auto& [key, value] : members)
-        text += (text.size() == 1 ? "\"" : ", \"") + key + "\": " + value;
+    for (const auto& [key, value] : members) {
+        text += text.size() == 1 ? "\"" : ", \"";
+        text += key;
+        text += "\": ";
+        text += value;
+    }
     return text + "}";
 }
 

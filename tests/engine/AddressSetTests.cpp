@@ -111,6 +111,7 @@ TEST(SharedAddressSet, LosesNoAddressBetweenThreadsNorWhatWasWrittenBeforeIt)
     std::array<std::atomic<int>, parameterCount> counts{};
     std::atomic<std::size_t> finished{0};
     std::vector<std::jthread> writers;
+    writers.reserve(addresses.size());
     for (const auto address : addresses)
         writers.emplace_back([&, address] {
             for (int count = 1; count <= lastCount; ++count) {
