@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,13 @@
 
 namespace velotrine {
 namespace {
+
+/// In the program that is about to start.
+void readFromStandardInput(const char* file)
+{
+    if (std::freopen(file, "r", stdin) == nullptr)
+        std::abort();
+}
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -131,7 +139,7 @@ TEST_F(ATakesRendering, ComesFromStandardInputToo)
     writeChanges(R"({"bar": 0, "play": true}, {"bar": 1, "end": true})");
     render({"--take", "a.velotrine-take", "--out", "a.wav"});
     auto where = surroundings();
-    where.beforeStart = [] { (void)std::freopen("a.velotrine-take", "r", stdin); };
+    where.beforeStart = [] { readFromStandardInput("a.velotrine-take"); };
     const auto result = runVelotrine({"render", "--take", "-", "--out", "b.wav"}, where);
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_TRUE(folder.read("a.wav") == folder.read("b.wav"));
@@ -346,7 +354,7 @@ TEST_F(Origin, MakesTheSameFileAgain)
     render({"--preset", "7", "--set", "rootNote=Bb", "--bars", "0.5", "--seed", "9", "--out", "a.wav"});
     folder.write("a.json", shown("a.wav"));
     auto where = surroundings();
-    where.beforeStart = [] { (void)std::freopen("a.json", "r", stdin); };
+    where.beforeStart = [] { readFromStandardInput("a.json"); };
     const auto again = runVelotrine({"render", "--state", "-", "--bars", "0.5", "--out", "b.wav"}, where);
     EXPECT_EQ(again.exitCode, 0) << again.err;
     EXPECT_TRUE(folder.read("a.wav") == folder.read("b.wav"));
