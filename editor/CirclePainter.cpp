@@ -71,7 +71,8 @@ void CirclePainter<Pixel>::drawLine(juce::Point<float> from, juce::Point<float> 
     const auto reach = width / 2.0f + edge;
     const auto thickness = std::min(1.0f, width);
     // In a row, what lies within the line's width is as wide as this on either side of its middle.
-    const auto halfSpan = std::abs(along.y) > 0.0f ? reach / std::abs(along.y) : static_cast<float>(pixels.width);
+    const auto halfSpan =
+        std::abs(along.y) > 0.0f ? reach / std::abs(along.y) : static_cast<float>(pixels.width);
 
     const auto box = juce::Rectangle<float>(from, to).expanded(reach);
     const auto rows = boundedSpan(box.getY(), box.getBottom(), clip.getVerticalRange());

@@ -61,9 +61,10 @@ TEST_F(Manual, HasExamplesThatAllRun)
         EXPECT_EQ(result.exitCode, 0) << example;
         EXPECT_EQ(result.err, "") << example;
     }
-    for (const auto* const file : {"drums.wav", "chimes.flac", "preset-9.flac", "activity-0.4.wav",
-                                   "piece-67.mid", "wobbly.mid", "starfish.json", "calm.wav", "loud.wav", "other-100.flac",
-                                   "grows.wav", "grows-R5.wav", "loop.wav", "notes.mid", "again.wav"})
+    for (const auto* const file :
+         {"drums.wav", "chimes.flac", "preset-9.flac", "activity-0.4.wav", "piece-67.mid", "wobbly.mid",
+          "starfish.json", "calm.wav", "loud.wav", "other-100.flac", "grows.wav", "grows-R5.wav", "loop.wav",
+          "notes.mid", "again.wav"})
         EXPECT_THAT(folder.entries(), testing::Contains(file));
 }
 

@@ -24,7 +24,8 @@ class TakesInTheApplication : public ApplicationTest
 protected:
     void SetUp() override
     {
-        environment = {{"HOME", folder.path().string()}, {"XDG_STATE_HOME", (folder.path() / "state").string()}};
+        environment = {{"HOME", folder.path().string()},
+                       {"XDG_STATE_HOME", (folder.path() / "state").string()}};
         launchForUse();
     }
 
@@ -112,9 +113,10 @@ TEST_F(TakesInTheApplication, AreBitForBitWhatWasHeard)
     const auto offset = silentFrames(heard) - silentFrames(take);
     ASSERT_GE(offset, 0);
     ASSERT_GE(heard.size(), static_cast<std::size_t>(offset) + take.size());
-    const auto [first, second] = std::ranges::mismatch(take, std::span(heard).subspan(
-                                                                 static_cast<std::size_t>(offset), take.size()));
-    EXPECT_TRUE(first == take.end()) << "from frame " << first - take.begin() << " of " << take.size() << " on";
+    const auto [first, second] =
+        std::ranges::mismatch(take, std::span(heard).subspan(static_cast<std::size_t>(offset), take.size()));
+    EXPECT_TRUE(first == take.end()) << "from frame " << first - take.begin() << " of " << take.size()
+                                     << " on";
 }
 
 TEST_F(TakesInTheApplication, AreThreeFilesAndOnlyTheLastPlay)
