@@ -1,6 +1,11 @@
 #include "editor/ParameterWriter.h"
 
 #include "audiounit/Parameters.h"
+#include "engine/FatalError.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace velotrine {
 
@@ -8,6 +13,19 @@ ParameterWriter::~ParameterWriter()
 {
     if (gesture)
         endGesture(*gesture);
+}
+
+std::int64_t wholeNumber(float value)
+{
+    if (!(std::abs(value) < static_cast<float>(std::numeric_limits<std::int64_t>::max())))
+        fatalError("a parameter that counts something holds no whole number");
+    return static_cast<std::int64_t>(value);
+}
+
+int boundedIndex(float value, std::size_t count)
+{
+    return static_cast<int>(
+        std::clamp<std::int64_t>(wholeNumber(value), 0, static_cast<std::int64_t>(count) - 1));
 }
 
 std::shared_ptr<AUParameter> ParameterWriter::parameterAt(AUParameterAddress address) const

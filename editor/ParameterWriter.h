@@ -3,11 +3,21 @@
 #include "engine/ParameterAddress.h"
 #include "platform/AUParameterTree.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 
 namespace velotrine {
+
+/// The value of a parameter that counts something. One that is beyond whole numbers, or none, got past all
+/// checks and stops the program.
+[[nodiscard]] std::int64_t wholeNumber(float value);
+
+/// An index into names, for a value that may lie outside.
+/// @param count  of the names, 1 or more
+[[nodiscard]] int boundedIndex(float value, std::size_t count);
 
 /// Reads and writes the parameters of a tree for an editor's controls. Every edit is a gesture: its beginning
 /// and its end are announced, as hosts that record automation expect. Main thread.

@@ -8,12 +8,10 @@
 #include "editor/FontLoader.h"
 #include "editor/JuceText.h"
 #include "editor/KnobsStyleKit.h"
-#include "engine/FatalError.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 
 namespace velotrine {
 
@@ -27,21 +25,6 @@ constexpr float noticeFontScale = 0.7f;
 const ParameterInfo& tempoInfo()
 {
     return parameterTable()[addressOf(GlobalParameter::bpm)];
-}
-
-/// Parameters that count something hold whole numbers; anything else got past all checks.
-std::int64_t wholeNumber(float value)
-{
-    if (!(std::abs(value) < static_cast<float>(std::numeric_limits<std::int64_t>::max())))
-        fatalError("a parameter that counts something holds no whole number");
-    return static_cast<std::int64_t>(value);
-}
-
-/// An index into names, for a value that may lie outside.
-int boundedIndex(float value, std::size_t count)
-{
-    return static_cast<int>(
-        std::clamp<std::int64_t>(wholeNumber(value), 0, static_cast<std::int64_t>(count) - 1));
 }
 
 std::unique_ptr<juce::Label> makeLabel(const juce::String& text)
@@ -260,11 +243,6 @@ void VelotrineAUViewControllerMac::write(ParameterAddress address, float value)
 {
     if (!isRefreshing)
         parameters.write(address, value);
-}
-
-void VelotrineAUViewControllerMac::refreshControls()
-{
-    refresh(AddressSet::all());
 }
 
 void VelotrineAUViewControllerMac::refresh(AddressSet changed)

@@ -42,7 +42,7 @@ public:
     void setTransportNotice(const juce::String& notice);
 
     /// Reads every parameter again.
-    void refreshControls();
+    void refreshControls() { refresh(AddressSet::all()); }
 
     // The user's actions.
     void showRingEditor(int ring);
