@@ -70,7 +70,12 @@ void AppDelegate::buildMenu()
     menu = std::make_unique<MainMenu>(MainMenu::Actions{.showAbout = [this] { showAbout(); },
                                                         .hide = [this] { hideAll(); },
                                                         .showAll = [this] { showAll(); },
-                                                        .terminate = [] { quit(); }});
+                                                        .terminate = [] { quit(); },
+                                                        .settingsEntry =
+                                                            [this](const juce::KeyPress& key) {
+                                                                return hostVC ? hostVC->settingsEntry(key)
+                                                                              : std::nullopt;
+                                                            }});
 }
 
 void AppDelegate::buildWindow()

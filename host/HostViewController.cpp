@@ -3,6 +3,7 @@
 #include "audiounit/VelotrineComponent.h"
 #include "editor/Colours.h"
 #include "editor/Control.h"
+#include "editor/FileDropView.h"
 #include "editor/FontLoader.h"
 #include "engine/FatalError.h"
 #include "engine/ParameterAddress.h"
@@ -55,7 +56,12 @@ HostViewController::~HostViewController()
 
 void HostViewController::loadView()
 {
-    auto root = makeView();
+    auto root = std::make_unique<FileDropView>();
+    root->setBackground(hostBackgroundGrey());
+    root->onFileDropped = [this](const juce::File& file) {
+        if (auViewController)
+            auViewController->tools->openFile(file);
+    };
     root->setSize(initialWidth, initialHeight);
     setView(std::move(root));
 }
@@ -64,8 +70,6 @@ void HostViewController::viewDidLoad()
 {
     buildTopBar();
     buildContainer();
-    notice = std::make_unique<NoticeView>();
-    view().addChildComponent(*notice);
     instantiateAudioUnit();
 }
 
@@ -127,7 +131,7 @@ void HostViewController::rememberTakes()
     if (!instrument)
         return;
     takeKeeper = std::make_unique<TakeKeeper>(around.takePlaces, around.takeWriter);
-    takeKeeper->onNotice = [this](const juce::String& text, bool goesOn) { notice->show(text, goesOn); };
+    takeKeeper->onNotice = [this](const juce::String& text, bool goesOn) { say(text, goesOn); };
     engine.onCycleRendered = [keeper = takeKeeper.get(), kernel = instrument->dspKernel](int frames) {
         keeper->note(*kernel, frames);
     };
@@ -136,8 +140,7 @@ void HostViewController::rememberTakes()
 void HostViewController::offerTakesLeftBehind()
 {
     if (takeKeeper && takeKeeper->hasTakesLeftBehind())
-        notice->show("There is a take from a time when Velotrine ended without warning. Ctrl+K keeps it.",
-                     true);
+        say("There is a take from a time when Velotrine ended without warning. Ctrl+K keeps it.", true);
 }
 
 void HostViewController::keepLastTake()
@@ -183,8 +186,25 @@ void HostViewController::fillPresetPopup()
 void HostViewController::presetChosen()
 {
     const auto index = presetPopup->getSelectedItemIndex();
-    if (index >= 0)
-        applyPreset(presetOfItem.at(static_cast<std::size_t>(index)));
+    if (index < 0)
+        return;
+    const auto& preset = presetOfItem.at(static_cast<std::size_t>(index));
+    const auto apply = [this, &preset] { applyPreset(preset); };
+    if (auViewController)
+        auViewController->tools->settings.changeBy(presetStepName(preset.name), apply);
+    else
+        apply();
+}
+
+/// After something else than the pop-up has chosen it.
+void HostViewController::showChosenPreset()
+{
+    const auto chosen = audioUnit->currentPreset();
+    const auto found = std::ranges::find_if(presetOfItem, [&chosen](const AUAudioUnitPreset& preset) {
+        return chosen && preset.number == chosen->number;
+    });
+    const auto index = found != presetOfItem.end() ? static_cast<int>(found - presetOfItem.begin()) : -1;
+    presetPopup->setSelectedItemIndex(index, juce::dontSendNotification);
 }
 
 void HostViewController::applyPreset(const AUAudioUnitPreset& preset)
@@ -202,8 +222,31 @@ void HostViewController::embedEditor()
     auViewController->audioUnit = std::move(instrument);
     auViewController->hostProvidesSync = false;
     auto& editor = auViewController->view();
+    auto& tools = *auViewController->tools;
+    tools.settings.onReplaced = [this] { showChosenPreset(); };
+    tools.menu.hasPresets = false; // the bar above has them
+    tools.menu.furtherEntries = [this] { return menuEntries(); };
+    tools.opensOn(*topBar);
     editor.setBounds(auContainerView->getLocalBounds());
     auContainerView->addAndMakeVisible(editor);
+}
+
+std::vector<SettingsMenu::Entry> HostViewController::menuEntries()
+{
+    return {{.title = "Keep the Last Take",
+             .key = juce::KeyPress('k', juce::ModifierKeys::commandModifier, 0),
+             .perform = [this] { keepLastTake(); }}};
+}
+
+std::optional<SettingsMenu::Entry> HostViewController::settingsEntry(const juce::KeyPress& key) const
+{
+    return auViewController ? auViewController->tools->menu.entryFor(key) : std::nullopt;
+}
+
+void HostViewController::say(const juce::String& text, bool goesOn) const
+{
+    if (auViewController)
+        auViewController->tools->notice.show(text, goesOn);
 }
 
 void HostViewController::viewDidLayout()
@@ -216,7 +259,6 @@ void HostViewController::viewDidLayout()
     auContainerView->setBounds(bounds.withTop(topBarHeight));
     if (auViewController)
         auViewController->view().setBounds(auContainerView->getLocalBounds());
-    notice->placeIn(bounds);
     helpButton->setBounds(width - controlInset - helpButtonWidth, controlInset, helpButtonWidth,
                           controlHeight);
     const auto popupWidth = juce::jmin(width / 2, widestPresetPopup);

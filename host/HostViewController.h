@@ -6,7 +6,6 @@
 #include "host/AVAudioEngine.h"
 #include "host/AVAudioUnit.h"
 #include "host/HelpWindowController.h"
-#include "host/NoticeView.h"
 #include "host/PopUpButton.h"
 #include "host/Preferences.h"
 #include "host/TakeKeeper.h"
@@ -51,6 +50,9 @@ public:
     /// Writes everything since the instrument last began to play to files, and says in the window where.
     void keepLastTake();
 
+    /// What the context menu has under a key at this moment; see SettingsMenu.
+    [[nodiscard]] std::optional<SettingsMenu::Entry> settingsEntry(const juce::KeyPress& key) const;
+
     /// The help window has just been made. It is made once.
     std::function<void(HelpWindowController&)> onHelpWindowCreated;
 
@@ -67,8 +69,6 @@ public:
 
     /// Says that there is nothing to hear; hidden while there is.
     std::unique_ptr<WrappingLabel> noDeviceLabel;
-
-    std::unique_ptr<NoticeView> notice;
 
 protected:
     void loadView() override;
@@ -88,7 +88,10 @@ private:
     void fillPresetPopup();
     void presetChosen();
     void applyPreset(const AUAudioUnitPreset& preset);
+    void showChosenPreset();
     void embedEditor();
+    [[nodiscard]] std::vector<SettingsMenu::Entry> menuEntries();
+    void say(const juce::String& text, bool goesOn = false) const;
     void helpTapped();
     void updateDeviceLabel() const;
 
