@@ -22,8 +22,19 @@ public:
           window(title, {}, browser, (flags & juce::FileBrowserComponent::saveMode) != 0, colours::panel,
                  &parent)
     {
+        window.setResizable(false, false);
         window.setBounds(parent.getLocalBounds().reduced(margin));
-        window.toFront(true);
+        window.toFront(false);
+    }
+
+    /// Whoever comes by key types the name, whoever comes by mouse clicks.
+    void giveKeyboardToName()
+    {
+        for (auto* const child : browser.getChildren())
+            if (auto* const name = dynamic_cast<juce::TextEditor*>(child)) {
+                name->grabKeyboardFocus();
+                name->selectAll();
+            }
     }
 
     [[nodiscard]] juce::File file() const { return browser.getSelectedFile(0); }
@@ -66,6 +77,7 @@ void FileDialog::show(juce::Component& parent, const juce::String& title, const 
         done(file);
     };
     dialog->window.enterModalState(true, juce::ModalCallbackFunction::create(onEnd), false);
+    dialog->giveKeyboardToName();
 }
 
 } // namespace velotrine

@@ -123,6 +123,9 @@ void SettingsTools::chooseFileToSave()
 void SettingsTools::saveFile(const juce::File& file)
 {
     const auto named = file.getFileExtension().isEmpty() ? file.withFileExtension(stateEnding) : file;
+    // The dialog has asked about the name that was typed.
+    if (named != file && named.exists())
+        return notice.show(inQuotes(named) + " is there already; give its whole name to replace it.");
     try {
         writeSettings(settings.now(), named.getFullPathName().toStdString());
         notice.show("Saved as " + named.getFullPathName());

@@ -7,6 +7,7 @@
 #include "editor/FontLoader.h"
 #include "engine/FatalError.h"
 #include "engine/ParameterAddress.h"
+#include "takes/SettingsFile.h"
 
 #include <algorithm>
 #include <iostream>
@@ -24,6 +25,8 @@ constexpr int controlInset = 8;
 constexpr int controlHeight = 28;
 constexpr int helpButtonWidth = 56;
 constexpr int widestPresetPopup = 220;
+
+constexpr auto backEntry = "Back to Where I Was";
 
 const juce::Colour& hostBackgroundGrey()
 {
@@ -51,6 +54,7 @@ HostViewController::HostViewController(HostSurroundings surroundings)
 
 HostViewController::~HostViewController()
 {
+    settingsKeepers.clear();
     unloadView();
 }
 
@@ -122,7 +126,11 @@ void HostViewController::audioUnitArrived(std::shared_ptr<AVAudioUnit> node)
     forceSyncOff();
     fillPresetPopup();
     embedEditor();
-    offerTakesLeftBehind();
+    if (auViewController) {
+        beginSession();
+        keepSettings();
+        offerWhatWasLeft();
+    }
 }
 
 void HostViewController::rememberTakes()
@@ -137,10 +145,55 @@ void HostViewController::rememberTakes()
     };
 }
 
-void HostViewController::offerTakesLeftBehind()
+/// What nobody has asked to be brought back stays where it is.
+void HostViewController::offerWhatWasLeft()
 {
-    if (takeKeeper && takeKeeper->hasTakesLeftBehind())
-        say("There is a take from a time when Velotrine ended without warning. Ctrl+K keeps it.", true);
+    juce::StringArray offers;
+    if (lastSettings)
+        offers.add(juce::String(backEntry) +
+                   ", in the menu of the secondary button, brings back your last settings.");
+    const auto hasTake = takeKeeper && takeKeeper->hasTakesLeftBehind();
+    if (hasTake)
+        offers.add("There is a take from a time when Velotrine ended without warning. Ctrl+K keeps it.");
+    if (!offers.isEmpty() && !auViewController->tools->notice.isVisible())
+        say(offers.joinIntoString("\n"), hasTake);
+}
+
+/// The session that the user names, and the file to open, come after the first preset.
+void HostViewController::beginSession()
+{
+    auto& tools = *auViewController->tools;
+    const auto session = around.sessionFile;
+    if (session.existsAsFile()) {
+        const auto read = settingsFromFile(session.getFullPathName().toStdString(), tools.settings.now());
+        if (read.settings) {
+            audioUnit->setFullState(stateFromSettings(*read.settings));
+            forceSyncOff();
+            showChosenPreset();
+        } else {
+            say("The session is not kept: " + juce::String(read.error) + ".", true);
+            around.sessionFile = juce::File();
+        }
+    }
+    if (around.fileToOpen != juce::File())
+        tools.openFile(around.fileToOpen);
+}
+
+void HostViewController::keepSettings()
+{
+    auto& settings = auViewController->tools->settings;
+    const auto now = settings.now();
+    const auto read = [&settings] { return settings.now(); };
+    const auto last = settingsFromFile(around.lastSettingsFile.getFullPathName().toStdString(), now);
+    if (last.settings != now)
+        lastSettings = last.settings;
+    settingsKeepers.push_back(std::make_unique<SettingsKeeper>(around.lastSettingsFile, read, now));
+    if (around.sessionFile == juce::File())
+        return;
+    settingsKeepers.push_back(std::make_unique<SettingsKeeper>(around.sessionFile, read, std::nullopt));
+    settingsKeepers.back()->onFailure = [this](const juce::String& reason) {
+        say("The session is not kept: " + reason + ".", true);
+    };
 }
 
 void HostViewController::keepLastTake()
@@ -233,7 +286,12 @@ void HostViewController::embedEditor()
 
 std::vector<SettingsMenu::Entry> HostViewController::menuEntries()
 {
-    return {{.title = "Keep the Last Take",
+    const auto goBack = [this] {
+        if (lastSettings)
+            auViewController->tools->settings.change(backEntry, *lastSettings);
+    };
+    return {{.title = backEntry, .perform = goBack, .isEnabled = lastSettings.has_value()},
+            {.title = "Keep the Last Take",
              .key = juce::KeyPress('k', juce::ModifierKeys::commandModifier, 0),
              .perform = [this] { keepLastTake(); }}};
 }

@@ -8,6 +8,8 @@
 #include "host/HelpWindowController.h"
 #include "host/PopUpButton.h"
 #include "host/Preferences.h"
+#include "host/SettingsKeeper.h"
+#include "host/StateFolder.h"
 #include "host/TakeKeeper.h"
 #include "host/WrappingLabel.h"
 #include "render/TakeFiles.h"
@@ -33,6 +35,9 @@ struct HostSurroundings
     juce::File preferencesFile = Preferences::defaultFile();
     TakePlaces takePlaces = TakePlaces::ofUser();
     TakeKeeper::Writer takeWriter = writeTakeFiles;
+    juce::File lastSettingsFile = stateFolder().getChildFile("last-settings.json"); ///< of the run before
+    juce::File fileToOpen{};  ///< at the start; none if it is empty
+    juce::File sessionFile{}; ///< likewise, and kept up to date
 };
 
 /// The content of the main window: the instrument, played through the system's audio output, its editor
@@ -82,7 +87,6 @@ private:
     void instantiateAudioUnit();
     void audioUnitArrived(std::shared_ptr<AVAudioUnit> node);
     void rememberTakes();
-    void offerTakesLeftBehind();
     void startEngine();
     void forceSyncOff();
     void fillPresetPopup();
@@ -90,6 +94,9 @@ private:
     void applyPreset(const AUAudioUnitPreset& preset);
     void showChosenPreset();
     void embedEditor();
+    void beginSession();
+    void keepSettings();
+    void offerWhatWasLeft();
     [[nodiscard]] std::vector<SettingsMenu::Entry> menuEntries();
     void say(const juce::String& text, bool goesOn = false) const;
     void helpTapped();
@@ -98,6 +105,8 @@ private:
     HostSurroundings around;
     Preferences preferences;
     std::vector<AUAudioUnitPreset> presetOfItem; ///< by the pop-up's item index
+    std::optional<Settings> lastSettings;        ///< of the run before, if they can be brought back
+    std::vector<std::unique_ptr<SettingsKeeper>> settingsKeepers;
 };
 
 } // namespace velotrine

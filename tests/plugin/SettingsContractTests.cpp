@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <thread>
@@ -215,6 +216,29 @@ TYPED_TEST(SettingsContract, ASeedIsTypedFromTheMenu)
     EXPECT_TRUE(this->editor.leavesKeyToHost("space"));
     this->chooseFromMenu(0);
     EXPECT_TRUE(this->editor.comesTrue([&] { return !this->editor.saves("\"seed\""); }));
+}
+
+TYPED_TEST(SettingsContract, AreSavedAndOpenedFromTheMenu)
+{
+    const auto type = [this](const std::string& path) {
+        this->editor.act("type " + path);
+        this->editor.act("key Return"); // goes to the folder
+        this->editor.act("key Return");
+    };
+    const auto path = this->folder.file("mine.json");
+    this->turnKnob();
+    const auto turned = this->plugin.value(activity);
+    this->chooseFromMenu(4);
+    type(path);
+    ASSERT_TRUE(this->editor.comesTrue([&] { return std::filesystem::exists(path); }));
+    EXPECT_TRUE(this->editor.leavesKeyToHost("space"));
+
+    this->chooseFromMenu(0);
+    EXPECT_TRUE(this->editor.comesTrue([&] { return this->plugin.value(activity) == 0.5; }));
+    this->chooseFromMenu(3);
+    type(path);
+    EXPECT_TRUE(this->editor.comesTrue([&] { return this->plugin.value(activity) == turned; }));
+    EXPECT_TRUE(this->editor.leavesKeyToHost("space"));
 }
 
 TYPED_TEST(SettingsContract, APresetFromTheMenuIsToldTheHostAsEditsOfWhatItChanges)

@@ -5,6 +5,7 @@
 #include "takes/SettingsFile.h"
 #include "tests/host/windows/ApplicationTest.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -90,6 +91,29 @@ protected:
         runMessagesFor(0.2);
     }
 
+    /// As a power cut would end it.
+    void kill()
+    {
+        application->send(SIGKILL);
+        ASSERT_TRUE(ends());
+    }
+
+    void start(const std::vector<std::string>& options = {})
+    {
+        launch(options);
+        ASSERT_TRUE(windowHasKeyboard("Velotrine"));
+        runMessagesFor(0.3);
+    }
+
+    [[nodiscard]] Settings inFile(const std::string& name) const
+    {
+        const auto read = settingsFromFile(folder.file(name), {});
+        EXPECT_TRUE(read.settings) << read.error;
+        return read.settings.value_or(Settings());
+    }
+
+    static constexpr auto lastSettings = "state/Velotrine/last-settings.json";
+
     EditorLayout layout = layoutInWindow();
 };
 
@@ -171,6 +195,123 @@ TEST_F(ApplicationsSettings, AStateIsPastedAndItsPresetShows)
     EXPECT_EQ(settings(), pasted);
     press("ctrl+z");
     EXPECT_EQ(copied(), start);
+}
+
+TEST_F(ApplicationsSettings, GoBackToWhereTheyWereWhenItWasKilled)
+{
+    const auto start = settings();
+    EXPECT_FALSE(fs::exists(folder.file(lastSettings))) << "nothing has been changed";
+    turn(0);
+    turn(2);
+    const auto where = settings();
+    runMessagesFor(1.0);
+    kill();
+    EXPECT_EQ(inFile(lastSettings), where);
+
+    this->start();
+    EXPECT_EQ(settings(), start) << "nothing is applied by itself";
+    runMessagesFor(1.0);
+    EXPECT_EQ(inFile(lastSettings), where) << "looking at it changes nothing";
+    press("shift+F10");
+    for (const auto* const key : {"Up", "Up", "Return"}) // the last entry but one
+        press(key);
+    EXPECT_EQ(settings(), where);
+    press("ctrl+z");
+    EXPECT_EQ(settings(), start);
+}
+
+TEST_F(ApplicationsSettings, AreKeptAtAnOrderlyEndToo)
+{
+    turn(1);
+    const auto where = settings();
+    press("ctrl+q");
+    EXPECT_EQ(end().exitCode, 0);
+    EXPECT_EQ(inFile(lastSettings), where);
+}
+
+TEST_F(ApplicationsSettings, OfASessionComeBackByThemselvesAfterAKill)
+{
+    kill();
+    start({"--session", folder.file("studio.json")});
+    turn(0);
+    choosePreset(3);
+    turn(1);
+    const auto where = settings();
+    EXPECT_EQ(where.preset->name, "Lobster Quadrille");
+    runMessagesFor(1.0);
+    kill();
+    EXPECT_EQ(inFile("studio.json"), where);
+    EXPECT_EQ(fs::path(folder.file("studio.json")).extension(), ".json");
+
+    start({"--session", folder.file("studio.json")});
+    EXPECT_EQ(settings(), where);
+    press("ctrl+z");
+    EXPECT_EQ(settings(), where) << "a session's beginning is no edit";
+    choosePreset(1); // the pop-up opens at the session's preset
+    EXPECT_EQ(settings().preset->name, "Precession");
+    press("ctrl+q");
+    EXPECT_EQ(end().exitCode, 0);
+    EXPECT_EQ(inFile("studio.json").preset->name, "Precession");
+}
+
+TEST_F(ApplicationsSettings, OfASessionThatIsNoStateAreRefusedAndTheFileStays)
+{
+    kill();
+    folder.write("bad.json", "good morning");
+    folder.write("some.velotrine-take", R"({"version": 1, "changes": []})");
+    for (const auto* const name : {"bad.json", "some.velotrine-take"}) {
+        const auto before = folder.read(name);
+        const auto ended = runProcess({VELOTRINE_HOST_PROGRAM, "--session", folder.file(name)});
+        EXPECT_EQ(ended.exitCode, 2);
+        EXPECT_THAT(ended.err,
+                    testing::StartsWith("VelotrineHostMac: --session " + folder.file(name) + ": it is "));
+        EXPECT_EQ(std::ranges::count(ended.err, '\n'), 1) << ended.err;
+        EXPECT_EQ(folder.read(name), before);
+    }
+}
+
+TEST_F(ApplicationsSettings, OfAFileOnTheCommandLineAreOpened)
+{
+    kill();
+    folder.write("calm.json", R"({"version": 1, "parameters": {"activity": 0.75}})");
+    start({folder.file("calm.json")});
+    EXPECT_EQ(settings().values[activity], 0.75f);
+    press("ctrl+z");
+    EXPECT_EQ(settings().values[activity], 0.0f) << "which can be undone";
+    kill();
+
+    folder.write("bad.json", "good morning");
+    start({folder.file("bad.json")});
+    const auto loud = picture();
+    EXPECT_EQ(settings().preset->name, "Default");
+    EXPECT_NE(loud.getPixelAt(180, 400), loud.getPixelAt(5, 150)) << "the window says why";
+}
+
+TEST_F(ApplicationsSettings, AreSavedAndOpenedByKey)
+{
+    turn(0);
+    const auto saved = settings();
+    press("shift+F10");
+    for (int i = 0; i < 4; ++i) // Undo is marked; Redo cannot be
+        press("Down");
+    press("Return");
+    runMessagesFor(0.5);
+    xdotool({"type", "mine"}); // over the name that is there
+    press("Return");
+    ASSERT_TRUE(runMessagesUntil([&] { return fs::exists(folder.file("mine.json")); }, 5.0));
+    EXPECT_EQ(inFile("mine.json"), saved);
+
+    turn(0, "5");
+    turn(2);
+    press("shift+F10");
+    for (int i = 0; i < 3; ++i)
+        press("Down");
+    press("Return");
+    runMessagesFor(0.5);
+    xdotool({"type", "mine.json"});
+    press("Return");
+    runMessagesFor(0.5);
+    EXPECT_EQ(settings(), saved);
 }
 
 TEST_F(ApplicationsSettings, TheContextMenuOpensByKeyAndByMouse)
