@@ -101,7 +101,9 @@ function(velotrine_correct_vst3_wrapper)
 
         ${first_check}")
   velotrine_correct([[if (data.numSamples != 0 || data.numInputs != 0 || data.numOutputs != 0)]]
-                    [[if (data.numSamples > 0)]])
+                    [[velotrine::giveNotesTo (*pluginInstance, isMidiOutputBusEnabled ? data.outputEvents : nullptr);
+
+        if (data.numSamples > 0)]])
 
   # It takes any rate and any list of busses.
   velotrine_correct([[processSetup = newSetup;]] [[if (! velotrine::HostedInstrument::takesSampleRate (newSetup.sampleRate))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "audiounit/NoteOutput.h"
 #include "plugin/HostTransport.h"
 
 #include <chrono>
@@ -60,6 +61,7 @@ public:
     [[nodiscard]] int audioInputs() const;
     [[nodiscard]] int audioOutputs() const;
     [[nodiscard]] int eventInputs() const;
+    [[nodiscard]] int eventOutputs() const;
 
     /// In the plug-in's order.
     [[nodiscard]] std::vector<Vst3Parameter> parameters() const;
@@ -79,6 +81,9 @@ public:
                  const std::vector<Vst3Automation>& automation = {});
 
     bool process(vst3::Call& call);
+
+    /// What the last block sent, unless the call was prepared.
+    [[nodiscard]] const std::vector<NoteMessage>& notes() const noexcept { return lastNotes; }
 
     /// Asks for an output of two channels, or of a list that is not there.
     [[nodiscard]] bool takesStereo(bool hasList) const;
@@ -101,6 +106,7 @@ public:
 private:
     struct Implementation;
     std::unique_ptr<Implementation> self;
+    std::vector<NoteMessage> lastNotes;
 };
 
 } // namespace velotrine
