@@ -18,11 +18,17 @@ constexpr int restIntervalMilliseconds = 40; ///< while nothing moves: a fifth o
 constexpr int checksBetweenLooks = 1000 / AudioOutput::checkIntervalMilliseconds;
 constexpr int outputChannels = 2;
 
+const VelotrineDSPKernel* kernelOf(const AUAudioUnit& unit)
+{
+    const auto* const instrument = dynamic_cast<const VelotrineAudioUnit*>(&unit);
+    return instrument != nullptr ? instrument->dspKernel.get() : nullptr;
+}
+
 /// Whether there is something to see; a stopped instrument's clock stands at exactly 0.
 bool isMoving(const AUAudioUnit& unit)
 {
-    const auto* const instrument = dynamic_cast<const VelotrineAudioUnit*>(&unit);
-    return instrument == nullptr || instrument->dspKernel->clockPhaseBuf != 0.0;
+    const auto* const kernel = kernelOf(unit);
+    return kernel == nullptr || kernel->clockPhaseBuf != 0.0;
 }
 
 /// Allocates anew. The instrument plays on from where it is, not from the start of its piece.
@@ -97,7 +103,7 @@ void AVAudioEngine::prepare(double sampleRate)
     preparedRate.reset();
     auto& unit = *node->audioUnit();
     allocate(unit, sampleRate);
-    mixer.setSource(observedBlock());
+    mixer.setSource(observedBlock(), kernelOf(unit));
     preparedRate = sampleRate;
 }
 
