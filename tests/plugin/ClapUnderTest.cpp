@@ -100,4 +100,54 @@ const std::vector<std::string>& ClapUnderTest::edits() const
     return host.told;
 }
 
+std::vector<HostMistake> ClapUnderTest::forbiddenCalls()
+{
+    const auto& plugin = host.plugin();
+    const auto activate = [&plugin](double rate) { plugin.activate(&plugin, rate, 1, 512); };
+    return {{"activates twice",
+             [=] {
+                 activate(48000.0);
+                 activate(96000.0);
+             }},
+            {"activates with more frames at least than at most",
+             [&plugin] { plugin.activate(&plugin, 48000.0, 512, 1); }},
+            {"deactivates twice",
+             [&plugin] {
+                 plugin.deactivate(&plugin);
+                 plugin.deactivate(&plugin);
+             }},
+            {"starts processing while it is not active",
+             [&plugin] {
+                 plugin.deactivate(&plugin);
+                 plugin.start_processing(&plugin);
+             }},
+            {"starts processing twice",
+             [&plugin] {
+                 plugin.start_processing(&plugin);
+                 plugin.start_processing(&plugin);
+             }},
+            {"stops processing twice",
+             [&plugin] {
+                 plugin.stop_processing(&plugin);
+                 plugin.stop_processing(&plugin);
+             }},
+            {"resets while it is not active",
+             [&plugin] {
+                 plugin.deactivate(&plugin);
+                 plugin.reset(&plugin);
+             }},
+            {"deactivates while it processes",
+             [=, &plugin] {
+                 activate(48000.0);
+                 plugin.start_processing(&plugin);
+                 plugin.deactivate(&plugin);
+             }},
+            {"destroys an editor that it never created", [this, &plugin] {
+                 closeEditor();
+                 guiOf(host).destroy(&plugin);
+                 guiOf(host).show(&plugin);
+                 guiOf(host).set_size(&plugin, 600, 500);
+             }}};
+}
+
 } // namespace velotrine

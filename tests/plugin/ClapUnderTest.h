@@ -32,6 +32,7 @@ public:
     bool resizeEditor(int width, int height) override;
     void runLoop(std::chrono::milliseconds duration) override;
     [[nodiscard]] const std::vector<std::string>& edits() const override;
+    [[nodiscard]] std::vector<HostMistake> forbiddenCalls() override;
 
 private:
     ClapLibrary library;

@@ -8,6 +8,7 @@
 #include <lv2/time/time.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <dlfcn.h>
@@ -99,12 +100,16 @@ Lv2Library::~Lv2Library()
 
 Lv2Position positionOf(std::int64_t frame, const HostTransport& transport)
 {
+    // Hosts say it as a whole number; nonsense need not be one.
+    Lv2Position::Number beatUnit = transport.beatUnit;
+    if (std::abs(transport.beatUnit) < 1e9)
+        beatUnit = static_cast<std::int32_t>(transport.beatUnit);
     return {frame,
             {{LV2_TIME__frame, frame},
              {LV2_TIME__speed, transport.isPlaying ? 1.0f : 0.0f},
              {LV2_TIME__bar, std::int64_t{3}},
              {LV2_TIME__barBeat, 1.5f},
-             {LV2_TIME__beatUnit, static_cast<std::int32_t>(transport.beatUnit)},
+             {LV2_TIME__beatUnit, beatUnit},
              {LV2_TIME__beatsPerBar, static_cast<float>(transport.beatsPerBar)},
              {LV2_TIME__beatsPerMinute, static_cast<float>(transport.tempo)}}};
 }
@@ -177,7 +182,12 @@ void Lv2Host::start()
 void Lv2Host::stop()
 {
     if (isRunning)
-        descriptor.deactivate(plugin);
+        deactivate();
+}
+
+void Lv2Host::deactivate()
+{
+    descriptor.deactivate(plugin);
     isRunning = false;
 }
 

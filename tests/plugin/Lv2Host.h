@@ -75,6 +75,10 @@ public:
     void connect(std::uint32_t port, void* data);
     void start();
     void stop();
+
+    /// Whether it runs or not, which the format forbids.
+    void deactivate();
+
     void run(std::uint32_t frames);
 
     /// Connects and runs.

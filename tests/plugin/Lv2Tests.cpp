@@ -28,7 +28,6 @@ constexpr double sampleRate = 48000.0;
 constexpr HostTransport stopped{.tempo = 240.0, .beatsPerBar = 4, .beatUnit = 4, .isPlaying = false};
 constexpr HostTransport rolling{.tempo = 240.0, .beatsPerBar = 4, .beatUnit = 4, .isPlaying = true};
 constexpr auto volume = addressOf(GlobalParameter::volume);
-constexpr auto sync = addressOf(GlobalParameter::sync);
 
 class Lv2 : public testing::Test
 {

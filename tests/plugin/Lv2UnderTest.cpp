@@ -4,6 +4,7 @@
 #include "plugin/lv2/Lv2Names.h"
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
 
 namespace velotrine {
@@ -141,6 +142,37 @@ void Lv2UnderTest::runLoop(std::chrono::milliseconds duration)
 const std::vector<std::string>& Lv2UnderTest::edits() const
 {
     return host->told;
+}
+
+std::vector<HostMistake> Lv2UnderTest::forbiddenCalls()
+{
+    return {{"activates twice",
+             [this] {
+                 host->start();
+                 host->start();
+             }},
+            {"deactivates twice",
+             [this] {
+                 host->deactivate();
+                 host->deactivate();
+             }},
+            {"connects ports that the plug-in does not have",
+             [this] {
+                 std::array<float, 16> nowhere{};
+                 for (const std::uint32_t port : {1000U, 0x7fffffffU, 0xffffffffU})
+                     host->connect(port, nowhere.data());
+             }},
+            {"runs with no port connected", [this] {
+                 for (std::uint32_t port = 0; port < parameterCount; ++port)
+                     host->connect(port, nullptr);
+                 for (const auto& [port, place] : connected)
+                     host->connect(port, nullptr);
+                 host->run(64);
+                 for (std::uint32_t port = 0; port < parameterCount; ++port)
+                     host->connect(port, &host->controls[port]);
+                 for (const auto& [port, place] : connected)
+                     host->connect(port, place);
+             }}};
 }
 
 } // namespace velotrine

@@ -6,11 +6,19 @@
 #include "tests/support/VirtualDisplay.h"
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace velotrine {
+
+/// Something that a careless host does.
+struct HostMistake
+{
+    std::string name;
+    std::function<void()> make;
+};
 
 /// One instance of the plug-in in a host of its format: what a host of any format can do. It is loaded from
 /// the file that the build made, and destroyed as a host does that has forgotten nothing. The threads are the
@@ -79,6 +87,10 @@ public:
     /// The editor's edits that have reached the host: "begin 3", "3 = 0.25", "end 3", with values as the
     /// format has them.
     [[nodiscard]] virtual const std::vector<std::string>& edits() const = 0;
+
+    /// Calls in orders that the format forbids, to be made whether the plug-in runs or not; start() after any
+    /// of them is a start like every other.
+    [[nodiscard]] virtual std::vector<HostMistake> forbiddenCalls() = 0;
 };
 
 } // namespace velotrine

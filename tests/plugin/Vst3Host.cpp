@@ -235,6 +235,16 @@ void Vst3Host::stop()
     self->isActive = false;
 }
 
+void Vst3Host::setActive(bool isOn)
+{
+    self->component->setActive(isOn ? 1 : 0);
+}
+
+void Vst3Host::setProcessing(bool isOn)
+{
+    self->processor->setProcessing(isOn ? 1 : 0);
+}
+
 bool Vst3Host::process(float* left, float* right, int frames, const std::optional<HostTransport>& transport,
                        const std::vector<Vst3Automation>& automation)
 {

@@ -75,6 +75,11 @@ public:
     bool announce(double sampleRate, int maxFrames, bool isDouble = false) const;
     bool start(double sampleRate, int maxFrames);
     void stop();
+
+    /// Each alone, whatever the other is.
+    void setActive(bool isOn);
+    void setProcessing(bool isOn);
+
     bool process(float* left, float* right, int frames, const std::optional<HostTransport>& transport,
                  const std::vector<Vst3Automation>& automation = {});
     bool process(const Vst3Block& block, const std::optional<HostTransport>& transport = std::nullopt,

@@ -3,6 +3,8 @@
 #include "audiounit/Parameters.h"
 #include "tests/plugin/Vst3HostObjects.h"
 
+#include <tuple>
+
 namespace velotrine {
 
 Vst3UnderTest::Vst3UnderTest() : call(std::make_unique<vst3::Call>()) {}
@@ -94,6 +96,39 @@ void Vst3UnderTest::runLoop(std::chrono::milliseconds duration)
 const std::vector<std::string>& Vst3UnderTest::edits() const
 {
     return host.told();
+}
+
+std::vector<HostMistake> Vst3UnderTest::forbiddenCalls()
+{
+    return {{"activates twice",
+             [this] {
+                 host.setActive(true);
+                 host.setActive(true);
+             }},
+            {"deactivates twice",
+             [this] {
+                 host.setActive(false);
+                 host.setActive(false);
+             }},
+            {"processes while it is not active",
+             [this] {
+                 host.setActive(false);
+                 host.setProcessing(true);
+             }},
+            {"deactivates while it processes",
+             [this] {
+                 host.setProcessing(true);
+                 host.setActive(false);
+             }},
+            {"stops processing twice",
+             [this] {
+                 host.setProcessing(false);
+                 host.setProcessing(false);
+             }},
+            {"announces another rate and block while it is active", [this] {
+                 host.setActive(true);
+                 std::ignore = host.announce(96000.0, 64);
+             }}};
 }
 
 } // namespace velotrine

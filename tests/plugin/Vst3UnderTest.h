@@ -38,6 +38,7 @@ public:
     bool resizeEditor(int width, int height) override;
     void runLoop(std::chrono::milliseconds duration) override;
     [[nodiscard]] const std::vector<std::string>& edits() const override;
+    [[nodiscard]] std::vector<HostMistake> forbiddenCalls() override;
 
 private:
     // The wrapper looks for a display as it is loaded, and keeps to it.
