@@ -46,7 +46,14 @@ void allocate(AUAudioUnit& unit, double sampleRate)
 
 } // namespace
 
-AVAudioEngine::AVAudioEngine(DeviceTypeFactory deviceTypes) : output(mixer, std::move(deviceTypes)) {}
+AVAudioEngine::AVAudioEngine(DeviceTypeFactory deviceTypes, const NotePortFactory& makeNotePort)
+    : output(mixer, std::move(deviceTypes))
+{
+    if (auto port = makeNotePort()) {
+        noteSender = std::make_unique<NoteSender>(std::move(port));
+        mixer.setNoteSender(noteSender.get());
+    }
+}
 
 AVAudioEngine::~AVAudioEngine()
 {

@@ -20,8 +20,10 @@ void AVAudioMixerNode::setSource(AURenderBlock block, const VelotrineDSPKernel* 
 {
     hasSource = block != nullptr;
     kernel = playingKernel;
-    if (kernel != nullptr)
-        noteStream.setup(kernel->sampleRate);
+    if (kernel != nullptr) {
+        notesWithSound.setup(kernel->sampleRate);
+        notesToSender.setup(kernel->sampleRate);
+    }
     renderer.setup(std::move(block));
 }
 
@@ -34,19 +36,21 @@ void AVAudioMixerNode::render(float* const* channels, int channelCount, int fram
         return silence(channels, 0, channelCount, 0, frames);
 
     if (!sendsNotes)
-        noteStream.endAll();
+        notesWithSound.endAll();
+    if (sender != nullptr && kernel != nullptr)
+        sender->begin(frames, kernel->sampleRate);
     if (hasSource) {
         for (int done = 0; done < frames; done += longestPart)
-            renderPart(channels, channelCount, done, std::min(longestPart, frames - done), notes.from(done));
+            renderPart(channels, channelCount, done, std::min(longestPart, frames - done),
+                       {notes.from(done), {sender, done}});
     } else {
         silence(channels, 0, channelCount, 0, frames);
-        noteStream.play(frames, notes);
     }
     rendering.clear(std::memory_order_release);
 }
 
 void AVAudioMixerNode::renderPart(float* const* channels, int channelCount, int start, int frames,
-                                  const NoteOutput& notes) noexcept VELOTRINE_NONBLOCKING
+                                  const NoteOutputs& notes) noexcept VELOTRINE_NONBLOCKING
 {
     if (channelCount >= 2) {
         renderCycles({channels[0] + start, channels[1] + start}, frames, notes);
@@ -59,13 +63,16 @@ void AVAudioMixerNode::renderPart(float* const* channels, int channelCount, int 
 }
 
 void AVAudioMixerNode::renderCycles(StereoOutput output, int frames,
-                                    const NoteOutput& notes) noexcept VELOTRINE_NONBLOCKING
+                                    const NoteOutputs& notes) noexcept VELOTRINE_NONBLOCKING
 {
+    using Notes = std::span<const NoteEvent>;
+    const bool goWithSound = sendsNotes;
     renderer.render(output, frames, CycleRenderer::LastCycle::whole,
                     [&](int cycleFrame, int count, int frame) {
-                        const auto fired = kernel != nullptr && sendsNotes ? kernel->noteEvents()
-                                                                           : std::span<const NoteEvent>();
-                        noteStream.play(fired, cycleFrame, count, notes.from(frame));
+                        const auto fired = kernel != nullptr ? kernel->noteEvents() : Notes();
+                        notesWithSound.play(goWithSound ? fired : Notes(), cycleFrame, count,
+                                            notes.withSound.from(frame));
+                        notesToSender.play(fired, cycleFrame, count, notes.toSender.from(frame));
                     });
 }
 

@@ -4,7 +4,9 @@
 #include "audiounit/NoteOutput.h"
 #include "audiounit/NoteStream.h"
 #include "engine/Nonblocking.h"
+#include "engine/Shared.h"
 #include "engine/VelotrineDSPKernel.h"
+#include "host/NoteSender.h"
 
 #include <array>
 #include <atomic>
@@ -24,9 +26,12 @@ public:
     /// @param playingKernel  whose notes the block plays; null for none. It lives as long as the block
     void setSource(AURenderBlock block, const VelotrineDSPKernel* playingKernel = nullptr);
 
-    /// Whether notes leave; when they no longer do, those that are held end with what is rendered next. Any
-    /// thread.
+    /// Whether notes go to those who ask for sound; when they no longer do, those that are held end with what
+    /// is rendered next. Any thread.
     void setSendsNotes(bool doesSend) noexcept { sendsNotes = doesSend; }
+
+    /// Gets all notes as well, whoever asks for sound; null for none. While nothing renders.
+    void setNoteSender(NoteSender* newSender) noexcept { sender = newSender; }
 
     /// Fills the channels; silence as long as there is no source, or where it refuses to render. Render
     /// thread.
@@ -37,17 +42,26 @@ public:
                 const NoteOutput& notes = {}) noexcept VELOTRINE_NONBLOCKING;
 
 private:
+    /// Where notes go in the frames that are rendered.
+    struct NoteOutputs
+    {
+        NoteOutput withSound;
+        NoteOutput toSender;
+    };
+
     void renderPart(float* const* channels, int channelCount, int start, int frames,
-                    const NoteOutput& notes) noexcept VELOTRINE_NONBLOCKING;
+                    const NoteOutputs& notes) noexcept VELOTRINE_NONBLOCKING;
     void renderCycles(StereoOutput output, int frames,
-                      const NoteOutput& notes) noexcept VELOTRINE_NONBLOCKING;
+                      const NoteOutputs& notes) noexcept VELOTRINE_NONBLOCKING;
 
     static constexpr int longestPart = 512; ///< frames
 
     CycleRenderer renderer;
     bool hasSource = false;
     const VelotrineDSPKernel* kernel = nullptr;
-    NoteStream noteStream;
+    NoteStream notesWithSound;
+    NoteStream notesToSender;
+    NoteSender* sender = nullptr;
     Shared<bool> sendsNotes{true};
     std::array<float, longestPart> left{};  ///< for devices with fewer than two channels
     std::array<float, longestPart> right{}; ///< likewise
