@@ -64,7 +64,9 @@ function answer_level(session, when, seconds)
   local meter = session:route_by_name("Instrument"):peak_meter()
   meter:reset_max()
   sleep(seconds)
-  answer("level", when, meter:meter_level(0, ARDOUR.MeterType.MeterMaxPeak))
+  -- The meters of notes come first.
+  local first_of_sound = session:route_by_name("Instrument"):n_outputs():n_midi()
+  answer("level", when, meter:meter_level(first_of_sound, ARDOUR.MeterType.MeterMaxPeak))
 end
 
 --- A note rings for little more than a second.
