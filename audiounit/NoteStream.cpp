@@ -1,6 +1,7 @@
 #include "audiounit/NoteStream.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace velotrine {
 
@@ -51,9 +52,11 @@ bool NoteStream::endKey(std::size_t index, std::int64_t frame,
                                               .channel = static_cast<std::uint8_t>(index / keysPerChannel),
                                               .key = static_cast<std::uint8_t>(index % keysPerChannel),
                                               .velocity = 0});
-    if (isTaken)
-        setEnd(index, keyIsUp);
-    return isTaken;
+    if (!isTaken)
+        return false;
+    if (std::exchange(ends[index], keyIsUp) == nextEnd)
+        nextEnd = std::ranges::min(ends);
+    return true;
 }
 
 bool NoteStream::strike(const MidiNote& note, std::int64_t frame,
@@ -69,14 +72,9 @@ bool NoteStream::strike(const MidiNote& note, std::int64_t frame,
                               .velocity = note.velocity}))
         return false;
     const auto length = static_cast<std::int64_t>(note.seconds * sampleRate + 0.5);
-    setEnd(index, frame + std::max(std::int64_t{1}, length));
+    ends[index] = frame + std::max(std::int64_t{1}, length);
+    nextEnd = std::min(nextEnd, ends[index]);
     return true;
-}
-
-void NoteStream::setEnd(std::size_t index, std::int64_t frame) noexcept VELOTRINE_NONBLOCKING
-{
-    ends[index] = frame;
-    nextEnd = std::ranges::min(ends);
 }
 
 } // namespace velotrine

@@ -67,7 +67,6 @@ private:
     bool endKey(std::size_t index, std::int64_t frame, const Stretch& stretch) noexcept VELOTRINE_NONBLOCKING;
     bool strike(const MidiNote& note, std::int64_t frame,
                 const Stretch& stretch) noexcept VELOTRINE_NONBLOCKING;
-    void setEnd(std::size_t index, std::int64_t frame) noexcept VELOTRINE_NONBLOCKING;
 
     static constexpr auto allUp = [] {
         std::array<std::int64_t, keysPerChannel * ringCount> ends{};
