@@ -111,6 +111,7 @@ std::optional<std::size_t> presetFromText(std::string_view text)
 std::vector<std::string> presetNames()
 {
     std::vector<std::string> names;
+    names.reserve(presets.size());
     for (const auto& preset : presets)
         names.emplace_back(preset.name);
     return names;

@@ -55,7 +55,7 @@ CirclePainter<Pixel>::CirclePainter(juce::Image& image)
 template <typename Pixel>
 void CirclePainter<Pixel>::clear(juce::Colour colour)
 {
-    Pixel pixel;
+    Pixel pixel{};
     pixel.set(colour.getPixelARGB());
     for (auto y = clip.getY(); y < clip.getBottom(); ++y)
         std::fill_n(rowAt(y) + clip.getX(), clip.getWidth(), pixel);

@@ -107,7 +107,7 @@ void VelotrineAUViewControllerMac::viewDidLoad()
 }
 
 /// As one reads, whatever the arrangement.
-void VelotrineAUViewControllerMac::setFocusOrder()
+void VelotrineAUViewControllerMac::setFocusOrder() const
 {
     int place = 0;
     for (auto* component : std::initializer_list<juce::Component*>{

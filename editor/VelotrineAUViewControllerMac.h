@@ -108,7 +108,7 @@ private:
 
     void openRingByKey(int ring);
     void placeRingEditor();
-    void setFocusOrder();
+    void setFocusOrder() const;
 
     /// Escape closes the ring's panel; space plays and stops where no host wants that key.
     bool keyPressed(const juce::KeyPress& key);

@@ -85,6 +85,7 @@ void process(FuzzedDataProvider& input, const clap_plugin_t& plugin)
     const auto channelCount = input.ConsumeIntegralInRange<std::uint32_t>(0, 3);
     std::vector<std::vector<float>> samples(channelCount, std::vector<float>(frames));
     std::vector<float*> channels;
+    channels.reserve(channelCount);
     for (auto& channel : samples)
         channels.push_back(channel.data());
     clap_audio_buffer_t output{};

@@ -42,6 +42,7 @@ void run(const std::string& input)
     for (std::string line; std::getline(lines, line);)
         typed.push_back(line);
     std::vector<const char*> arguments;
+    arguments.reserve(typed.size());
     for (const auto& argument : typed)
         arguments.push_back(argument.c_str());
     const auto exitCode = runCommandLine(static_cast<int>(arguments.size()), arguments.data());

@@ -41,6 +41,7 @@ void run(const std::string& input)
     for (std::string line; std::getline(lines, line);)
         typed.push_back(line);
     std::vector<const char*> arguments;
+    arguments.reserve(typed.size());
     for (const auto& argument : typed)
         arguments.push_back(argument.c_str());
     std::visit([](const auto& parsed) { check(parsed); }, parseHostOptions(arguments));

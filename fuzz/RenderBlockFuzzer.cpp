@@ -91,6 +91,7 @@ void renderCycle(FuzzedDataProvider& input, const AURenderBlock& block)
     // As long as the host says, to the sample, so that the sanitizer sees the next one.
     std::vector<std::vector<float>> channels(channelCount, std::vector<float>(frames, untouched));
     std::vector<AudioBuffer> buffers;
+    buffers.reserve(channelCount);
     for (auto& channel : channels)
         buffers.push_back({1, static_cast<std::uint32_t>(frames * sizeof(float)), channel.data()});
     AudioBufferList output{buffers};

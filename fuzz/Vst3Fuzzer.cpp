@@ -50,7 +50,7 @@ void process(FuzzedDataProvider& input, Vst3Host& host, const std::vector<Vst3Pa
     block.frames = input.ConsumeIntegralInRange(-1, maxFrames);
     const auto count = input.ConsumeIntegralInRange<std::size_t>(0, 3);
     // Room for samples of either size.
-    std::vector<std::vector<float>> samples(count, std::vector<float>(2 * maxFrames));
+    std::vector<std::vector<float>> samples(count, std::vector<float>(std::size_t{2} * maxFrames));
     for (auto& channel : samples)
         block.channels.push_back(input.ConsumeIntegral<std::uint8_t>() != 0 ? channel.data() : nullptr);
     block.channelCount = static_cast<int>(count);

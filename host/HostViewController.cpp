@@ -196,7 +196,7 @@ void HostViewController::keepSettings()
     };
 }
 
-void HostViewController::keepLastTake()
+void HostViewController::keepLastTake() const
 {
     if (takeKeeper)
         takeKeeper->keepLastTake(presetPopup->getText());

@@ -53,7 +53,7 @@ public:
     void showHelp(int page);
 
     /// Writes everything since the instrument last began to play to files, and says in the window where.
-    void keepLastTake();
+    void keepLastTake() const;
 
     /// What the context menu has under a key at this moment; see SettingsMenu.
     [[nodiscard]] std::optional<SettingsMenu::Entry> settingsEntry(const juce::KeyPress& key) const;

@@ -101,7 +101,7 @@ void TakeKeeper::timerCallback()
 /// Waits for it, if it is not there.
 juce::String TakeKeeper::outcome()
 {
-    const auto words = writing.get();
+    auto words = writing.get();
     if (!hasFailed) {
         log.forgetLeftBehind();
         leftBehind.clear();

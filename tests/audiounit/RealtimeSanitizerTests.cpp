@@ -30,7 +30,7 @@ void renderUnderAHostThat(const std::function<void()>& does)
     renderer.setup(unit->renderBlock());
     std::array<float, 64> left{};
     std::array<float, 64> right{};
-    renderer.render(left.data(), right.data(), static_cast<int>(left.size()));
+    renderer.render({left.data(), right.data()}, static_cast<int>(left.size()));
 }
 
 TEST(RealtimeSanitizerDeathTest, AnAllocationOnTheRenderThreadEndsTheProgram)

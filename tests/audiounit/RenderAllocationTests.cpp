@@ -114,7 +114,7 @@ TEST(AllocationFailure, ComesAfterTheAllocationsThatGoWell)
 {
     const AllocationFailure shortage(1, AllocationFailure::Then::fail);
     void* const memory = ::operator new(16);
-    EXPECT_THROW(static_cast<void>(::operator new(16)), std::bad_alloc);
+    EXPECT_THROW(::operator delete(::operator new(16)), std::bad_alloc);
     EXPECT_EQ(::operator new(16, std::nothrow), nullptr);
     ::operator delete(memory);
 }

@@ -27,6 +27,8 @@ struct FakeHost
             calls.emplace_back("context");
             askedForAll = askedTempo && askedNumerator && askedDenominator && beatPosition &&
                           framesToNextBeat && barStart;
+            if (!askedForAll)
+                return false;
             *askedTempo = tempo;
             *askedNumerator = numerator;
             *askedDenominator = denominator;
@@ -46,6 +48,8 @@ struct FakeHost
             VELOTRINE_MAY_BLOCK();
             calls.emplace_back("transport");
             askedForAll = askedForAll && askedFlags && position && loopStart && loopEnd;
+            if (!askedForAll)
+                return false;
             *askedFlags = flags;
             *position = 12345.0;
             return knowsTransport;

@@ -368,7 +368,7 @@ TEST(KernelClock, ARestoredPositionGoesOnWithTheSameNotesOverANewSetup)
     PlayingKernel uninterrupted;
     for (auto* const playing : {&interrupted, &uninterrupted}) {
         playing->kernel.activity = 0.8f;
-        playing->run(100 * block, block);
+        playing->run(std::int64_t{100} * block, block);
     }
     auto& kernel = interrupted.kernel;
     const auto position = kernel.position();
@@ -387,7 +387,7 @@ TEST(KernelClock, ARestoredPositionGoesOnWithTheSameNotesOverANewSetup)
     }
 
     for (auto* const playing : {&interrupted, &uninterrupted})
-        playing->run(500 * block, block);
+        playing->run(std::int64_t{500} * block, block);
     EXPECT_GT(uninterrupted.notes.size(), 50U);
     EXPECT_EQ(interrupted.notes, uninterrupted.notes);
 }

@@ -125,7 +125,7 @@ TEST(GeneratorState, OfNeighbouringSeedsBeginsUnlike)
     }
     // Of independent numbers, half are below their predecessor, and the mean is a half: five times as far off
     // as chance takes them is next to impossible.
-    EXPECT_NEAR(falling, seeds / 2, 50);
+    EXPECT_NEAR(falling, seeds / 2.0, 50.0);
     EXPECT_NEAR(sum / seeds, 0.5, 0.05);
 }
 

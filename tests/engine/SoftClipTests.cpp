@@ -35,10 +35,15 @@ TEST(SoftClip, IsTheHyperbolicTangentOfGainTimesMix)
     std::vector<float> mix;
     for (int i = -200000; i <= 200000; ++i)
         mix.push_back(static_cast<float>(i) * 1.0e-4f);
-    for (float tiny = 1.0f; tiny > 0.0f; tiny *= 0.5f)
+    // Down to the smallest number above 0, and up to the largest.
+    for (int exponent = -149; exponent <= 0; ++exponent) {
+        const auto tiny = std::ldexp(1.0f, exponent);
         mix.insert(mix.end(), {tiny, -tiny, 1.3f * tiny});
-    for (float large = 16.0f; large < infinity; large *= 2.0f)
+    }
+    for (int exponent = 4; exponent < 128; ++exponent) {
+        const auto large = std::ldexp(1.0f, exponent);
         mix.insert(mix.end(), {large, -large});
+    }
 
     test::onEachSimdTarget([&mix] {
         for (const float gain : {1.0f, 0.8f, 0.01f, 0.0f, -0.7f}) {

@@ -16,7 +16,6 @@ namespace velotrine {
 namespace {
 
 using testing::Each;
-using testing::HasSubstr;
 
 constexpr double timeoutSeconds = 10.0;
 constexpr double barsPerSecond = 300.0 / 60.0 / 4.0; ///< of PlayingEngine's instrument

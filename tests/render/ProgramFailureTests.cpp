@@ -305,6 +305,22 @@ TEST_F(Interruption, LeavesAnOlderFileAlone)
     EXPECT_EQ(folder.read("a.wav"), "older");
 }
 
+TEST_F(Interruption, ByAKillLeavesOlderFilesAsTheyWere)
+{
+    folder.write("a.wav", "older sound");
+    folder.write("a.mid", "older notes");
+    ChildProcess program(velotrineCommand({"render", "--preset", "1", "--seconds", "86400", "--out", "a.wav",
+                                           "--midi", "a.mid", "--save-state", "a.json"}),
+                         surroundings());
+    while (folder.entries().size() < 4 && !program.hasEnded())
+        pauseShortly();
+    program.send(SIGKILL);
+    EXPECT_EQ(program.finish().signal, SIGKILL);
+    EXPECT_EQ(folder.read("a.wav"), "older sound");
+    EXPECT_EQ(folder.read("a.mid"), "older notes");
+    EXPECT_THAT(folder.entries(), testing::Not(testing::Contains("a.json")));
+}
+
 TEST_F(Interruption, EndsWaitingForAPipeThatNobodyReads)
 {
     ChildProcess program(velotrineCommand({"render", "--preset", "1", "--seconds", "1", "--out", "-"}),

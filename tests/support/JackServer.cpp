@@ -46,17 +46,18 @@ void removeRemainsOfClients()
 
 } // namespace
 
-JackServer::JackServer(const std::vector<std::string>& options)
+JackServer::JackServer(const std::vector<std::string>& options, int sampleRate)
 {
-    start(options);
+    start(options, sampleRate);
 }
 
-void JackServer::start(const std::vector<std::string>& options)
+void JackServer::start(const std::vector<std::string>& options, int sampleRate)
 {
     std::vector<std::string> command{"jackd", "-n", serverName(), "-r"};
     command.insert(command.end(), options.begin(), options.end());
-    for (const auto* const argument : {"-d", "dummy", "-r", "48000", "-p", "256"})
-        command.emplace_back(argument);
+    for (const auto& argument : {std::string("-d"), std::string("dummy"), std::string("-r"),
+                                 std::to_string(sampleRate), std::string("-p"), std::string("256")})
+        command.push_back(argument);
     // However the test ends, jackd is asked to end and gives back what it holds.
     process = std::make_unique<ChildProcess>(command, ProcessSurroundings{.signalWhenOrphaned = SIGTERM});
     const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(timeoutSeconds);
@@ -95,7 +96,7 @@ void JackServer::kill()
 void JackServer::giveBackWhatTheKilledHeld()
 {
     try {
-        start({});
+        start({}, 48000);
         stop();
     } catch (const std::exception& problem) {
         std::cerr << "A killed JACK server's memory stays: " << problem.what() << '\n';

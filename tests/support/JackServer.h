@@ -9,12 +9,13 @@
 namespace velotrine {
 
 /// A JACK server of the test's own, under the name that JACK_DEFAULT_SERVER gives, on JACK's dummy driver:
-/// 48000 Hz, 256 frames. Throws if it does not start to answer.
+/// 256 frames. Throws if it does not start to answer.
 class JackServer
 {
 public:
-    /// @param options  further ones of the server's
-    explicit JackServer(const std::vector<std::string>& options = {});
+    /// @param options     further ones of the server's
+    /// @param sampleRate  Hz
+    explicit JackServer(const std::vector<std::string>& options = {}, int sampleRate = 48000);
     JackServer(const JackServer&) = delete;
     JackServer& operator=(const JackServer&) = delete;
 
@@ -29,7 +30,7 @@ public:
     void thaw() const;
 
 private:
-    void start(const std::vector<std::string>& options);
+    void start(const std::vector<std::string>& options, int sampleRate);
     void stop() const;
     void giveBackWhatTheKilledHeld();
 

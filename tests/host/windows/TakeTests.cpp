@@ -2,6 +2,7 @@
 
 #include "tests/host/JackRecorder.h"
 #include "tests/host/windows/ApplicationTest.h"
+#include "tests/host/windows/KeptTakes.h"
 #include "tests/support/JackServer.h"
 
 #include <algorithm>
@@ -10,7 +11,6 @@
 #include <random>
 
 #include <gmock/gmock.h>
-#include <sndfile.h>
 
 namespace velotrine {
 namespace {
@@ -31,12 +31,7 @@ protected:
 
     [[nodiscard]] std::vector<fs::path> kept(const std::string& ending) const
     {
-        std::vector<fs::path> files;
-        std::error_code none;
-        for (const auto& entry : fs::directory_iterator(folder.path() / "Music/Velotrine", none))
-            if (entry.path().extension() == ending)
-                files.push_back(entry.path());
-        return files;
+        return keptTakes(folder.path(), ending);
     }
 
     /// Presses the key for it, and waits for the notes' file, which comes with the sound's.
@@ -71,22 +66,6 @@ protected:
     JackServer server{{"-S"}}; // it waits for its clients, and loses nothing
     EditorLayout layout = layoutInWindow();
 };
-
-std::vector<float> leftOf(const fs::path& path, int* sampleRate)
-{
-    SF_INFO info{};
-    auto* const file = sf_open(path.c_str(), SFM_READ, &info);
-    if (file == nullptr)
-        return {};
-    *sampleRate = info.samplerate;
-    std::vector<float> both(static_cast<std::size_t>(info.frames * info.channels));
-    sf_readf_float(file, both.data(), info.frames);
-    sf_close(file);
-    std::vector<float> left(static_cast<std::size_t>(info.frames));
-    for (std::size_t i = 0; i < left.size(); ++i)
-        left[i] = both[i * static_cast<std::size_t>(info.channels)];
-    return left;
-}
 
 std::ptrdiff_t silentFrames(const std::vector<float>& sound)
 {
