@@ -142,6 +142,11 @@ void VelotrineProcessor::endGesture(ParameterAddress address)
     parameters[address]->endChangeGesture();
 }
 
+void VelotrineProcessor::stateChanged()
+{
+    updateHostDisplay(ChangeDetails{}.withNonParameterStateChanged(true));
+}
+
 } // namespace velotrine
 
 /// What JUCE's wrappers ask for a plug-in.

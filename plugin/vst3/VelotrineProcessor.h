@@ -62,6 +62,7 @@ private:
     void beginGesture(ParameterAddress address) override;
     void valueChanged(ParameterAddress address, float value) override;
     void endGesture(ParameterAddress address) override;
+    void stateChanged() override;
 
     HostedInstrument instrument{*this};
     std::array<VelotrineParameter*, parameterCount> parameters{}; ///< JUCE owns them
