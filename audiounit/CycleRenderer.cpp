@@ -21,25 +21,6 @@ void CycleRenderer::setup(AURenderBlock block, int cycleFrames)
     timestamp = {};
 }
 
-AUAudioUnitStatus CycleRenderer::render(StereoOutput output, int frames,
-                                        LastCycle lastCycle) noexcept VELOTRINE_NONBLOCKING
-{
-    AUAudioUnitStatus status = noErr;
-    for (int done = 0; done < frames;) {
-        if (framesLeftOver() == 0) {
-            const int remaining = frames - done;
-            const bool cut = lastCycle == LastCycle::cutShort && remaining < cycleLength;
-            status = renderCycle(cut ? remaining : cycleLength);
-            if (status != noErr) {
-                output.from(done).clear(frames - done);
-                return status;
-            }
-        }
-        done += handOut(output.from(done), frames - done);
-    }
-    return status;
-}
-
 void CycleRenderer::skip(int frames) noexcept VELOTRINE_NONBLOCKING
 {
     if (framesLeftOver() != 0 || frames < 0)

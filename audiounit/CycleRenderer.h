@@ -35,7 +35,37 @@ public:
     /// Fills the output. Where the unit refuses to render, the rest is silence and its error the answer.
     /// @param frames  any number; none for fewer than 1
     AUAudioUnitStatus render(StereoOutput output, int frames,
-                             LastCycle lastCycle = LastCycle::whole) noexcept VELOTRINE_NONBLOCKING;
+                             LastCycle lastCycle = LastCycle::whole) noexcept VELOTRINE_NONBLOCKING
+    {
+        return render(output, frames, lastCycle, [](int, int, int) {});
+    }
+
+    /// The same for a caller who wants to know what is handed out: of each cycle in turn, before the unit
+    /// renders the next.
+    /// @param onHandedOut  called with where in the cycle the frames begin, how many they are, and where in
+    ///                     the output they begin
+    template <typename OnHandedOut>
+    AUAudioUnitStatus render(StereoOutput output, int frames, LastCycle lastCycle,
+                             OnHandedOut&& onHandedOut) noexcept VELOTRINE_NONBLOCKING
+    {
+        AUAudioUnitStatus status = noErr;
+        for (int done = 0; done < frames;) {
+            const int remaining = frames - done;
+            if (framesLeftOver() == 0) {
+                const bool cut = lastCycle == LastCycle::cutShort && remaining < cycleLength;
+                status = renderCycle(cut ? remaining : cycleLength);
+                if (status != noErr) {
+                    output.from(done).clear(remaining);
+                    return status;
+                }
+            }
+            const int cycleFrame = consumed;
+            const int count = handOut(output.from(done), remaining);
+            onHandedOut(cycleFrame, count, done);
+            done += count;
+        }
+        return status;
+    }
 
     /// Moves the grid of cycles on as render() would, without asking the unit or writing anything, for a unit
     /// that is silent. Only while nothing is left over.

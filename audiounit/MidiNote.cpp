@@ -5,7 +5,7 @@
 
 namespace velotrine {
 
-std::optional<MidiNote> midiNote(const NoteEvent& event) noexcept
+std::optional<MidiNote> midiNote(const NoteEvent& event) noexcept VELOTRINE_NONBLOCKING
 {
     constexpr long loudest = 127;
     if (event.note < 0 || event.note > MidiNote::highestKey || !(event.gain > 0.0f))

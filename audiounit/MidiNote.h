@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/Nonblocking.h"
 #include "engine/NoteEvent.h"
 
 #include <cstdint>
@@ -19,6 +20,6 @@ struct MidiNote
 };
 
 /// None for a silent note (gain 0), and for one outside MIDI's keys. Any thread; never waits.
-[[nodiscard]] std::optional<MidiNote> midiNote(const NoteEvent& event) noexcept;
+[[nodiscard]] std::optional<MidiNote> midiNote(const NoteEvent& event) noexcept VELOTRINE_NONBLOCKING;
 
 } // namespace velotrine

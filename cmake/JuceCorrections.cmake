@@ -101,7 +101,9 @@ function(velotrine_correct_vst3_wrapper)
 
         ${first_check}")
   velotrine_correct([[if (data.numSamples != 0 || data.numInputs != 0 || data.numOutputs != 0)]]
-                    [[if (data.numSamples > 0)]])
+                    [[velotrine::giveNotesTo (*pluginInstance, isMidiOutputBusEnabled ? data.outputEvents : nullptr);
+
+        if (data.numSamples > 0)]])
 
   # It takes any rate and any list of busses.
   velotrine_correct([[processSetup = newSetup;]] [[if (! velotrine::HostedInstrument::takesSampleRate (newSetup.sampleRate))
@@ -193,4 +195,63 @@ function(velotrine_correct_x11)
   list(TRANSFORM sources REPLACE "^.*/juce_gui_basics\\.cpp$" "${copy}/juce_gui_basics.cpp")
   set_property(TARGET juce_gui_basics PROPERTY INTERFACE_SOURCES "${sources}")
   target_include_directories(juce_gui_basics SYSTEM INTERFACE "${JUCE_MODULES_DIR}/juce_gui_basics")
+endfunction()
+
+# The JACK device. It knows only sound; the notes' port has to be of the same client, or the two would be cycles apart.
+# So its device takes notes as well (audiounit/NoteOutput.h), while it asks for sound. It asks in every cycle, whether or
+# not a port for sound is connected: something may listen to the notes alone.
+function(velotrine_correct_jack)
+  velotrine_read_juce(juce_audio_devices native/juce_linux_JackAudio.cpp)
+  velotrine_correct([[class JackAudioIODevice   : public AudioIODevice
+]] [[class JackAudioIODevice   : public AudioIODevice, public velotrine::NoteReceiver
+]])
+  set(last_function [[JUCE_DECL_VOID_JACK_FUNCTION (jack_free, (void* ptr), (ptr))]])
+  velotrine_correct("${last_function}" "${last_function}
+JUCE_DECL_VOID_JACK_FUNCTION (jack_midi_clear_buffer, (void* buffer), (buffer))
+JUCE_DECL_JACK_FUNCTION (int, jack_midi_event_write, (void* buffer, jack_nframes_t time, const jack_midi_data_t* data, size_t size), (buffer, time, data, size))")
+  set(after_ports [[inChans.calloc (totalNumberOfInputChannels + 2);]])
+  velotrine_correct("${after_ports}" "notePort = juce::jack_port_register (client, \"notes\", JACK_DEFAULT_MIDI_TYPE,
+                                                  JackPortIsOutput, 0);
+
+            ${after_ports}")
+  velotrine_correct([[int numActiveInChans = 0, numActiveOutChans = 0;
+]] [[int numActiveInChans = 0, numActiveOutChans = 0;
+
+        noteBuffer = notePort != nullptr ? juce::jack_port_get_buffer (notePort, static_cast<jack_nframes_t> (numSamples))
+                                         : nullptr;
+        if (noteBuffer != nullptr)
+            juce::jack_midi_clear_buffer (noteBuffer);
+]])
+  velotrine_correct([[            if ((numActiveInChans + numActiveOutChans) > 0)
+                callback->]] [[            callback->]])
+  set(first_member [[    bool deviceIsOpen = false;
+    jack_client_t* client = nullptr;]])
+  velotrine_correct("${first_member}" "    bool take (const velotrine::NoteMessage& message) noexcept override
+    {
+        const auto bytes = message.bytes();
+        return noteBuffer != nullptr
+                && juce::jack_midi_event_write (noteBuffer, static_cast<jack_nframes_t> (message.frame),
+                                                bytes.data(), bytes.size()) == 0;
+    }
+
+    jack_port_t* notePort = nullptr;
+    void* noteBuffer = nullptr; // of the cycle that is being processed
+${first_member}")
+  velotrine_write_juce()
+
+  velotrine_read_juce(juce_audio_devices juce_audio_devices.cpp)
+  velotrine_correct("#include <jack/jack.h>" "#include <jack/jack.h>
+ #include <jack/midiport.h>
+ #include \"audiounit/NoteOutput.h\"")
+  velotrine_correct([[#include "native/juce_linux_JackAudio.cpp"]] [[#include "native/juce_linux_JackAudio.cpp" // corrected]])
+  velotrine_write_juce()
+  set(copy "${VELOTRINE_CORRECTED_JUCE}/juce_audio_devices")
+  get_target_property(sources juce_audio_devices INTERFACE_SOURCES)
+  list(TRANSFORM sources REPLACE "^.*/juce_audio_devices\\.cpp$" "${copy}/juce_audio_devices.cpp")
+  set_property(TARGET juce_audio_devices PROPERTY INTERFACE_SOURCES "${sources}")
+  # With the name under which JACK's patch bays show the application.
+  set_source_files_properties(
+    "${copy}/juce_audio_devices.cpp"
+    PROPERTIES COMPILE_DEFINITIONS JUCE_JACK_CLIENT_NAME="${PROJECT_NAME}"
+               INCLUDE_DIRECTORIES "${PROJECT_SOURCE_DIR};${JUCE_MODULES_DIR}/juce_audio_devices")
 endfunction()

@@ -6,6 +6,7 @@ find_package(JUCE 7.0.5 CONFIG REQUIRED)
 include(JuceCorrections)
 if(UNIX AND NOT APPLE)
   velotrine_correct_x11()
+  velotrine_correct_jack()
 endif()
 
 # VST3's C++ side and the modules below need these in every file that includes a JUCE header.
@@ -42,9 +43,6 @@ target_compile_options(velotrine_juce PRIVATE $<$<NOT:$<CONFIG:Debug>>:-O1>)
 get_target_property(juce_graphics_sources juce::juce_graphics INTERFACE_SOURCES)
 set_source_files_properties(${juce_graphics_sources} PROPERTIES COMPILE_OPTIONS "$<$<NOT:$<CONFIG:Debug>>:-O3>")
 set_target_properties(velotrine_juce PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden)
-# The name under which JACK's patch bays show the application.
-set_source_files_properties("${JUCE_MODULES_DIR}/juce_audio_devices/juce_audio_devices.cpp"
-                            PROPERTIES COMPILE_DEFINITIONS JUCE_JACK_CLIENT_NAME="${PROJECT_NAME}")
 
 # Reading JUCE's headers takes a compiler ten seconds a file. velotrine_editor compiles them once for all targets.
 function(velotrine_compile_juce_headers owner)

@@ -18,11 +18,17 @@ constexpr int restIntervalMilliseconds = 40; ///< while nothing moves: a fifth o
 constexpr int checksBetweenLooks = 1000 / AudioOutput::checkIntervalMilliseconds;
 constexpr int outputChannels = 2;
 
+const VelotrineDSPKernel* kernelOf(const AUAudioUnit& unit)
+{
+    const auto* const instrument = dynamic_cast<const VelotrineAudioUnit*>(&unit);
+    return instrument != nullptr ? instrument->dspKernel.get() : nullptr;
+}
+
 /// Whether there is something to see; a stopped instrument's clock stands at exactly 0.
 bool isMoving(const AUAudioUnit& unit)
 {
-    const auto* const instrument = dynamic_cast<const VelotrineAudioUnit*>(&unit);
-    return instrument == nullptr || instrument->dspKernel->clockPhaseBuf != 0.0;
+    const auto* const kernel = kernelOf(unit);
+    return kernel == nullptr || kernel->clockPhaseBuf != 0.0;
 }
 
 /// Allocates anew. The instrument plays on from where it is, not from the start of its piece.
@@ -40,7 +46,14 @@ void allocate(AUAudioUnit& unit, double sampleRate)
 
 } // namespace
 
-AVAudioEngine::AVAudioEngine(DeviceTypeFactory deviceTypes) : output(mixer, std::move(deviceTypes)) {}
+AVAudioEngine::AVAudioEngine(DeviceTypeFactory deviceTypes, const NotePortFactory& makeNotePort)
+    : output(mixer, std::move(deviceTypes))
+{
+    if (auto port = makeNotePort()) {
+        noteSender = std::make_unique<NoteSender>(std::move(port));
+        mixer.setNoteSender(noteSender.get());
+    }
+}
 
 AVAudioEngine::~AVAudioEngine()
 {
@@ -97,7 +110,7 @@ void AVAudioEngine::prepare(double sampleRate)
     preparedRate.reset();
     auto& unit = *node->audioUnit();
     allocate(unit, sampleRate);
-    mixer.setSource(observedBlock());
+    mixer.setSource(observedBlock(), kernelOf(unit));
     preparedRate = sampleRate;
 }
 

@@ -4,6 +4,7 @@
 #include "host/AVAudioUnit.h"
 #include "host/AudioDeviceOptions.h"
 #include "host/AudioOutput.h"
+#include "host/NoteSender.h"
 #include "host/OutputDevices.h"
 #include "host/SilentClock.h"
 
@@ -24,7 +25,9 @@ namespace velotrine {
 class AVAudioEngine final : private juce::Timer
 {
 public:
-    explicit AVAudioEngine(DeviceTypeFactory deviceTypes = systemDeviceTypes);
+    /// @param makeNotePort  a way out for notes beside that of the device; what it makes may be null
+    explicit AVAudioEngine(DeviceTypeFactory deviceTypes = systemDeviceTypes,
+                           const NotePortFactory& makeNotePort = systemNotePort);
     ~AVAudioEngine() override;
     AVAudioEngine(const AVAudioEngine&) = delete;
     AVAudioEngine& operator=(const AVAudioEngine&) = delete;
@@ -72,6 +75,7 @@ private:
     void tellOfDevice() const;
 
     AudioDeviceOptions deviceOptions;
+    std::unique_ptr<NoteSender> noteSender; ///< null where there is no port
     AVAudioMixerNode mixer;
     AudioOutput output;
     std::shared_ptr<AVAudioUnit> node;

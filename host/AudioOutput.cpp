@@ -117,14 +117,34 @@ void AudioOutput::play(const Prepare& prepare)
     patience = patienceWith(*device);
     checksWithoutRequest = 0;
     requestsAtLastCheck = requestCount;
+    noteReceiver = dynamic_cast<NoteReceiver*>(device.get());
+    mixer.setSendsNotes(true);
     device->start(this);
 }
 
 void AudioOutput::close()
 {
-    if (device)
-        device->close();
+    if (!device)
+        return;
+    endNotes();
+    device->close();
+    noteReceiver = nullptr;
     device.reset();
+}
+
+/// Other programs hold the keys that are down when a client leaves JACK.
+void AudioOutput::endNotes()
+{
+    if (noteReceiver == nullptr || !device->isPlaying())
+        return;
+    mixer.setSendsNotes(false);
+    // The first request may have begun before; with the third, the second has been heard.
+    constexpr std::uint32_t enough = 3;
+    constexpr std::uint32_t longestMilliseconds = 300;
+    const auto before = requests();
+    const auto start = juce::Time::getMillisecondCounter();
+    while (requests() - before < enough && juce::Time::getMillisecondCounter() - start < longestMilliseconds)
+        juce::Thread::sleep(1);
 }
 
 AudioOutput::State AudioOutput::check()
@@ -145,7 +165,7 @@ void AudioOutput::audioDeviceIOCallbackWithContext(const float* const*, int, flo
                                                    const juce::AudioIODeviceCallbackContext&)
 {
     requestCount.fetch_add(1, std::memory_order_relaxed);
-    mixer.render(outputs, outputCount, frames);
+    mixer.render(outputs, outputCount, frames, {noteReceiver});
 }
 
 } // namespace velotrine

@@ -22,7 +22,7 @@ public:
     {
         closed,
         playing,
-        idle, ///< open, but it asks for no sound: a JACK client whose outputs are connected to nothing
+        idle, ///< open, but it asks for no sound: a JACK client whose server stands still
         lost, ///< open no longer, or stuck; close it
     };
 
@@ -41,7 +41,8 @@ public:
     /// lets it play. No error when it does.
     [[nodiscard]] std::optional<AUError> open(const AudioDeviceOptions& options, const Prepare& prepare);
 
-    /// When this returns, the device asks for no more sound.
+    /// When this returns, the device asks for no more sound. Where it takes notes, those that are held end
+    /// first, which takes it some buffers.
     void close();
 
     [[nodiscard]] bool isOpen() const noexcept { return device != nullptr; }
@@ -56,6 +57,7 @@ private:
     [[nodiscard]] juce::String openDevice(juce::AudioIODeviceType& type, const juce::String& name,
                                           const AudioDeviceOptions& options);
     void play(const Prepare& prepare);
+    void endNotes();
 
     void audioDeviceIOCallbackWithContext(const float* const* inputs, int inputCount, float* const* outputs,
                                           int outputCount, int frames,
@@ -69,6 +71,7 @@ private:
     const DeviceTypeFactory makeTypes;
     DeviceTypes types; ///< the device's own is among them, and outlives it
     std::unique_ptr<juce::AudioIODevice> device;
+    NoteReceiver* noteReceiver = nullptr; ///< the device, if it takes notes as well
     std::atomic<std::uint32_t> requestCount{0};
     std::uint32_t requestsAtLastCheck = 0;
     int checksWithoutRequest = 0;

@@ -72,6 +72,7 @@ bool HostedInstrument::prepare(double sampleRate)
     try {
         unit->allocateRenderResources();
         cycles.setup(unit->renderBlock());
+        noteStream.setup(sampleRate);
     } catch (const std::exception&) {
         dropRenderResources();
         throw;
@@ -89,7 +90,7 @@ void HostedInstrument::dropRenderResources()
 {
     if (unit->renderResourcesAllocated())
         unit->deallocateRenderResources();
-    isAtRest = false;
+    endAtOnce();
 }
 
 void HostedInstrument::reset() noexcept VELOTRINE_NONBLOCKING
@@ -98,11 +99,18 @@ void HostedInstrument::reset() noexcept VELOTRINE_NONBLOCKING
     VELOTRINE_UNFOLLOWED(const bool isReady = unit->renderResourcesAllocated();) // one load
     if (!isReady)
         return;
-    cycles.render({}, cycles.framesLeftOver());
-    isAtRest = false;
+    endAtOnce();
     auto& kernel = *unit->dspKernel;
     kernel.reset();
     kernel.voicePool->silence();
+}
+
+/// Of what was rendered, nothing more is handed out.
+void HostedInstrument::endAtOnce() noexcept VELOTRINE_NONBLOCKING
+{
+    cycles.render({}, cycles.framesLeftOver());
+    noteStream.endAll();
+    isAtRest = false;
 }
 
 void HostedInstrument::setTransport(const std::optional<HostTransport>& newTransport) noexcept
@@ -152,13 +160,14 @@ bool HostedInstrument::answerMusicalContext(double* tempo, double* numerator,
     return transportIsKnown;
 }
 
-void HostedInstrument::render(StereoOutput output, int frames) noexcept VELOTRINE_NONBLOCKING
+void HostedInstrument::render(StereoOutput output, int frames,
+                              const NoteOutput& notes) noexcept VELOTRINE_NONBLOCKING
 {
     const RenderCall call(renderCalls, "render: another call renders or prepares meanwhile");
     if (frames < 1)
         return;
     const auto leftOver = std::min(frames, cycles.framesLeftOver());
-    cycles.render(output, leftOver);
+    renderCycles(output, leftOver, notes);
     const auto newFrames = frames - leftOver;
     if (newFrames == 0)
         return;
@@ -166,10 +175,30 @@ void HostedInstrument::render(StereoOutput output, int frames) noexcept VELOTRIN
     if (goesOnResting()) {
         newOutput.clear(newFrames);
         cycles.skip(newFrames);
+        noteStream.play(newFrames, notes.from(leftOver)); // a note may end after its sound
     } else {
-        cycles.render(newOutput, newFrames);
+        renderCycles(newOutput, newFrames, notes.from(leftOver));
         noteWhetherItRests();
     }
+}
+
+void HostedInstrument::renderCycles(StereoOutput output, int frames,
+                                    const NoteOutput& notes) noexcept VELOTRINE_NONBLOCKING
+{
+    const auto& kernel = *unit->dspKernel;
+    const auto status = cycles.render(
+        output, frames, CycleRenderer::LastCycle::whole, [&](int cycleFrame, int count, int frame) {
+            noteStream.play(kernel.noteEvents(), cycleFrame, count, notes.from(frame));
+        });
+    if (status != noErr)
+        noteStream.play(frames, notes);
+}
+
+void HostedInstrument::pause(const NoteOutput& notes) noexcept VELOTRINE_NONBLOCKING
+{
+    const RenderCall call(renderCalls, "pause: another call renders or prepares meanwhile");
+    noteStream.endAll();
+    noteStream.play(1, notes);
 }
 
 // A session has dozens of instruments that wait. Sixteen cycles that find again that there is nothing to do

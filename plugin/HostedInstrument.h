@@ -1,6 +1,8 @@
 #pragma once
 
 #include "audiounit/CycleRenderer.h"
+#include "audiounit/NoteOutput.h"
+#include "audiounit/NoteStream.h"
 #include "audiounit/SampleRateRange.h"
 #include "audiounit/StereoOutput.h"
 #include "audiounit/UndoHistory.h"
@@ -60,7 +62,7 @@ public:
     /// Undoes prepare(). Main thread, while nothing renders.
     void release();
 
-    /// Ends all sound and puts the clock back to its start. Render thread.
+    /// Ends all sound and all notes and puts the clock back to its start. Render thread.
     void reset() noexcept VELOTRINE_NONBLOCKING;
 
     /// The host's transport from the next frame on; it takes effect with the next render cycle. None for a
@@ -70,7 +72,12 @@ public:
     /// Fills the output. Silence while not ready. Values set between two calls take effect with the next
     /// render cycle, so a host that wants a value at a certain frame renders up to it first. Render thread.
     /// @param frames  any number; none for fewer than 1
-    void render(StereoOutput output, int frames) noexcept VELOTRINE_NONBLOCKING;
+    /// @param notes   gets the notes, each at its crossing's frame (NoteStream). What prepare(), release() or
+    ///                reset() ended goes up at the first frame of the next call
+    void render(StereoOutput output, int frames, const NoteOutput& notes = {}) noexcept VELOTRINE_NONBLOCKING;
+
+    /// In place of render() where a host passes the instrument over: all notes end. Render thread.
+    void pause(const NoteOutput& notes) noexcept VELOTRINE_NONBLOCKING;
 
     // Values
 
@@ -133,6 +140,9 @@ public:
 
 private:
     void dropRenderResources();
+    void endAtOnce() noexcept VELOTRINE_NONBLOCKING;
+    void renderCycles(StereoOutput output, int frames,
+                      const NoteOutput& notes) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] bool goesOnResting() const noexcept VELOTRINE_NONBLOCKING;
     void noteWhetherItRests() noexcept VELOTRINE_NONBLOCKING;
     void connectTransport();
@@ -150,6 +160,7 @@ private:
     CycleRenderer cycles;
 
     // Render thread, and others for reading what is Shared.
+    NoteStream noteStream;
     HostTransport transport;
     std::int64_t framesIntoTransport = 0; ///< from the host's last report to the cycle that is about to begin
     bool isAtRest = false; ///< the last cycle did nothing, nor will the next until something changes

@@ -1,6 +1,7 @@
 #include "render/MidiFile.h"
 
 #include "audiounit/Identity.h"
+#include "audiounit/NoteOutput.h"
 
 #include <algorithm>
 #include <cmath>
@@ -161,8 +162,6 @@ struct KeyEvent
 
 Bytes ringTrack(int ring, const std::vector<HeldKey>& notes)
 {
-    constexpr int noteOff = 0x80;
-    constexpr int noteOn = 0x90;
     std::vector<KeyEvent> events;
     for (const auto& note : notes) {
         events.push_back({note.start, true, note.key, note.velocity});
@@ -178,9 +177,12 @@ Bytes ringTrack(int ring, const std::vector<HeldKey>& notes)
     std::int64_t tick = 0;
     for (const auto& event : events) {
         appendPause(track, event.tick - tick);
-        track.push_back(static_cast<std::uint8_t>((event.isOn ? noteOn : noteOff) + ring));
-        track.push_back(event.key);
-        track.push_back(event.velocity);
+        const NoteMessage message{.frame = 0,
+                                  .isOn = event.isOn,
+                                  .channel = static_cast<std::uint8_t>(ring),
+                                  .key = event.key,
+                                  .velocity = event.velocity};
+        std::ranges::copy(message.bytes(), std::back_inserter(track));
         tick = event.tick;
     }
     return track;

@@ -1,9 +1,8 @@
 #pragma once
 
+#include "engine/OneWayBuffer.h"
 #include "takes/Take.h"
 
-#include <array>
-#include <atomic>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -33,48 +32,8 @@ struct TakeRecord
     bool operator==(const TakeRecord&) const = default;
 };
 
-/// Carries records from the render thread to one other. Neither waits: one only writes, the other only reads
-/// (a ring with one counter for each of them).
-class RecordBuffer
-{
-public:
-    /// Every parameter in each of 400 cycles, a quarter of a second at 48 kHz; half a megabyte.
-    static constexpr std::size_t capacity = std::size_t{1} << 14;
-
-    /// How many records find room, at least. Writing thread.
-    [[nodiscard]] std::size_t room() const noexcept
-    {
-        return capacity - (written.load(std::memory_order_relaxed) - taken.load(std::memory_order_acquire));
-    }
-
-    /// False where there is no room. Writing thread.
-    [[nodiscard]] bool push(const TakeRecord& record) noexcept
-    {
-        if (room() == 0)
-            return false;
-        const auto count = written.load(std::memory_order_relaxed);
-        records[count % capacity] = record;
-        written.store(count + 1, std::memory_order_release);
-        return true;
-    }
-
-    /// Hands every record that is there to the receiver, in order. Reading thread.
-    template <typename Receiver>
-    void takeAll(Receiver&& receiver)
-    {
-        const auto end = written.load(std::memory_order_acquire);
-        for (auto count = taken.load(std::memory_order_relaxed); count != end; ++count) {
-            receiver(records[count % capacity]);
-            taken.store(count + 1, std::memory_order_release);
-        }
-    }
-
-private:
-    static_assert(std::atomic<std::size_t>::is_always_lock_free);
-
-    std::array<TakeRecord, capacity> records{};
-    std::atomic<std::size_t> written{0}; ///< ever
-    std::atomic<std::size_t> taken{0};   ///< ever
-};
+/// Carries records from the render thread to one other. It holds every parameter in each of 400 cycles, a
+/// quarter of a second at 48 kHz; half a megabyte.
+using RecordBuffer = OneWayBuffer<TakeRecord, std::size_t{1} << 14>;
 
 } // namespace velotrine

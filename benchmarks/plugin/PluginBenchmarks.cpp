@@ -1,17 +1,24 @@
+#include "audiounit/NoteStream.h"
+#include "benchmarks/engine/Workload.h"
+#include "plugin/HostedInstrument.h"
 #include "tests/plugin/ClapUnderTest.h"
 #include "tests/plugin/EditorPlaces.h"
 #include "tests/plugin/Lv2UnderTest.h"
 #include "tests/plugin/Vst3UnderTest.h"
+#include "tests/support/RecordingHost.h"
 #include "tests/support/Sound.h"
 #include "tests/support/VirtualDisplay.h"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <tuple>
+#include <vector>
 
 namespace velotrine {
 namespace {
@@ -47,6 +54,57 @@ void clearing(benchmark::State& state)
         std::ranges::fill(sound.right, 0.0f);
         benchmark::ClobberMemory();
     }
+}
+
+/// Takes all notes, as an event list with room.
+class CountingReceiver final : public NoteReceiver
+{
+public:
+    [[nodiscard]] bool take(const NoteMessage& message) noexcept VELOTRINE_NONBLOCKING override
+    {
+        benchmark::DoNotOptimize(message);
+        return true;
+    }
+};
+
+/// The worst workload, in a host.
+void playing(benchmark::State& state)
+{
+    RecordingHost host;
+    HostedInstrument instrument(host);
+    auto& kernel = *instrument.audioUnit()->dspKernel;
+    setWorkload(kernel, 1.0f);
+    if (!instrument.prepare(sampleRate))
+        throw std::runtime_error("the instrument cannot be prepared");
+    kernel.internalPlaying = true;
+    CountingReceiver receiver;
+    Sound sound(blockFrames);
+    for ([[maybe_unused]] auto block : state)
+        instrument.render({sound.left.data(), sound.right.data()}, blockFrames, {&receiver});
+}
+
+/// What playing it costs for its notes: the same cycles, of which there is nothing but the events.
+void notesOfPlaying(benchmark::State& state)
+{
+    constexpr int cycleFrames = CycleRenderer::defaultCycleFrames;
+    constexpr int cyclesOfABlock = blockFrames / cycleFrames;
+    constexpr std::size_t cycleCount = 20000; // 13 seconds
+    VelotrineDSPKernel kernel;
+    startWorkload(kernel, 1.0f, cycleFrames);
+    std::vector<std::vector<NoteEvent>> cycles;
+    std::array<float, cycleFrames> left{};
+    std::array<float, cycleFrames> right{};
+    while (cycles.size() < cycleCount) {
+        kernel.process(left.data(), right.data(), cycleFrames);
+        cycles.emplace_back(kernel.noteEvents().begin(), kernel.noteEvents().end());
+    }
+    NoteStream stream;
+    stream.setup(sampleRate);
+    CountingReceiver receiver;
+    std::size_t next = 0;
+    for ([[maybe_unused]] auto block : state)
+        for (int i = 0; i < cyclesOfABlock; ++i, next = (next + 1) % cycleCount)
+            stream.play(cycles[next], 0, cycleFrames, NoteOutput{&receiver}.from(i * cycleFrames));
 }
 
 /// The host has stopped and the last note has ended.
@@ -122,6 +180,8 @@ int main(int argc, char** argv)
     // VST3's wrapper looks for a display as it is loaded.
     std::ignore = velotrine::VirtualDisplay::shared();
     benchmark::RegisterBenchmark("clearing", velotrine::clearing);
+    benchmark::RegisterBenchmark("playing", velotrine::playing);
+    benchmark::RegisterBenchmark("notesOfPlaying", velotrine::notesOfPlaying);
     velotrine::inFormat<velotrine::ClapUnderTest>("CLAP");
     velotrine::inFormat<velotrine::Lv2UnderTest>("LV2");
     velotrine::inFormat<velotrine::Vst3UnderTest>("VST3");

@@ -5,6 +5,7 @@
 #include "audiounit/StateText.h"
 #include "plugin/HostValue.h"
 #include "plugin/clap/ClapEventWriter.h"
+#include "plugin/clap/ClapNoteWriter.h"
 #include "plugin/clap/ClapStructures.h"
 
 #include <algorithm>
@@ -74,6 +75,8 @@ bool ClapPlugin::init()
     hostParams = static_cast<const clap_host_params_t*>(ask(CLAP_EXT_PARAMS));
     hostState = static_cast<const clap_host_state_t*>(ask(CLAP_EXT_STATE));
     hostLog = static_cast<const ClapHostLog*>(ask(clapLogId));
+    if (const auto* const ports = static_cast<const clap_host_note_ports_t*>(ask(CLAP_EXT_NOTE_PORTS)))
+        noteDialect = ClapNoteWriter::dialectFor(ports->supported_dialects(&clapHost));
     threads.findHostsWord();
     return true;
 }
@@ -118,9 +121,12 @@ void ClapPlugin::renderBlock(const clap_process_t& block) noexcept VELOTRINE_NON
     constexpr auto longest = static_cast<std::uint32_t>(std::numeric_limits<int>::max());
     const auto frames = std::min(block.frames_count, longest);
     const auto output = outputOf(block);
+    ClapNoteWriter noteWriter(block.out_events, noteDialect);
+    const NoteOutput notes{&noteWriter};
     std::uint32_t rendered = 0;
     const auto renderUpTo = [&](std::uint32_t frame) {
-        instrument.render(output.from(static_cast<int>(rendered)), static_cast<int>(frame - rendered));
+        const auto from = static_cast<int>(rendered);
+        instrument.render(output.from(from), static_cast<int>(frame) - from, notes.from(from));
         rendered = frame;
     };
 
@@ -136,6 +142,7 @@ void ClapPlugin::renderBlock(const clap_process_t& block) noexcept VELOTRINE_NON
         }
     }
     renderUpTo(frames);
+    // Behind the notes, for the list goes by frames.
     handOverEdits(block.out_events, frames > 0 ? frames - 1 : 0);
 }
 
@@ -203,14 +210,21 @@ bool ClapPlugin::audioPort(std::uint32_t index, bool isInput, clap_audio_port_in
     return true;
 }
 
-std::uint32_t ClapPlugin::notePortCount(bool)
+std::uint32_t ClapPlugin::notePortCount(bool isInput)
 {
-    return 0;
+    return isInput ? 0 : 1;
 }
 
-bool ClapPlugin::notePort(std::uint32_t, bool, clap_note_port_info_t*)
+bool ClapPlugin::notePort(std::uint32_t index, bool isInput, clap_note_port_info_t* info)
 {
-    return false;
+    if (isInput || index != 0 || info == nullptr)
+        return false;
+    *info = {.id = 0,
+             .supported_dialects = ClapNoteWriter::dialects,
+             .preferred_dialect = CLAP_NOTE_DIALECT_CLAP,
+             .name = {}};
+    copyText("Notes", info->name);
+    return true;
 }
 
 std::uint32_t ClapPlugin::parameterCountForHost()

@@ -103,6 +103,7 @@ private:
     const clap_host_params_t* hostParams = nullptr;
     const clap_host_state_t* hostState = nullptr;
     const ClapHostLog* hostLog = nullptr;
+    clap_note_dialect noteDialect = CLAP_NOTE_DIALECT_CLAP;
     PendingEdits edits;
     HostedInstrument instrument{*this};
     std::unique_ptr<ClapGui> gui; ///< from the first time that the host asks for it

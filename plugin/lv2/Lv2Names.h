@@ -18,6 +18,7 @@ namespace lv2Port {
 inline constexpr std::uint32_t left = parameterCount;
 inline constexpr std::uint32_t right = left + 1;
 inline constexpr std::uint32_t time = right + 1;
+inline constexpr std::uint32_t notes = time + 1;
 } // namespace lv2Port
 
 } // namespace velotrine

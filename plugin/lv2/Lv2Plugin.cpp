@@ -12,7 +12,7 @@ namespace velotrine {
 
 Lv2Plugin::Lv2Plugin(double sampleRate, const LV2_URID_Map& map, const Lv2Log& log)
     : hostSampleRate(sampleRate), hostLog(log), timePosition(map), stateKey(map.map(map.handle, lv2StateUri)),
-      stringType(map.map(map.handle, LV2_ATOM__String))
+      stringType(map.map(map.handle, LV2_ATOM__String)), notes(map)
 {}
 
 void Lv2Plugin::connectPort(std::uint32_t port, void* data) noexcept
@@ -25,6 +25,8 @@ void Lv2Plugin::connectPort(std::uint32_t port, void* data) noexcept
         output.right = static_cast<float*>(data);
     else if (port == lv2Port::time)
         time = static_cast<const LV2_Atom_Sequence*>(data);
+    else if (port == lv2Port::notes)
+        notes.connect(static_cast<LV2_Atom_Sequence*>(data));
 }
 
 void Lv2Plugin::activate()
@@ -49,10 +51,13 @@ void Lv2Plugin::run(std::uint32_t frames) noexcept VELOTRINE_NONBLOCKING
     constexpr auto longest = static_cast<std::uint32_t>(std::numeric_limits<int>::max());
     frames = std::min(frames, longest);
     std::uint32_t rendered = 0;
+    const NoteOutput noteOutput{&notes};
     const auto renderUpTo = [&](std::uint32_t frame) {
-        instrument.render(output.from(static_cast<int>(rendered)), static_cast<int>(frame - rendered));
+        const auto from = static_cast<int>(rendered);
+        instrument.render(output.from(from), static_cast<int>(frame) - from, noteOutput.from(from));
         rendered = frame;
     };
+    notes.begin();
     ports.applyTo(instrument);
     applyEvents([&](std::int64_t frame) {
         renderUpTo(static_cast<std::uint32_t>(std::clamp<std::int64_t>(frame, rendered, frames)));

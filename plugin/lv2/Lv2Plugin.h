@@ -6,6 +6,7 @@
 #include "plugin/lv2/ControlPorts.h"
 #include "plugin/lv2/Lv2Log.h"
 #include "plugin/lv2/Lv2Names.h"
+#include "plugin/lv2/NoteSequence.h"
 #include "plugin/lv2/TimePosition.h"
 
 #include <lv2/core/lv2.h>
@@ -70,6 +71,7 @@ private:
     ControlPorts ports;
     StereoOutput output;
     const LV2_Atom_Sequence* time = nullptr;
+    NoteSequence notes;
 
     HostTransport transport; ///< as far as the host has reported it
     std::atomic<bool> isActive{false};

@@ -142,7 +142,10 @@ std::string controlPorts()
 std::string minorVersion()
 {
     constexpr std::uint32_t minorsOfAMajor = 100;
-    return std::to_string(2 * (identity::majorVersion * minorsOfAMajor + identity::minorVersion));
+    constexpr std::uint32_t portsAdded =
+        1; // since version 1.0; a new port makes a new minor version by itself
+    return std::to_string(2 *
+                          (identity::majorVersion * minorsOfAMajor + identity::minorVersion + portsAdded));
 }
 
 std::string microVersion()
@@ -197,6 +200,7 @@ std::string valueOf(std::string_view name)
         {"LEFT_PORT", [] { return std::to_string(lv2Port::left); }},
         {"RIGHT_PORT", [] { return std::to_string(lv2Port::right); }},
         {"TIME_PORT", [] { return std::to_string(lv2Port::time); }},
+        {"NOTES_PORT", [] { return std::to_string(lv2Port::notes); }},
         {"PRESET_LIST", presetList},
         {"PRESETS", presets},
     };

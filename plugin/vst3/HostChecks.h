@@ -3,8 +3,9 @@
 #include "plugin/HostCall.h"
 #include "plugin/HostedInstrument.h"
 
-#include <juce_audio_basics/juce_audio_basics.h>
+#include <juce_audio_processors/juce_audio_processors.h>
 #include <pluginterfaces/vst/ivstaudioprocessor.h>
+#include <pluginterfaces/vst/ivstevents.h>
 
 #include <type_traits>
 
@@ -23,6 +24,11 @@ namespace velotrine {
 template <typename Sample>
 [[nodiscard]] juce::AudioBuffer<Sample> outputOf(const Steinberg::Vst::ProcessData& block,
                                                  bool isSwitchedOn) noexcept;
+
+/// Where the plug-in's notes go in the block that comes next; null for nowhere. The wrapper's own way takes
+/// memory for them, and does not hear that a host's list is full. Render thread.
+void giveNotesTo(juce::AudioProcessor& plugin,
+                 Steinberg::Vst::IEventList* list) noexcept VELOTRINE_NONBLOCKING;
 
 /// Throws unless the bytes are a whole state: the instrument's part, and what the wrapper adds to it.
 void checkState(const void* bytes, int size);

@@ -2,6 +2,7 @@
 
 #include "audiounit/Presets.h"
 #include "plugin/HostCall.h"
+#include "plugin/vst3/HostChecks.h"
 #include "plugin/vst3/VelotrineEditor.h"
 #if JUCE_LINUX
 #include "plugin/X11Connection.h"
@@ -78,7 +79,7 @@ void VelotrineProcessor::processBlock(juce::AudioBuffer<float>& buffer,
     const auto channel = [&buffer](int index) {
         return index < buffer.getNumChannels() ? buffer.getWritePointer(index) : nullptr;
     };
-    instrument.render({channel(0), channel(1)}, buffer.getNumSamples());
+    instrument.render({channel(0), channel(1)}, buffer.getNumSamples(), {&notes});
 }
 
 int VelotrineProcessor::getNumPrograms()
@@ -145,6 +146,12 @@ void VelotrineProcessor::endGesture(ParameterAddress address)
 void VelotrineProcessor::stateChanged()
 {
     updateHostDisplay(ChangeDetails{}.withNonParameterStateChanged(true));
+}
+
+void giveNotesTo(juce::AudioProcessor& plugin,
+                 Steinberg::Vst::IEventList* list) noexcept VELOTRINE_NONBLOCKING
+{
+    static_cast<VelotrineProcessor&>(plugin).giveNotesTo(list); // there is no other
 }
 
 } // namespace velotrine

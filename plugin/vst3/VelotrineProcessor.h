@@ -5,6 +5,7 @@
 #include "plugin/HostedInstrument.h"
 #include "plugin/InstrumentHost.h"
 #include "plugin/vst3/VelotrineParameter.h"
+#include "plugin/vst3/Vst3NoteWriter.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
@@ -23,7 +24,7 @@ public:
 
     bool acceptsMidi() const override { return false; }
 
-    bool producesMidi() const override { return false; }
+    bool producesMidi() const override { return true; }
 
     double getTailLengthSeconds() const override { return 0.0; }
 
@@ -41,7 +42,11 @@ public:
     void processBlockBypassed(juce::AudioBuffer<float>& buffer, juce::MidiBuffer&) override
     {
         buffer.clear();
+        instrument.pause({&notes});
     }
+
+    /// Where notes go in the blocks to come; null for nowhere. Render thread.
+    void giveNotesTo(Steinberg::Vst::IEventList* list) noexcept { notes.list = list; }
 
     int getNumPrograms() override;
     int getCurrentProgram() override;
@@ -64,6 +69,7 @@ private:
     void endGesture(ParameterAddress address) override;
     void stateChanged() override;
 
+    Vst3NoteWriter notes;
     HostedInstrument instrument{*this};
     std::array<VelotrineParameter*, parameterCount> parameters{}; ///< JUCE owns them
 };

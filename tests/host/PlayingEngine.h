@@ -11,7 +11,9 @@ namespace velotrine {
 /// from every spot.
 struct PlayingEngine
 {
-    explicit PlayingEngine(DeviceTypeFactory deviceTypes = systemDeviceTypes) : engine(std::move(deviceTypes))
+    explicit PlayingEngine(DeviceTypeFactory deviceTypes = systemDeviceTypes,
+                           const NotePortFactory& makeNotePort = systemNotePort)
+        : engine(std::move(deviceTypes), makeNotePort)
     {
         instrument->dspKernel->internalPlaying = true;
         const auto node = std::make_shared<AVAudioUnit>(instrument);

@@ -2,6 +2,7 @@
 #include "tests/plugin/EditorPlaces.h"
 #include "tests/support/VirtualDisplay.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
@@ -65,6 +66,22 @@ TEST_F(ClapEditor, LeavesTheHostNothingToWatchOnceItIsClosed)
     gui(host).destroy(&host.plugin());
     EXPECT_TRUE(host.descriptors.empty());
     EXPECT_TRUE(host.timers.empty());
+}
+
+TEST_F(ClapEditor, SendsEditsAndNotesInTheOrderOfTheirFrames)
+{
+    ClapHost host(library);
+    open(host, display.makeWindow(editorWidth, editorHeight));
+    host.runLoop(100ms);
+    display.act(std::string("mousemove ") + knob + " click 5");
+    host.runLoop(50ms);
+    ASSERT_TRUE(host.start(48000.0, 48000));
+    Sound sound(48000);
+    const HostTransport rolling{.tempo = 240.0, .beatsPerBar = 4, .beatUnit = 4, .isPlaying = true};
+    host.process(sound.left.data(), sound.right.data(), 48000, rolling);
+    EXPECT_FALSE(host.notes.empty());
+    EXPECT_FALSE(host.told.empty());
+    EXPECT_TRUE(std::ranges::is_sorted(host.eventFrames));
 }
 
 TEST_F(ClapEditor, AsksForAFlushWhereNothingRenders)

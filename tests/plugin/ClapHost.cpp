@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <dlfcn.h>
 #include <poll.h>
 #include <stdexcept>
@@ -24,18 +25,65 @@ std::string shortNumber(double value)
     return text;
 }
 
-bool takeEvent(const clap_output_events_t* list, const clap_event_header_t* event)
+NoteMessage messageOf(const clap_event_note_t& note)
+{
+    return {.frame = static_cast<int>(note.header.time),
+            .isOn = note.header.type == CLAP_EVENT_NOTE_ON,
+            .channel = static_cast<std::uint8_t>(note.channel),
+            .key = static_cast<std::uint8_t>(note.key),
+            .velocity = static_cast<std::uint8_t>(std::lround(note.velocity * 127.0))};
+}
+
+NoteMessage messageOf(const clap_event_midi_t& midi)
+{
+    return {.frame = static_cast<int>(midi.header.time),
+            .isOn = (midi.data[0] & 0xF0) == 0x90,
+            .channel = static_cast<std::uint8_t>(midi.data[0] & 0x0F),
+            .key = midi.data[1],
+            .velocity = midi.data[2]};
+}
+
+std::optional<NoteMessage> noteIn(const clap_event_header_t& event)
+{
+    if (event.type == CLAP_EVENT_NOTE_ON || event.type == CLAP_EVENT_NOTE_OFF)
+        return messageOf(reinterpret_cast<const clap_event_note_t&>(event));
+    if (event.type == CLAP_EVENT_MIDI)
+        return messageOf(reinterpret_cast<const clap_event_midi_t&>(event));
+    return std::nullopt;
+}
+
+bool takeNote(ClapHost& host, const NoteMessage& note)
+{
+    if (host.notes.size() >= host.roomForNotes)
+        return false;
+    host.notes.push_back(note);
+    return true;
+}
+
+void takeEdit(ClapHost& host, const clap_event_header_t& event)
 {
     VELOTRINE_MAY_BLOCK();
-    auto& told = static_cast<ClapHost*>(list->ctx)->told;
-    if (event->type == CLAP_EVENT_PARAM_VALUE) {
-        const auto& change = *reinterpret_cast<const clap_event_param_value_t*>(event);
-        told.push_back(std::to_string(change.param_id) + " = " + shortNumber(change.value));
+    if (event.type == CLAP_EVENT_PARAM_VALUE) {
+        const auto& change = reinterpret_cast<const clap_event_param_value_t&>(event);
+        host.told.push_back(std::to_string(change.param_id) + " = " + shortNumber(change.value));
     } else {
-        const auto& gesture = *reinterpret_cast<const clap_event_param_gesture_t*>(event);
-        told.push_back((event->type == CLAP_EVENT_PARAM_GESTURE_BEGIN ? "begin " : "end ") +
-                       std::to_string(gesture.param_id));
+        const auto& gesture = reinterpret_cast<const clap_event_param_gesture_t&>(event);
+        host.told.push_back((event.type == CLAP_EVENT_PARAM_GESTURE_BEGIN ? "begin " : "end ") +
+                            std::to_string(gesture.param_id));
     }
+}
+
+bool takeEvent(const clap_output_events_t* list, const clap_event_header_t* event)
+{
+    auto& host = *static_cast<ClapHost*>(list->ctx);
+    if (const auto note = noteIn(*event)) {
+        if (!takeNote(host, *note))
+            return false;
+    } else {
+        takeEdit(host, *event);
+    }
+    host.eventTypes.push_back(event->type);
+    host.eventFrames.push_back(event->time);
     return true;
 }
 
@@ -95,6 +143,10 @@ constexpr clap_host_params_t hostParams{
     .clear = [](const clap_host_t*, clap_id, clap_param_clear_flags) {},
     .request_flush = [](const clap_host_t* host) { ++self(host).flushRequests; }};
 
+constexpr clap_host_note_ports_t hostNotePorts{
+    .supported_dialects = [](const clap_host_t* host) { return self(host).dialects.value(); },
+    .rescan = [](const clap_host_t*, std::uint32_t) {}};
+
 constexpr clap_host_state_t hostState{.mark_dirty = [](const clap_host_t* host) { ++self(host).dirtyMarks; }};
 
 constexpr ClapHostLog hostLog{.log = [](const clap_host_t* host, std::int32_t, const char* message) {
@@ -136,8 +188,12 @@ ClapLibrary::~ClapLibrary()
     dlclose(handle);
 }
 
-ClapHost::ClapHost(const ClapLibrary& library)
+ClapHost::ClapHost(const ClapLibrary& library, std::optional<std::uint32_t> noteDialects)
+    : dialects(noteDialects)
 {
+    notes.reserve(usualRoomForNotes);
+    eventTypes.reserve(2 * usualRoomForNotes);
+    eventFrames.reserve(2 * usualRoomForNotes);
     host = {.clap_version = CLAP_VERSION,
             .host_data = this,
             .name = "Test",
@@ -176,6 +232,8 @@ const void* ClapHost::hostExtension(const clap_host_t* host, const char* id)
         return &hostParams;
     if (name == CLAP_EXT_STATE)
         return &hostState;
+    if (name == CLAP_EXT_NOTE_PORTS && self(host).dialects)
+        return &hostNotePorts;
     if (name == clapLogId)
         return &hostLog;
     if (name == CLAP_EXT_TIMER_SUPPORT)
@@ -222,10 +280,18 @@ clap_process_status ClapHost::process(float* left, float* right, std::uint32_t f
 
 void ClapHost::flush(const std::vector<ClapAutomation>& automation)
 {
+    forgetEvents();
     auto events = eventsOf(automation);
     const clap_input_events_t in{.ctx = &events, .size = eventCount, .get = eventAt};
     const clap_output_events_t out{.ctx = this, .try_push = takeEvent};
     params().flush(instance, &in, &out);
+}
+
+void ClapHost::forgetEvents() noexcept
+{
+    notes.clear();
+    eventTypes.clear();
+    eventFrames.clear();
 }
 
 std::string ClapHost::save() const
@@ -315,6 +381,7 @@ clap_process_status ClapCall::process(float* left, float* right, std::uint32_t f
 {
     channels = {left, right};
     call.frames_count = frames;
+    host.forgetEvents();
     const auto status = host.plugin().process(&host.plugin(), &call);
     events.clear();
     return status;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "audiounit/NoteOutput.h"
 #include "plugin/HostTransport.h"
 #include "plugin/clap/ClapHostExtensions.h"
 #include "tests/support/Sound.h"
@@ -55,7 +56,8 @@ struct ClapAutomation
 class ClapHost
 {
 public:
-    explicit ClapHost(const ClapLibrary& library);
+    /// @param noteDialects  what the host says that it knows; none if it does not say
+    explicit ClapHost(const ClapLibrary& library, std::optional<std::uint32_t> noteDialects = std::nullopt);
     ~ClapHost();
     ClapHost(const ClapHost&) = delete;
     ClapHost& operator=(const ClapHost&) = delete;
@@ -86,6 +88,9 @@ public:
                                 const std::vector<ClapAutomation>& automation = {});
     void flush(const std::vector<ClapAutomation>& automation);
 
+    /// Before each call in which the plug-in may send some.
+    void forgetEvents() noexcept;
+
     /// Empty if the plug-in could not save.
     [[nodiscard]] std::string save() const;
     bool load(const std::string& state, std::size_t bytesAtATime = 4096);
@@ -95,6 +100,13 @@ public:
 
     bool watchesDescriptors = true; ///< set it before the editor is created
 
+    static constexpr std::size_t usualRoomForNotes = 4096;
+
+    std::vector<NoteMessage> notes; ///< of the last block
+    std::size_t roomForNotes = usualRoomForNotes;
+    std::vector<std::uint32_t> eventTypes;  ///< of the last block, in the order in which they came
+    std::vector<std::uint32_t> eventFrames; ///< likewise
+
     std::vector<std::string> told; ///< edits: "begin 3", "3 = 0.25", "end 3"
     std::vector<std::string> logged;
     int rescans = 0;
@@ -102,6 +114,8 @@ public:
     int dirtyMarks = 0;
     std::map<int, int> descriptors;          ///< how often each is watched
     std::map<clap_id, std::uint32_t> timers; ///< periods in ms
+
+    const std::optional<std::uint32_t> dialects;
 
 private:
     static const void* hostExtension(const clap_host_t* host, const char* id);

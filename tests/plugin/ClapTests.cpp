@@ -73,7 +73,7 @@ TEST_F(Clap, RefusesAnyOtherPluginFactoryOrExtension)
     EXPECT_EQ(real.plugin().get_extension(&real.plugin(), "another.extension"), nullptr);
 }
 
-TEST_F(Clap, HasOneStereoOutputAndNoOtherPorts)
+TEST_F(Clap, HasOneOutputOfSoundAndOneOfNotes)
 {
     const ClapHost host(library);
     const auto& ports = host.extension<clap_plugin_audio_ports_t>(CLAP_EXT_AUDIO_PORTS);
@@ -85,7 +85,14 @@ TEST_F(Clap, HasOneStereoOutputAndNoOtherPorts)
     EXPECT_STREQ(info.port_type, CLAP_PORT_STEREO);
     EXPECT_FALSE(ports.get(&host.plugin(), 1, false, &info));
     const auto& notes = host.extension<clap_plugin_note_ports_t>(CLAP_EXT_NOTE_PORTS);
-    EXPECT_EQ(notes.count(&host.plugin(), true) + notes.count(&host.plugin(), false), 0u);
+    EXPECT_EQ(notes.count(&host.plugin(), true), 0u);
+    ASSERT_EQ(notes.count(&host.plugin(), false), 1u);
+    clap_note_port_info_t port{};
+    ASSERT_TRUE(notes.get(&host.plugin(), 0, false, &port));
+    EXPECT_EQ(port.supported_dialects, std::uint32_t{CLAP_NOTE_DIALECT_CLAP | CLAP_NOTE_DIALECT_MIDI});
+    EXPECT_EQ(port.preferred_dialect, std::uint32_t{CLAP_NOTE_DIALECT_CLAP});
+    EXPECT_FALSE(notes.get(&host.plugin(), 1, false, &port));
+    EXPECT_FALSE(notes.get(&host.plugin(), 0, true, &port));
 }
 
 TEST_F(Clap, ListsTheInstrumentsParametersInTheirOrder)
@@ -164,6 +171,49 @@ TEST_F(Clap, AutomatesToTheFrameWhateverTheHostsBlockSizes)
         ClapHost host(library);
         EXPECT_TRUE(sessionOf(host, sizes) == expected) << sizes.name;
     }
+}
+
+/// The notes of a second, in the dialect in which they came.
+std::vector<NoteMessage> notesOfASecond(ClapHost& host, std::uint16_t strikeType)
+{
+    Sound sound(48000);
+    EXPECT_TRUE(host.start(sampleRate, 48000));
+    host.process(sound.left.data(), sound.right.data(), 48000, rolling);
+    EXPECT_FALSE(host.notes.empty());
+    EXPECT_EQ(host.eventTypes.at(0), strikeType);
+    return host.notes;
+}
+
+TEST_F(Clap, SendsNotesInTheFormatsOwnDialectUnlessTheHostKnowsOnlyMidi)
+{
+    ClapHost silent(library);
+    ClapHost knowsBoth(library, CLAP_NOTE_DIALECT_CLAP | CLAP_NOTE_DIALECT_MIDI | CLAP_NOTE_DIALECT_MIDI2);
+    ClapHost knowsMidi(library, CLAP_NOTE_DIALECT_MIDI | CLAP_NOTE_DIALECT_MIDI_MPE);
+    ClapHost knowsNeither(library, CLAP_NOTE_DIALECT_MIDI2);
+    const auto expected = notesOfASecond(silent, CLAP_EVENT_NOTE_ON);
+    EXPECT_EQ(notesOfASecond(knowsBoth, CLAP_EVENT_NOTE_ON), expected);
+    EXPECT_EQ(notesOfASecond(knowsMidi, CLAP_EVENT_MIDI), expected);
+    EXPECT_EQ(notesOfASecond(knowsNeither, CLAP_EVENT_NOTE_ON), expected);
+}
+
+TEST_F(Clap, EndsAllNotesInTheFirstFrameAfterAReset)
+{
+    ClapHost host(library);
+    ASSERT_TRUE(host.start(sampleRate, 64));
+    Sound sound(64);
+    int keysDown = 0;
+    const auto play = [&] {
+        host.process(sound.left.data(), sound.right.data(), 64, rolling);
+        for (const auto& note : host.notes)
+            keysDown += note.isOn ? 1 : -1;
+    };
+    while (keysDown == 0)
+        play();
+    host.plugin().reset(&host.plugin());
+    host.process(sound.left.data(), sound.right.data(), 64, stopped);
+    EXPECT_EQ(host.notes.size(), static_cast<std::size_t>(keysDown));
+    for (const auto& note : host.notes)
+        EXPECT_TRUE(!note.isOn && note.frame == 0);
 }
 
 TEST_F(Clap, SurvivesAHostWithoutBuffers)

@@ -19,6 +19,11 @@ public:
     void setTransport(const std::optional<HostTransport>& transport) override;
     void setValue(ParameterAddress address, double value) override;
     bool render(float* left, float* right, int frames) override;
+
+    [[nodiscard]] const std::vector<NoteMessage>& notes() const override { return host.notes; }
+
+    void setRoomForNotes(int messages) override { host.roomForNotes = static_cast<std::size_t>(messages); }
+
     [[nodiscard]] double value(ParameterAddress address) const override;
     [[nodiscard]] std::string save() const override;
     bool load(const std::string& state) override;

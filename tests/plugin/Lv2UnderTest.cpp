@@ -17,6 +17,7 @@ constexpr double initialRate = 48000.0;
 
 Lv2UnderTest::Lv2UnderTest()
 {
+    heard.reserve(Lv2Notes::mostMessages);
     makeInstance(initialRate);
 }
 
@@ -26,9 +27,13 @@ void Lv2UnderTest::makeInstance(double sampleRate)
     const auto controls = host ? std::optional(host->controls) : std::nullopt;
     host = std::make_unique<Lv2Host>(library, sampleRate);
     host->runsPluginWhileIdle = false;
+    notePort.emplace(*host);
     rate = sampleRate;
     nothing = host->sequenceOf({});
-    connected = {{lv2Port::left, nullptr}, {lv2Port::right, nullptr}, {lv2Port::time, nullptr}};
+    connected = {{lv2Port::left, nullptr},
+                 {lv2Port::right, nullptr},
+                 {lv2Port::time, nullptr},
+                 {lv2Port::notes, nullptr}};
     hasNews = false;
     saidLast.reset();
     if (controls)
@@ -78,8 +83,10 @@ bool Lv2UnderTest::render(float* left, float* right, int frames)
     connect(lv2Port::left, left);
     connect(lv2Port::right, right);
     connect(lv2Port::time, hasNews ? news.data() : nothing.data());
+    connect(lv2Port::notes, notePort->emptied(roomForNotes));
     hasNews = false;
     host->run(static_cast<std::uint32_t>(frames));
+    notePort->readInto(heard);
     return true;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/plugin/Lv2Host.h"
+#include "tests/plugin/Lv2Notes.h"
 #include "tests/plugin/PluginUnderTest.h"
 
 #include <map>
@@ -24,6 +25,11 @@ public:
     void setTransport(const std::optional<HostTransport>& transport) override;
     void setValue(ParameterAddress address, double value) override;
     bool render(float* left, float* right, int frames) override;
+
+    [[nodiscard]] const std::vector<NoteMessage>& notes() const override { return heard; }
+
+    void setRoomForNotes(int messages) override { roomForNotes = static_cast<std::size_t>(messages); }
+
     [[nodiscard]] double value(ParameterAddress address) const override;
     [[nodiscard]] std::string save() const override;
     bool load(const std::string& state) override;
@@ -50,6 +56,9 @@ private:
     Sequence news;        ///< and when something has
     bool hasNews = false; ///< for the next block
     std::map<std::uint32_t, void*> connected;
+    std::optional<Lv2Notes> notePort;
+    std::vector<NoteMessage> heard;
+    std::size_t roomForNotes = Lv2Notes::mostMessages;
 };
 
 } // namespace velotrine

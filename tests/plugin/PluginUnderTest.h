@@ -1,5 +1,6 @@
 #pragma once
 
+#include "audiounit/NoteOutput.h"
 #include "engine/ParameterAddress.h"
 #include "plugin/HostTransport.h"
 #include "tests/support/VirtualDisplay.h"
@@ -49,6 +50,12 @@ public:
     /// One block: only the call of the plug-in, for everything that goes into it is prepared. The host
     /// allocates nothing. Any pointer may be null. False if the plug-in says that it failed.
     virtual bool render(float* left, float* right, int frames) = 0;
+
+    /// What the last block sent to the host, in the order and at the frames in which it came.
+    [[nodiscard]] virtual const std::vector<NoteMessage>& notes() const = 0;
+
+    /// How many messages the host can take in each block to come; at first more than there are.
+    virtual void setRoomForNotes(int messages) = 0;
 
     /// As the plug-in tells the host, in the parameter's own unit. In LV2 only a saved state tells.
     [[nodiscard]] virtual double value(ParameterAddress address) const = 0;

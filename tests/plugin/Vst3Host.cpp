@@ -150,6 +150,11 @@ int Vst3Host::eventInputs() const
     return self->component->getBusCount(Vst::kEvent, Vst::kInput);
 }
 
+int Vst3Host::eventOutputs() const
+{
+    return self->component->getBusCount(Vst::kEvent, Vst::kOutput);
+}
+
 std::vector<Vst3Parameter> Vst3Host::parameters() const
 {
     std::vector<Vst3Parameter> all;
@@ -254,11 +259,14 @@ bool Vst3Host::process(const Vst3Block& block, const std::optional<HostTransport
     call.setTransport(transport);
     for (const auto& change : automation)
         call.add(change);
-    return process(call);
+    const auto isDone = process(call);
+    lastNotes = call.notes();
+    return isDone;
 }
 
 bool Vst3Host::process(Call& call)
 {
+    call.forgetNotes();
     const auto isDone = self->processor->process(call.data()) == kResultOk;
     call.clear();
     return isDone;

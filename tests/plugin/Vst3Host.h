@@ -1,5 +1,6 @@
 #pragma once
 
+#include "audiounit/NoteOutput.h"
 #include "plugin/HostTransport.h"
 
 #include <chrono>
@@ -60,6 +61,7 @@ public:
     [[nodiscard]] int audioInputs() const;
     [[nodiscard]] int audioOutputs() const;
     [[nodiscard]] int eventInputs() const;
+    [[nodiscard]] int eventOutputs() const;
 
     /// In the plug-in's order.
     [[nodiscard]] std::vector<Vst3Parameter> parameters() const;
@@ -85,6 +87,9 @@ public:
 
     bool process(vst3::Call& call);
 
+    /// What the last block sent, unless the call was prepared.
+    [[nodiscard]] const std::vector<NoteMessage>& notes() const noexcept { return lastNotes; }
+
     /// Asks for an output of two channels, or of a list that is not there.
     [[nodiscard]] bool takesStereo(bool hasList) const;
 
@@ -106,6 +111,7 @@ public:
 private:
     struct Implementation;
     std::unique_ptr<Implementation> self;
+    std::vector<NoteMessage> lastNotes;
 };
 
 } // namespace velotrine

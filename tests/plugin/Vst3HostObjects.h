@@ -1,16 +1,19 @@
 #pragma once
 
+#include "audiounit/NoteOutput.h"
 #include "tests/plugin/Vst3Host.h"
 
 #include <pluginterfaces/base/ibstream.h>
 #include <pluginterfaces/gui/iplugview.h>
 #include <pluginterfaces/vst/ivstaudioprocessor.h>
 #include <pluginterfaces/vst/ivsteditcontroller.h>
+#include <pluginterfaces/vst/ivstevents.h>
 #include <pluginterfaces/vst/ivsthostapplication.h>
 #include <pluginterfaces/vst/ivstparameterchanges.h>
 #include <pluginterfaces/vst/ivstprocesscontext.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <map>
@@ -128,6 +131,51 @@ public:
     std::vector<ValueQueue> queues;
 };
 
+/// What a plug-in sends in a block; of notes only.
+class EventList final : public Vst::IEventList
+{
+public:
+    static constexpr std::size_t mostMessages = 4096;
+
+    VELOTRINE_UNCOUNTED
+
+    EventList() { notes.reserve(mostMessages); }
+
+    tresult PLUGIN_API queryInterface(const TUID id, void** object) override
+    {
+        return answer<Vst::IEventList>(*this, Vst::IEventList_iid, id, object);
+    }
+
+    int32 PLUGIN_API getEventCount() override { return 0; }
+
+    tresult PLUGIN_API getEvent(int32, Vst::Event&) override { return kResultFalse; }
+
+    tresult PLUGIN_API addEvent(Vst::Event& event) override
+    {
+        if (notes.size() >= room || event.busIndex != 0)
+            return kResultFalse;
+        if (event.type == Vst::Event::kNoteOnEvent)
+            add(event.sampleOffset, true, event.noteOn.channel, event.noteOn.pitch, event.noteOn.velocity);
+        else if (event.type == Vst::Event::kNoteOffEvent)
+            add(event.sampleOffset, false, event.noteOff.channel, event.noteOff.pitch,
+                event.noteOff.velocity);
+        return kResultOk;
+    }
+
+    std::vector<NoteMessage> notes;
+    std::size_t room = mostMessages;
+
+private:
+    void add(int32 frame, bool isOn, int16 channel, int16 pitch, float velocity)
+    {
+        notes.push_back({.frame = frame,
+                         .isOn = isOn,
+                         .channel = static_cast<std::uint8_t>(channel),
+                         .key = static_cast<std::uint8_t>(pitch),
+                         .velocity = static_cast<std::uint8_t>(std::lround(velocity * 127.0f))});
+    }
+};
+
 /// A call of process(), prepared before it is made: the host allocates nothing in it.
 class Call
 {
@@ -137,6 +185,7 @@ public:
         processData.processMode = Vst::kRealtime;
         processData.inputParameterChanges = &changes;
         processData.outputParameterChanges = &answers;
+        processData.outputEvents = &events;
         setOutput({.channels = {nullptr, nullptr}});
     }
 
@@ -161,6 +210,13 @@ public:
 
     /// Forgets what was added: the next block begins with nothing.
     void clear() noexcept { changes.queues.clear(); }
+
+    /// Of the last block.
+    [[nodiscard]] const std::vector<NoteMessage>& notes() const noexcept { return events.notes; }
+
+    void forgetNotes() noexcept { events.notes.clear(); }
+
+    void setRoomForNotes(std::size_t messages) noexcept { events.room = messages; }
 
     void setOutput(const Vst3Block& block)
     {
@@ -189,6 +245,7 @@ private:
     std::vector<Vst::AudioBusBuffers> busses;
     ValueChanges changes;
     ValueChanges answers;
+    EventList events;
     Vst::ProcessContext context{};
     Vst::ProcessData processData;
 };

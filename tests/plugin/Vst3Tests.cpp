@@ -47,7 +47,7 @@ std::uint32_t programId(const Vst3Host& host)
     throw std::runtime_error("no program parameter");
 }
 
-TEST_F(Vst3, IsAnInstrumentWithOneOutputAndNoInputs)
+TEST_F(Vst3, IsAnInstrumentWithOneOutputOfSoundAndOneOfNotesAndNoInputs)
 {
     const Vst3Host host;
     EXPECT_EQ(host.vendor(), "Marrowbeck");
@@ -55,6 +55,7 @@ TEST_F(Vst3, IsAnInstrumentWithOneOutputAndNoInputs)
     EXPECT_EQ(host.audioInputs(), 0);
     EXPECT_EQ(host.audioOutputs(), 1);
     EXPECT_EQ(host.eventInputs(), 0);
+    EXPECT_EQ(host.eventOutputs(), 1);
 }
 
 TEST_F(Vst3, ListsTheInstrumentsParametersFirstAndInTheirOrder)
@@ -198,6 +199,32 @@ TEST_F(Vst3, SurvivesAutomationOfUnknownParameters)
             ASSERT_EQ(sound.left[static_cast<std::size_t>(frames)], Sound::untouched);
         }
     }
+}
+
+TEST_F(Vst3, EndsAllNotesInTheFirstFrameOfABypass)
+{
+    Vst3Host host;
+    const auto bypass = host.parameters().at(parameterCount).id;
+    ASSERT_TRUE(host.start(sampleRate, 64));
+    Sound sound(64);
+    std::vector<NoteMessage> sent;
+    const auto play = [&](double isBypassed) {
+        host.process(sound.left.data(), sound.right.data(), 64, rolling, {{bypass, isBypassed}});
+        sent.insert(sent.end(), host.notes().begin(), host.notes().end());
+    };
+    const auto keysAreDown = [&sent] {
+        return std::ranges::count(sent, true, &NoteMessage::isOn) * 2 != std::ssize(sent);
+    };
+    while (!keysAreDown())
+        play(0.0);
+    play(1.0);
+    EXPECT_FALSE(keysAreDown());
+    ASSERT_FALSE(host.notes().empty());
+    for (const auto& message : host.notes())
+        EXPECT_EQ(message.frame, 0);
+    EXPECT_TRUE(sound.isSilent());
+    play(1.0);
+    EXPECT_TRUE(host.notes().empty());
 }
 
 TEST_F(Vst3, TellsTheHostWhatAProgramChanges)

@@ -46,6 +46,16 @@ bool Vst3UnderTest::render(float* left, float* right, int frames)
     return host.process(*call);
 }
 
+const std::vector<NoteMessage>& Vst3UnderTest::notes() const
+{
+    return call->notes();
+}
+
+void Vst3UnderTest::setRoomForNotes(int messages)
+{
+    call->setRoomForNotes(static_cast<std::size_t>(messages));
+}
+
 double Vst3UnderTest::value(ParameterAddress address) const
 {
     const auto& range = parameterTable()[address];

@@ -1,5 +1,6 @@
 #include "tests/real-hosts/JackConductor.h"
 
+#include <jack/midiport.h>
 #include <jack/transport.h>
 
 #include <chrono>
@@ -32,6 +33,20 @@ void appendFrom(jack_port_t* port, jack_nframes_t frames, std::vector<float>& so
     sound.insert(sound.end(), samples, samples + frames);
 }
 
+void appendFrom(jack_port_t* port, jack_nframes_t frames, int start, std::vector<NoteMessage>& notes)
+{
+    auto* const events = jack_port_get_buffer(port, frames);
+    for (std::uint32_t i = 0; i < jack_midi_get_event_count(events); ++i) {
+        jack_midi_event_t event{};
+        jack_midi_event_get(&event, events, i);
+        notes.push_back({.frame = start + static_cast<int>(event.time),
+                         .isOn = (event.buffer[0] & 0xF0) == 0x90,
+                         .channel = static_cast<std::uint8_t>(event.buffer[0] & 0x0F),
+                         .key = event.buffer[1],
+                         .velocity = event.buffer[2]});
+    }
+}
+
 void tellTempo(jack_position_t& position, double tempo)
 {
     constexpr float beatsPerBar = 4.0f;
@@ -54,6 +69,7 @@ JackConductor::JackConductor() : client(jack_client_open("conductor", JackNoStar
         throw std::runtime_error("no JACK server");
     left = jack_port_register(client, "left", JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput, 0);
     right = jack_port_register(client, "right", JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput, 0);
+    notes = jack_port_register(client, "notes", JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
     jack_set_process_callback(
         client,
         [](jack_nframes_t frames, void* self) {
@@ -84,7 +100,7 @@ bool JackConductor::listenTo(const std::string& clientName)
                    jack_connect(client, port.c_str(), jack_port_name(input)) == 0;
         });
     };
-    return connect("left", left) && connect("right", right);
+    return connect("left", left) && connect("right", right) && connect("notes", notes);
 }
 
 JackTake JackConductor::perform(const JackScore& newScore, bool isFreewheeling)
@@ -96,6 +112,7 @@ JackTake JackConductor::perform(const JackScore& newScore, bool isFreewheeling)
     take.cycles.reserve(cycles);
     take.left.reserve(cycles * jack_get_buffer_size(client));
     take.right.reserve(cycles * jack_get_buffer_size(client));
+    take.notes.reserve(cycles);
     if (isFreewheeling)
         jack_set_freewheel(client, 1);
     isPerforming = true;
@@ -122,6 +139,7 @@ void JackConductor::process(jack_nframes_t frames)
     take.cycles.push_back({.isRolling = state == JackTransportRolling,
                            .tempo = (position.valid & JackPositionBBT) != 0 ? position.beats_per_minute : 0.0,
                            .frames = static_cast<int>(frames)});
+    appendFrom(notes, frames, static_cast<int>(take.left.size()), take.notes);
     appendFrom(left, frames, take.left);
     appendFrom(right, frames, take.right);
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "audiounit/NoteOutput.h"
+
 #include <jack/jack.h>
 
 #include <atomic>
@@ -31,10 +33,12 @@ struct JackTake
 
     std::vector<float> left;
     std::vector<float> right;
+    std::vector<NoteMessage> notes; ///< by frames of the sound
     std::vector<Cycle> cycles;
 };
 
-/// A client that leads the transport and its tempo by a score, and listens to another client's two outputs.
+/// A client that leads the transport and its tempo by a score, and listens to another client's outputs: two
+/// of sound and one of notes.
 /// Throws when there is no server.
 class JackConductor
 {
@@ -44,7 +48,7 @@ public:
     JackConductor(const JackConductor&) = delete;
     JackConductor& operator=(const JackConductor&) = delete;
 
-    /// Waits for the client and its two ports. False if it does not come.
+    /// Waits for the client and its ports. False if it does not come.
     [[nodiscard]] bool listenTo(const std::string& clientName);
 
     /// @param isFreewheeling  as fast as possible, instead of in real time
@@ -56,6 +60,7 @@ private:
     jack_client_t* client;
     jack_port_t* left = nullptr;
     jack_port_t* right = nullptr;
+    jack_port_t* notes = nullptr;
 
     // The server's thread, while it performs.
     JackScore score;

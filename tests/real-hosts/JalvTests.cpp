@@ -3,6 +3,8 @@
 #include "audiounit/Parameters.h"
 #include "plugin/HostedInstrument.h"
 #include "tests/real-hosts/JalvProcess.h"
+#include "tests/support/NoteRecorder.h"
+#include "tests/support/PlayedNotes.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/Sound.h"
 
@@ -72,8 +74,14 @@ std::vector<int> onsetsIn(const std::vector<float>& sound)
     return frames;
 }
 
-/// The same values and the same transport without any host program.
-Sound expectedSound(const JackTake& take)
+/// What came of the same values and the same transport without any host program.
+struct Expected
+{
+    Sound sound;
+    std::vector<NoteMessage> notes;
+};
+
+Expected expectedOf(const JackTake& take)
 {
     RecordingHost host;
     HostedInstrument instrument(host);
@@ -81,19 +89,21 @@ Sound expectedSound(const JackTake& take)
         instrument.setValue(parameterWithIdentifier(identifier)->address, value);
     EXPECT_TRUE(instrument.prepare(sampleRate));
     Sound sound(static_cast<int>(take.left.size()));
+    NoteRecorder recorder;
     int done = 0;
     for (const auto& cycle : take.cycles) {
         instrument.setTransport(HostTransport{.tempo = static_cast<double>(static_cast<float>(cycle.tempo)),
                                               .beatsPerBar = 4,
                                               .beatUnit = 4,
                                               .isPlaying = cycle.isRolling});
-        instrument.render({sound.left.data() + done, sound.right.data() + done}, cycle.frames);
+        instrument.render({sound.left.data() + done, sound.right.data() + done}, cycle.frames,
+                          {&recorder, done});
         done += cycle.frames;
     }
-    return sound;
+    return {sound, recorder.messages};
 }
 
-TEST_P(Jalv, SoundsWhileJacksTransportRollsAndFollowsItsTempo)
+TEST_P(Jalv, PlaysWhileJacksTransportRollsAndFollowsItsTempo)
 {
     const JackScore score{.start = cyclesIn(0.3),
                           .tempoChange = cyclesIn(1.7),
@@ -115,9 +125,17 @@ TEST_P(Jalv, SoundsWhileJacksTransportRollsAndFollowsItsTempo)
         EXPECT_LE(actual[i], crossings[i] + 1);
     }
 
-    const auto sound = expectedSound(take);
-    EXPECT_TRUE(take.left == sound.left);
-    EXPECT_TRUE(take.right == sound.right);
+    const auto expected = expectedOf(take);
+    EXPECT_TRUE(take.left == expected.sound.left);
+    EXPECT_TRUE(take.right == expected.sound.right);
+
+    // The notes lie where the spots are crossed, and end.
+    const auto strikes = strikesIn(take.notes);
+    ASSERT_EQ(strikes.size(), crossings.size());
+    for (std::size_t i = 0; i < strikes.size(); ++i)
+        EXPECT_NEAR(strikes[i].frame, crossings[i], 1);
+    EXPECT_EQ(take.notes, expected.notes);
+    EXPECT_EQ(mistakeIn(take.notes), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(InRealTimeAndFreewheeling, Jalv, testing::Bool(),

@@ -1,15 +1,5 @@
 -- Makes a session with the instrument on a track, plays it, and saves it.
 
--- The host starts early by the device's latency, and so would the instrument; without a device, an export begins
--- with the instrument's first frame.
-local function disconnect_devices(session)
-  for _, io in ipairs {session:route_by_name("Instrument"):input(), session:master_out():output()} do
-    for port = 0, io:n_ports():n_audio() - 1 do
-      io:nth(port):disconnect_all()
-    end
-  end
-end
-
 local function set_controls(processor, values)
   for index, value in values:gmatch("(%d+):([%d.]+)") do
     ARDOUR.LuaAPI.set_processor_param(processor, tonumber(index), tonumber(value))

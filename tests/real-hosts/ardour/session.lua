@@ -33,6 +33,16 @@ function add_instrument(session, format)
   assert(tracks:front():add_processor_by_index(processor, 0, nil, true) == 0, "it cannot be put on a track")
 end
 
+--- The host starts early by the device's latency, and so would the instrument; without a device, an export begins
+-- with the instrument's first frame.
+function disconnect_devices(session)
+  for _, io in ipairs {session:route_by_name("Instrument"):input(), session:master_out():output()} do
+    for port = 0, io:n_ports():n_audio() - 1 do
+      io:nth(port):disconnect_all()
+    end
+  end
+end
+
 function instrument(session)
   return session:route_by_name("Instrument"):nth_plugin(0)
 end
@@ -64,7 +74,9 @@ function answer_level(session, when, seconds)
   local meter = session:route_by_name("Instrument"):peak_meter()
   meter:reset_max()
   sleep(seconds)
-  answer("level", when, meter:meter_level(0, ARDOUR.MeterType.MeterMaxPeak))
+  -- The meters of notes come first.
+  local first_of_sound = session:route_by_name("Instrument"):n_outputs():n_midi()
+  answer("level", when, meter:meter_level(first_of_sound, ARDOUR.MeterType.MeterMaxPeak))
 end
 
 --- A note rings for little more than a second.
