@@ -4,6 +4,7 @@
 #include "platform/AUAudioUnit.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>

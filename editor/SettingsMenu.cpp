@@ -25,7 +25,8 @@ juce::String withName(const char* verb, const std::string& name)
     return name.empty() ? juce::String(verb) : verb + juce::String(" ") + juceText(name);
 }
 
-juce::PopupMenu popupOf(const std::vector<Entry>& entries)
+/// @param owner  with it gone, entries do nothing any more, though the menu be open still
+juce::PopupMenu popupOf(const std::vector<Entry>& entries, juce::Component& owner)
 {
     juce::PopupMenu menu;
     for (const auto& entry : entries) {
@@ -38,9 +39,12 @@ juce::PopupMenu popupOf(const std::vector<Entry>& entries)
         item.isEnabled = entry.isEnabled;
         item.isTicked = entry.isTicked;
         item.shortcutKeyDescription = keyText(entry.key);
-        item.action = entry.perform;
+        item.action = [perform = entry.perform, living = juce::Component::SafePointer(&owner)] {
+            if (living != nullptr)
+                perform();
+        };
         if (!entry.below.empty())
-            item.subMenu = std::make_unique<juce::PopupMenu>(popupOf(entry.below));
+            item.subMenu = std::make_unique<juce::PopupMenu>(popupOf(entry.below, owner));
         menu.addItem(std::move(item));
     }
     return menu;
@@ -147,7 +151,7 @@ bool SettingsMenu::keyPressed(const KeyPress& key) const
 void SettingsMenu::show(juce::Component& owner, juce::Rectangle<int> area, bool byKey) const
 {
     const auto shown = entries();
-    auto menu = popupOf(shown);
+    auto menu = popupOf(shown, owner);
     menu.setLookAndFeel(&owner.getLookAndFeel());
     auto options = juce::PopupMenu::Options().withTargetComponent(owner).withTargetScreenArea(area);
     if (byKey)

@@ -8,6 +8,10 @@
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
+#include <functional>
+#include <memory>
+#include <vector>
+
 namespace velotrine {
 
 /// What the window has for the settings as a whole, and no room for: the context menu and its keys, the

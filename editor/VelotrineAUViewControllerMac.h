@@ -17,6 +17,7 @@
 #include "editor/ViewController.h"
 
 #include <memory>
+#include <optional>
 
 namespace velotrine {
 

@@ -330,6 +330,9 @@ void HostedInstrument::edit(const Settings& from, const Settings& to)
     for (ParameterAddress address = 0; address < parameterCount; ++address)
         if (from.values[address] != to.values[address])
             tellHost(address, value(address));
+    if (from.preset != to.preset || from.seed != to.seed ||
+        from.sameMusicAtEveryStart != to.sameMusicAtEveryStart)
+        instrumentHost.stateChanged();
 }
 
 std::string HostedInstrument::saveState() const

@@ -14,6 +14,10 @@ public:
     virtual void beginGesture(ParameterAddress address) = 0;
     virtual void valueChanged(ParameterAddress address, float value) = 0;
     virtual void endGesture(ParameterAddress address) = 0;
+
+    /// Something that only a state tells is another now, such as the seed. For hosts that know that a session
+    /// is to be saved.
+    virtual void stateChanged() {}
 };
 
 } // namespace velotrine

@@ -344,6 +344,12 @@ void ClapPlugin::endGesture(ParameterAddress address)
         hostParams->request_flush(&clapHost);
 }
 
+void ClapPlugin::stateChanged()
+{
+    if (hostState != nullptr)
+        hostState->mark_dirty(&clapHost);
+}
+
 bool ClapPlugin::isGuiSupported(const char* api, bool isFloating)
 {
     return api != nullptr && std::string_view(api) == CLAP_WINDOW_API_X11 && !isFloating;

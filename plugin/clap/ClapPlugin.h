@@ -87,6 +87,7 @@ private:
     void beginGesture(ParameterAddress address) override;
     void valueChanged(ParameterAddress address, float value) override;
     void endGesture(ParameterAddress address) override;
+    void stateChanged() override;
 
     void renderBlock(const clap_process_t& block) noexcept VELOTRINE_NONBLOCKING;
     void applyEvent(const clap_event_header_t& event) noexcept VELOTRINE_NONBLOCKING;

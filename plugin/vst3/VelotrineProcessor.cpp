@@ -143,6 +143,11 @@ void VelotrineProcessor::endGesture(ParameterAddress address)
     parameters[address]->endChangeGesture();
 }
 
+void VelotrineProcessor::stateChanged()
+{
+    updateHostDisplay(ChangeDetails{}.withNonParameterStateChanged(true));
+}
+
 void giveNotesTo(juce::AudioProcessor& plugin,
                  Steinberg::Vst::IEventList* list) noexcept VELOTRINE_NONBLOCKING
 {

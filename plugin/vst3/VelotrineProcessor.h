@@ -67,6 +67,7 @@ private:
     void beginGesture(ParameterAddress address) override;
     void valueChanged(ParameterAddress address, float value) override;
     void endGesture(ParameterAddress address) override;
+    void stateChanged() override;
 
     Vst3NoteWriter notes;
     HostedInstrument instrument{*this};

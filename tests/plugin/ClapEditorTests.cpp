@@ -156,6 +156,20 @@ TEST_F(ClapEditor, SaysWhichSizesItCanHaveAndThatItsSizeIsSaved)
     EXPECT_EQ(h, 700u);
 }
 
+TEST_F(ClapEditor, ThrownDiceMarkTheSessionAsChanged)
+{
+    ClapHost host(library);
+    const auto parent = display.makeWindow(editorWidth, editorHeight);
+    open(host, parent);
+    host.runLoop(500ms);
+    display.act(std::string("mousemove ") + bareGround + " click 3");
+    host.runLoop(500ms);
+    display.act("key Up key Up key Up key Return"); // above the presets and the switch
+    for (int i = 0; i < 500 && host.dirtyMarks == 0; ++i)
+        host.runLoop(10ms);
+    EXPECT_EQ(host.dirtyMarks, 1);
+}
+
 TEST_F(ClapEditor, TellsItsSizeAtEveryScaleAndRefusesAScaleThatNoScreenHas)
 {
     for (const double scale : {1.0, 1.5, 2.0, 3.0}) {

@@ -70,6 +70,41 @@ TEST_F(HostedInstrumentWithoutSound, IgnoresAnAddressThatNoParameterHas)
     EXPECT_EQ(instrument.value(parameterCount), 0.0f);
 }
 
+TEST_F(HostedInstrumentWithoutSound, AnEditOfTheWholeTellsTheHostOfWhatItChangesAndNoMore)
+{
+    const auto from = instrument.settings();
+    auto to = from;
+    to.values[activity] = 0.25f;
+    to.values[rootNote] = 3.0f;
+    instrument.edit(from, to);
+    EXPECT_EQ(instrument.settings(), to);
+    EXPECT_EQ(host.told, (Told{"begin 0", "0 = 0.25", "end 0", "begin 4", "4 = 3.", "end 4"}));
+    EXPECT_EQ(shown.size(), 2u) << "the editor follows";
+}
+
+TEST_F(HostedInstrumentWithoutSound, AnEditOfTheSeedTellsTheHostThatTheStateIsAnother)
+{
+    const auto from = instrument.settings();
+    auto to = from;
+    to.seed = 7;
+    instrument.edit(from, to);
+    EXPECT_EQ(host.told, Told{"state"});
+    EXPECT_EQ(instrument.settings().seed, 7u);
+    instrument.edit(to, to);
+    EXPECT_EQ(host.told, Told{"state"});
+}
+
+TEST_F(HostedInstrumentWithoutSound, AnEditLeavesAloneWhatTheHostHasSetMeanwhile)
+{
+    const auto from = instrument.settings();
+    auto to = from;
+    to.values[rootNote] = 3.0f;
+    instrument.setValue(activity, 0.75);
+    instrument.edit(from, to);
+    EXPECT_EQ(instrument.value(activity), 0.75f);
+    EXPECT_EQ(instrument.value(rootNote), 3.0f);
+}
+
 TEST_F(HostedInstrumentWithoutSound, RoundsWhereAParameterHasSteps)
 {
     // A normalised 7/16 comes back from a host as a little less than 7 spots.

@@ -32,7 +32,11 @@ public:
 
     ~SettingsContract() override { display.act("mousemove 1500 1100"); }
 
-    void SetUp() override { ASSERT_TRUE(editor.shows()); }
+    void SetUp() override
+    {
+        ASSERT_TRUE(editor.shows());
+        editor.click(bareGround); // a press that an editor before did not see end is over
+    }
 
     /// Turns the first knob, activity.
     void turnKnob()
@@ -204,6 +208,25 @@ TYPED_TEST(SettingsContract, TheContextMenuOpensByKey)
         this->editor.act("key Escape");
         EXPECT_TRUE(this->editor.leavesKeyToHost("space"));
     }
+}
+
+TYPED_TEST(SettingsContract, AnEditorThatIsClosedTakesItsMenuAndItsDialogWithIt)
+{
+    this->editor.act(std::string("mousemove ") + bareGround + " click 3");
+    ASSERT_TRUE(this->editor.comesToHaveKeyboard());
+    this->plugin.closeEditor();
+    this->display.giveKeyboardTo(this->parent);
+    EditorInUse again(this->plugin, this->parent);
+    ASSERT_TRUE(again.shows());
+    EXPECT_TRUE(again.leavesKeyToHost("space"));
+
+    this->chooseFromMenu(2); // Open
+    this->plugin.closeEditor();
+    this->display.giveKeyboardTo(this->parent);
+    EditorInUse onceMore(this->plugin, this->parent);
+    ASSERT_TRUE(onceMore.shows());
+    EXPECT_TRUE(onceMore.leavesKeyToHost("space"));
+    EXPECT_TRUE(this->plugin.edits().empty());
 }
 
 TYPED_TEST(SettingsContract, ASeedIsTypedFromTheMenu)

@@ -7,7 +7,7 @@
 
 namespace velotrine {
 
-/// A music host that records what it is told: "begin 3", "3 = 0.25", "end 3".
+/// A music host that records what it is told: "begin 3", "3 = 0.25", "end 3", "state".
 class RecordingHost final : public InstrumentHost
 {
 public:
@@ -24,6 +24,8 @@ public:
     }
 
     void endGesture(ParameterAddress address) override { told.push_back("end " + std::to_string(address)); }
+
+    void stateChanged() override { told.emplace_back("state"); }
 
     std::vector<std::string> told;
 };

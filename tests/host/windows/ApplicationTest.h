@@ -72,6 +72,7 @@ protected:
         ProcessSurroundings surroundings;
         surroundings.environment = environment;
         surroundings.environment.emplace_back("XDG_CONFIG_HOME", folder.path().string());
+        surroundings.environment.emplace_back("XDG_STATE_HOME", folder.file("state"));
         application.emplace(commandLine, surroundings);
         ASSERT_TRUE(windowAppears("Velotrine"));
     }

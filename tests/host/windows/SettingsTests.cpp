@@ -27,7 +27,7 @@ class ApplicationsSettings : public ApplicationTest
 protected:
     void SetUp() override
     {
-        environment = {{"HOME", folder.path().string()}, {"XDG_STATE_HOME", folder.file("state")}};
+        environment = {{"HOME", folder.path().string()}};
         launchForUse();
     }
 

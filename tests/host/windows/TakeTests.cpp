@@ -24,8 +24,7 @@ class TakesInTheApplication : public ApplicationTest
 protected:
     void SetUp() override
     {
-        environment = {{"HOME", folder.path().string()},
-                       {"XDG_STATE_HOME", (folder.path() / "state").string()}};
+        environment = {{"HOME", folder.path().string()}};
         launchForUse();
     }
 

@@ -238,10 +238,15 @@ protected:
     AppDelegateTest()
     {
         ::setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+        ::setenv("XDG_STATE_HOME", folder.path().c_str(), 1);
         Preferences().setHasShownHelp(true);
     }
 
-    ~AppDelegateTest() override { ::unsetenv("XDG_CONFIG_HOME"); }
+    ~AppDelegateTest() override
+    {
+        ::unsetenv("XDG_CONFIG_HOME");
+        ::unsetenv("XDG_STATE_HOME");
+    }
 
     TemporaryFolder folder;
     AppDelegate delegate{{}};
