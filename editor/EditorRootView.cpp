@@ -2,6 +2,13 @@
 
 namespace velotrine {
 
+namespace {
+
+/// The toolkit has no name for the menu key, whose number on X11 is 0xff67, and reports no press of it.
+constexpr int menuKey = 0x67 | 0x10000000;
+
+} // namespace
+
 EditorRootView::EditorRootView()
 {
     juce::Desktop::getInstance().addFocusChangeListener(this);
@@ -17,7 +24,23 @@ bool EditorRootView::keyPressed(const juce::KeyPress& key, juce::Component*)
 {
     if (key.isKeyCode(juce::KeyPress::tabKey))
         return goOnFromNowhere(!key.getModifiers().isShiftDown());
+    if (key == juce::KeyPress(juce::KeyPress::F10Key, juce::ModifierKeys::shiftModifier, 0))
+        return openMenu();
     return onUnusedKey && onUnusedKey(key);
+}
+
+bool EditorRootView::keyStateChanged(bool isKeyDown, juce::Component*)
+{
+    return isKeyDown && juce::KeyPress::isKeyCurrentlyDown(menuKey) && openMenu();
+}
+
+/// In a field, the key would be for the text.
+bool EditorRootView::openMenu() const
+{
+    if (!onMenuKey || dynamic_cast<juce::TextEditor*>(getCurrentlyFocusedComponent()) != nullptr)
+        return false;
+    onMenuKey();
+    return true;
 }
 
 void EditorRootView::globalFocusChanged(juce::Component* focused)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/FlippedView.h"
+#include "editor/FileDropView.h"
 
 #include <functional>
 
@@ -8,7 +8,7 @@ namespace velotrine {
 
 /// The editor's whole window content. Hears of every key that nothing in the window uses, whatever has the
 /// keyboard's focus there, and lets Tab go on where it left off when the focus is nowhere. Main thread.
-class EditorRootView final : public FlippedView, private juce::KeyListener, private juce::FocusChangeListener
+class EditorRootView final : public FileDropView, private juce::KeyListener, private juce::FocusChangeListener
 {
 public:
     EditorRootView();
@@ -20,12 +20,18 @@ public:
     /// Whether it uses the key.
     std::function<bool(const juce::KeyPress&)> onUnusedKey;
 
+    /// Somebody asks for the context menu: Shift-F10, or the key that is there for it.
+    std::function<void()> onMenuKey;
+
     void parentHierarchyChanged() override { listenTo(getTopLevelComponent()); }
 
 private:
-    using FlippedView::keyPressed;
+    using FileDropView::keyPressed;
+    using FileDropView::keyStateChanged;
 
     bool keyPressed(const juce::KeyPress& key, juce::Component* origin) override;
+    bool keyStateChanged(bool isKeyDown, juce::Component* origin) override;
+    bool openMenu() const;
     void globalFocusChanged(juce::Component* focused) override;
     bool goOnFromNowhere(bool forward);
     void listenTo(juce::Component* newWindow);

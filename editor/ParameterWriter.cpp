@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace velotrine {
 
@@ -47,12 +48,17 @@ float ParameterWriter::value(ParameterAddress address) const
 
 void ParameterWriter::write(AUParameterAddress address, float value)
 {
-    const auto isHeld = gesture == address;
-    if (!isHeld)
-        beginGesture(address);
+    if (gesture == address) {
+        valueWritten = value;
+        correct(address, value);
+        return;
+    }
+    const auto before = this->value(address, value);
+    announce(address, AUParameterAutomationEventType::touch);
     correct(address, value);
-    if (!isHeld)
-        endGesture(address);
+    announce(address, AUParameterAutomationEventType::release);
+    if (onEdited)
+        onEdited(address, before, value);
 }
 
 void ParameterWriter::correct(AUParameterAddress address, float value)
@@ -64,6 +70,8 @@ void ParameterWriter::correct(AUParameterAddress address, float value)
 void ParameterWriter::beginGesture(AUParameterAddress address)
 {
     gesture = address;
+    valueBefore = value(address, 0.0f);
+    valueWritten.reset();
     announce(address, AUParameterAutomationEventType::touch);
 }
 
@@ -71,6 +79,8 @@ void ParameterWriter::endGesture(AUParameterAddress address)
 {
     gesture.reset();
     announce(address, AUParameterAutomationEventType::release);
+    if (const auto after = std::exchange(valueWritten, std::nullopt); after && onEdited)
+        onEdited(address, valueBefore, *after);
 }
 
 void ParameterWriter::announce(AUParameterAddress address, AUParameterAutomationEventType type)

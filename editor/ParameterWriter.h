@@ -35,6 +35,12 @@ public:
     ParameterWriter(const ParameterWriter&) = delete;
     ParameterWriter& operator=(const ParameterWriter&) = delete;
 
+    /// Told of each gesture that has written something, once it has ended: the value before it, and the last
+    /// that it wrote.
+    std::function<void(AUParameterAddress address, float before, float after)> onEdited;
+
+    [[nodiscard]] bool isInGesture() const noexcept { return gesture.has_value(); }
+
     /// @param missing  returned if the tree has no such parameter
     [[nodiscard]] float value(AUParameterAddress address, float missing) const;
 
@@ -58,6 +64,8 @@ private:
 
     TreeProvider treeNow;
     std::optional<AUParameterAddress> gesture;
+    float valueBefore = 0.0f;            ///< the gesture
+    std::optional<float> valueWritten{}; ///< by the gesture, the last one
 };
 
 } // namespace velotrine

@@ -55,7 +55,7 @@ VelotrineAUViewControllerMac::VelotrineAUViewControllerMac()
 VelotrineAUViewControllerMac::~VelotrineAUViewControllerMac()
 {
     changedParameters->cancel();
-    disconnectFromAudioUnit();
+    unitObserver.reset();
     if (isViewLoaded()) {
         view().removeMouseListener(&dismissClick);
         view().setLookAndFeel(nullptr);
@@ -66,7 +66,7 @@ VelotrineAUViewControllerMac::~VelotrineAUViewControllerMac()
 std::shared_ptr<VelotrineAudioUnit> VelotrineAUViewControllerMac::createAudioUnit(
     const AudioComponentDescription& description)
 {
-    disconnectFromAudioUnit();
+    unitObserver.reset();
     audioUnit = std::make_shared<VelotrineAudioUnit>(description, AudioComponentInstantiationOptions{});
     if (isViewLoaded())
         connectToAudioUnit();
@@ -77,6 +77,8 @@ void VelotrineAUViewControllerMac::loadView()
 {
     auto root = std::make_unique<EditorRootView>();
     root->onUnusedKey = [this](const juce::KeyPress& key) { return keyPressed(key); };
+    root->onMenuKey = [this] { tools->openByKey(*circlesView); };
+    root->onFileDropped = [this](const juce::File& file) { tools->openFile(file); };
     root->setLookAndFeel(&lookAndFeel.get());
     root->setBackground(colours::background);
     root->setSize(initialWidth, initialHeight);
@@ -97,6 +99,7 @@ void VelotrineAUViewControllerMac::viewDidLoad()
     makeTransport();
     makeKnobs();
     makeRingEditor();
+    makeTools();
     setFocusOrder();
     view().addMouseListener(&dismissClick, true);
     if (audioUnit)
@@ -199,9 +202,29 @@ void VelotrineAUViewControllerMac::makeRingEditor()
     view().addChildComponent(*ringEditor);
 }
 
+void VelotrineAUViewControllerMac::makeTools()
+{
+    tools = std::make_unique<SettingsTools>(view(), accessToSettings(), history);
+    tools->opensOn(*circlesView);
+    tools->isControlHeld = [this] { return parameters.isInGesture(); };
+    parameters.onEdited = [this](AUParameterAddress address, float before, float after) {
+        tools->settings.noteEdit(address, before, after);
+    };
+}
+
+SettingsAccess VelotrineAUViewControllerMac::accessToSettings() const
+{
+    auto access = settingsAccess.value_or(SettingsAccess::of([this] { return audioUnit; }));
+    if (!hostProvidesSync)
+        access.write = [write = access.write](const Settings& from, Settings to) {
+            to.values[addressOf(GlobalParameter::sync)] = 0.0f;
+            write(from, to);
+        };
+    return access;
+}
+
 void VelotrineAUViewControllerMac::connectToAudioUnit()
 {
-    disconnectFromAudioUnit();
     const auto& kernel = *audioUnit->dspKernel;
     circlesView->spotsPerRingMax = maxSpotsPerRing;
     circlesView->spotFireTimes = kernel.spotFireTimes.data();
@@ -215,28 +238,7 @@ void VelotrineAUViewControllerMac::connectToAudioUnit()
         if (const auto parametersToRead = weak.lock())
             parametersToRead->insert(changed);
     };
-    const auto refreshAllLater = [refreshLater] { refreshLater(AddressSet::all()); };
-    observedTree = audioUnit->parameterTree();
-    if (observedTree)
-        paramObserverToken =
-            observedTree->tokenByAddingParameterObserver([refreshLater](AUParameterAddress address, AUValue) {
-                if (address < parameterCount)
-                    refreshLater(AddressSet(address));
-            });
-    fullStateToken = audioUnit->addPropertyObserver(AUProperty::fullState, refreshAllLater);
-    currentPresetToken = audioUnit->addPropertyObserver(AUProperty::currentPreset, refreshAllLater);
-}
-
-void VelotrineAUViewControllerMac::disconnectFromAudioUnit()
-{
-    if (observedTree)
-        observedTree->removeParameterObserver(paramObserverToken);
-    observedTree = nullptr;
-    if (audioUnit && fullStateToken != 0) {
-        audioUnit->removePropertyObserver(AUProperty::fullState, fullStateToken);
-        audioUnit->removePropertyObserver(AUProperty::currentPreset, currentPresetToken);
-    }
-    paramObserverToken = fullStateToken = currentPresetToken = 0;
+    unitObserver = std::make_unique<UnitObserver>(audioUnit, refreshLater);
 }
 
 void VelotrineAUViewControllerMac::write(ParameterAddress address, float value)
@@ -389,6 +391,7 @@ void VelotrineAUViewControllerMac::viewDidLayout()
         place(*knobs[i], layout.knobs[i]);
     ringEditorPlace = layout.ringEditor.toNearestInt();
     placeRingEditor();
+    tools->layOut();
     circlesView->redraw();
 }
 
@@ -460,7 +463,7 @@ bool VelotrineAUViewControllerMac::keyPressed(const juce::KeyPress& key)
         playTapped();
         return true;
     }
-    return false;
+    return tools->keyPressed(key);
 }
 
 void VelotrineAUViewControllerMac::playTapped()

@@ -9,7 +9,9 @@
 #include "editor/EditorButton.h"
 #include "editor/ParameterWriter.h"
 #include "editor/RingEditorViewMac.h"
+#include "editor/SettingsTools.h"
 #include "editor/Stepper.h"
+#include "editor/UnitObserver.h"
 #include "editor/ValueField.h"
 #include "editor/VelotrineLookAndFeel.h"
 #include "editor/ViewController.h"
@@ -34,6 +36,13 @@ public:
     /// The unit that this editor controls. Set it before the view is first asked for, or let
     /// createAudioUnit() make it.
     std::shared_ptr<VelotrineAudioUnit> audioUnit;
+
+    /// How the settings are edited as a whole, if not directly on the unit. Set it before the view is first
+    /// asked for.
+    std::optional<SettingsAccess> settingsAccess;
+
+    /// What can be undone; may be shared with the editor that comes after this one.
+    std::shared_ptr<UndoHistory> history = std::make_shared<UndoHistory>();
 
     /// Whether the host supplies tempo and transport; where it does not, sync is forced off.
     bool hostProvidesSync = true;
@@ -71,6 +80,7 @@ public:
     std::unique_ptr<ValueField> bpmField;
     std::unique_ptr<Stepper> bpmStepper;
     std::unique_ptr<juce::Label> noticeLabel;
+    std::unique_ptr<SettingsTools> tools;
 
     double knobSize = 80.0; ///< points
     double fontSize_cached = 12.0;
@@ -90,8 +100,9 @@ private:
     void makeScaleRow();
     void makeTransport();
     void makeRingEditor();
+    void makeTools();
+    [[nodiscard]] SettingsAccess accessToSettings() const;
     void connectToAudioUnit();
-    void disconnectFromAudioUnit();
 
     void write(ParameterAddress address, float value);
 
@@ -115,10 +126,7 @@ private:
     std::shared_ptr<ChangedParameters> changedParameters;
     juce::Rectangle<int> ringEditorPlace; ///< where the layout puts the panel
     ClickOutside dismissClick;            ///< enabled while the ring's panel shows
-    std::shared_ptr<AUParameterTree> observedTree;
-    AUParameterObserverToken paramObserverToken = 0;
-    ObserverToken fullStateToken = 0;
-    ObserverToken currentPresetToken = 0;
+    std::unique_ptr<UnitObserver> unitObserver;
     bool isRefreshing = false;
 };
 

@@ -55,7 +55,15 @@ VelotrineLookAndFeel::VelotrineLookAndFeel()
          juce::PopupMenu::highlightedTextColourId, juce::CaretComponent::caretColourId,
          juce::TextEditor::highlightedTextColourId, juce::PopupMenu::headerTextColourId},
         colours::text);
-    set({juce::TextEditor::backgroundColourId}, colours::field);
+    set({juce::TextEditor::backgroundColourId, juce::ListBox::backgroundColourId,
+         juce::FileBrowserComponent::filenameBoxBackgroundColourId},
+        colours::field);
+    set({juce::ListBox::textColourId, juce::DirectoryContentsDisplayComponent::textColourId,
+         juce::DirectoryContentsDisplayComponent::highlightedTextColourId,
+         juce::FileBrowserComponent::filenameBoxTextColourId,
+         juce::FileBrowserComponent::currentPathBoxTextColourId},
+        colours::text);
+    set({juce::DirectoryContentsDisplayComponent::highlightColourId}, grey(1.0f, 0.2f));
     set({juce::TextEditor::highlightColourId}, grey(1.0f, 0.25f));
     set({juce::PopupMenu::backgroundColourId}, menuBackground);
     set({juce::PopupMenu::highlightedBackgroundColourId}, grey(1.0f, 0.2f));

@@ -70,12 +70,23 @@ void AppDelegate::buildMenu()
     menu = std::make_unique<MainMenu>(MainMenu::Actions{.showAbout = [this] { showAbout(); },
                                                         .hide = [this] { hideAll(); },
                                                         .showAll = [this] { showAll(); },
-                                                        .terminate = [] { quit(); }});
+                                                        .terminate = [] { quit(); },
+                                                        .settingsEntry =
+                                                            [this](const juce::KeyPress& key) {
+                                                                return hostVC ? hostVC->settingsEntry(key)
+                                                                              : std::nullopt;
+                                                            }});
 }
 
 void AppDelegate::buildWindow()
 {
-    hostVC = std::make_shared<HostViewController>();
+    HostSurroundings surroundings;
+    const auto here = juce::File::getCurrentWorkingDirectory();
+    if (!options.file.empty())
+        surroundings.fileToOpen = here.getChildFile(juce::String::fromUTF8(options.file.c_str()));
+    if (!options.session.empty())
+        surroundings.sessionFile = here.getChildFile(juce::String::fromUTF8(options.session.c_str()));
+    hostVC = std::make_shared<HostViewController>(std::move(surroundings));
     hostVC->engine.setDeviceOptions(options.device);
     hostVC->onHelpWindowCreated = [this](HelpWindowController& help) { adopt(help.window()); };
 

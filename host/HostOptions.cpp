@@ -6,9 +6,11 @@
 #include "commandline/Errors.h"
 #include "commandline/NearestName.h"
 #include "host/DesktopScale.h"
+#include "takes/SettingsFile.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <system_error>
 
 namespace velotrine {
 
@@ -20,7 +22,9 @@ constexpr const char* examples = R"(Examples:
   velotrine-app
   velotrine-app --list-devices
   velotrine-app --device system --buffer 128
-  velotrine-app --scale 1.5)";
+  velotrine-app --scale 1.5
+  velotrine-app starfish.json
+  velotrine-app --session studio.json)";
 
 /// What was typed, option by option; empty where nothing was.
 struct HostArguments
@@ -30,6 +34,8 @@ struct HostArguments
     std::string sampleRate;
     std::string buffer;
     std::string scale;
+    std::string session;
+    std::vector<std::string> files;
 };
 
 ProgramEnd complaint(const std::string& program, const UsageError& error)
@@ -37,11 +43,27 @@ ProgramEnd complaint(const std::string& program, const UsageError& error)
     return {.exitCode = usageWrong, .out = {}, .err = program + ": " + asOneLine(error.what()) + "\n"};
 }
 
-HostOptions understood(const std::string& program, const HostArguments& arguments)
+/// At most one; a name must not be empty.
+std::string onlyFile(const std::vector<std::string>& files, const ArgumentParser& parser)
+{
+    const auto refuse = [&parser](const std::string& file) {
+        throw UsageError(file.empty() ? inQuotes(file) : file, "is not known here" + parser.helpHint());
+    };
+    if (files.size() > 1)
+        refuse(files[1]);
+    if (files.size() == 1 && files[0].empty())
+        refuse(files[0]);
+    return files.empty() ? "" : files[0];
+}
+
+HostOptions understood(const std::string& program, const HostArguments& arguments,
+                       const ArgumentParser& parser)
 {
     HostOptions options;
     options.program = program;
     options.listDevices = arguments.listDevices;
+    options.file = onlyFile(arguments.files, parser);
+    options.session = arguments.session;
     if (!arguments.device.empty())
         options.device.deviceName = arguments.device;
     if (!arguments.sampleRate.empty())
@@ -71,13 +93,16 @@ std::variant<HostOptions, ProgramEnd> parseHostOptions(std::span<const char* con
                       "FRAMES");
     command.addOption("--scale", typed.scale,
                       "How many times its plain size everything is [the desktop's scale]", "NUMBER");
+    command.addOption("--session", typed.session,
+                      "Begin with the settings of this file, if it is there, and keep it up to date", "FILE");
+    command.addOption("file", typed.files, "A state, or a take with whose settings to begin", "FILE");
     command.addExamples(examples);
 
     try {
         const auto request = parser.parse(arguments);
         if (request.answer)
             return ProgramEnd{.exitCode = 0, .out = *request.answer, .err = {}};
-        return understood(program, typed);
+        return understood(program, typed, parser);
     } catch (const UsageError& error) {
         return complaint(program, error);
     }
@@ -104,6 +129,18 @@ std::optional<ProgramEnd> refuseUnknownDevice(const HostOptions& options,
     return complaint(options.program, {"--device", "there is no audio device " + inQuotes(*wanted) +
                                                        suggestion(*wanted, names) + " (\"" + options.program +
                                                        " --list-devices\" shows all)"});
+}
+
+std::optional<ProgramEnd> refuseSession(const HostOptions& options)
+{
+    std::error_code error;
+    if (options.session.empty() || !std::filesystem::exists(options.session, error))
+        return std::nullopt;
+    const auto read = settingsFromFile(options.session, {});
+    if (read.settings && !read.areOfATake)
+        return std::nullopt;
+    return complaint(options.program, {"--session " + options.session,
+                                       read.settings ? "it is a take; give a state" : read.error});
 }
 
 } // namespace velotrine

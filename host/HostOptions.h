@@ -17,6 +17,8 @@ struct HostOptions
     std::string program = "velotrine-app"; ///< the name under which it was started, for its messages
     AudioDeviceOptions device;
     std::optional<double> scale; ///< pixels a point, smallestScale to largestScale; none follows the desktop
+    std::string file;            ///< with settings to begin with; empty for none
+    std::string session;         ///< a file with settings that is kept up to date; empty for none
     bool listDevices = false;    ///< print deviceListing() instead of opening a window
 };
 
@@ -38,5 +40,8 @@ struct ProgramEnd
 /// An end when the options ask for a device that is not among these; names the nearest.
 [[nodiscard]] std::optional<ProgramEnd> refuseUnknownDevice(const HostOptions& options,
                                                             const std::vector<OutputDevice>& devices);
+
+/// An end where the session's file is there and is no state: it would be overwritten.
+[[nodiscard]] std::optional<ProgramEnd> refuseSession(const HostOptions& options);
 
 } // namespace velotrine

@@ -3,9 +3,11 @@
 #include "audiounit/VelotrineComponent.h"
 #include "editor/Colours.h"
 #include "editor/Control.h"
+#include "editor/FileDropView.h"
 #include "editor/FontLoader.h"
 #include "engine/FatalError.h"
 #include "engine/ParameterAddress.h"
+#include "takes/SettingsFile.h"
 
 #include <algorithm>
 #include <iostream>
@@ -23,6 +25,8 @@ constexpr int controlInset = 8;
 constexpr int controlHeight = 28;
 constexpr int helpButtonWidth = 56;
 constexpr int widestPresetPopup = 220;
+
+constexpr auto backEntry = "Back to Where I Was";
 
 const juce::Colour& hostBackgroundGrey()
 {
@@ -50,12 +54,18 @@ HostViewController::HostViewController(HostSurroundings surroundings)
 
 HostViewController::~HostViewController()
 {
+    settingsKeepers.clear();
     unloadView();
 }
 
 void HostViewController::loadView()
 {
-    auto root = makeView();
+    auto root = std::make_unique<FileDropView>();
+    root->setBackground(hostBackgroundGrey());
+    root->onFileDropped = [this](const juce::File& file) {
+        if (auViewController)
+            auViewController->tools->openFile(file);
+    };
     root->setSize(initialWidth, initialHeight);
     setView(std::move(root));
 }
@@ -64,8 +74,6 @@ void HostViewController::viewDidLoad()
 {
     buildTopBar();
     buildContainer();
-    notice = std::make_unique<NoticeView>();
-    view().addChildComponent(*notice);
     instantiateAudioUnit();
 }
 
@@ -118,7 +126,11 @@ void HostViewController::audioUnitArrived(std::shared_ptr<AVAudioUnit> node)
     forceSyncOff();
     fillPresetPopup();
     embedEditor();
-    offerTakesLeftBehind();
+    if (auViewController) {
+        beginSession();
+        keepSettings();
+        offerWhatWasLeft();
+    }
 }
 
 void HostViewController::rememberTakes()
@@ -127,17 +139,61 @@ void HostViewController::rememberTakes()
     if (!instrument)
         return;
     takeKeeper = std::make_unique<TakeKeeper>(around.takePlaces, around.takeWriter);
-    takeKeeper->onNotice = [this](const juce::String& text, bool goesOn) { notice->show(text, goesOn); };
+    takeKeeper->onNotice = [this](const juce::String& text, bool goesOn) { say(text, goesOn); };
     engine.onCycleRendered = [keeper = takeKeeper.get(), kernel = instrument->dspKernel](int frames) {
         keeper->note(*kernel, frames);
     };
 }
 
-void HostViewController::offerTakesLeftBehind()
+/// What nobody has asked to be brought back stays where it is.
+void HostViewController::offerWhatWasLeft()
 {
-    if (takeKeeper && takeKeeper->hasTakesLeftBehind())
-        notice->show("There is a take from a time when Velotrine ended without warning. Ctrl+K keeps it.",
-                     true);
+    juce::StringArray offers;
+    if (lastSettings)
+        offers.add(juce::String(backEntry) +
+                   ", in the menu of the secondary button, brings back your last settings.");
+    const auto hasTake = takeKeeper && takeKeeper->hasTakesLeftBehind();
+    if (hasTake)
+        offers.add("There is a take from a time when Velotrine ended without warning. Ctrl+K keeps it.");
+    if (!offers.isEmpty() && !auViewController->tools->notice.isVisible())
+        say(offers.joinIntoString("\n"), hasTake);
+}
+
+/// The session that the user names, and the file to open, come after the first preset.
+void HostViewController::beginSession()
+{
+    auto& tools = *auViewController->tools;
+    const auto session = around.sessionFile;
+    if (session.existsAsFile()) {
+        const auto read = settingsFromFile(session.getFullPathName().toStdString(), tools.settings.now());
+        if (read.settings) {
+            audioUnit->setFullState(stateFromSettings(*read.settings));
+            forceSyncOff();
+            showChosenPreset();
+        } else {
+            say("The session is not kept: " + juce::String(read.error) + ".", true);
+            around.sessionFile = juce::File();
+        }
+    }
+    if (around.fileToOpen != juce::File())
+        tools.openFile(around.fileToOpen);
+}
+
+void HostViewController::keepSettings()
+{
+    auto& settings = auViewController->tools->settings;
+    const auto now = settings.now();
+    const auto read = [&settings] { return settings.now(); };
+    const auto last = settingsFromFile(around.lastSettingsFile.getFullPathName().toStdString(), now);
+    if (last.settings != now)
+        lastSettings = last.settings;
+    settingsKeepers.push_back(std::make_unique<SettingsKeeper>(around.lastSettingsFile, read, now));
+    if (around.sessionFile == juce::File())
+        return;
+    settingsKeepers.push_back(std::make_unique<SettingsKeeper>(around.sessionFile, read, std::nullopt));
+    settingsKeepers.back()->onFailure = [this](const juce::String& reason) {
+        say("The session is not kept: " + reason + ".", true);
+    };
 }
 
 void HostViewController::keepLastTake()
@@ -183,8 +239,25 @@ void HostViewController::fillPresetPopup()
 void HostViewController::presetChosen()
 {
     const auto index = presetPopup->getSelectedItemIndex();
-    if (index >= 0)
-        applyPreset(presetOfItem.at(static_cast<std::size_t>(index)));
+    if (index < 0)
+        return;
+    const auto& preset = presetOfItem.at(static_cast<std::size_t>(index));
+    const auto apply = [this, &preset] { applyPreset(preset); };
+    if (auViewController)
+        auViewController->tools->settings.changeBy(presetStepName(preset.name), apply);
+    else
+        apply();
+}
+
+/// After something else than the pop-up has chosen it.
+void HostViewController::showChosenPreset()
+{
+    const auto chosen = audioUnit->currentPreset();
+    const auto found = std::ranges::find_if(presetOfItem, [&chosen](const AUAudioUnitPreset& preset) {
+        return chosen && preset.number == chosen->number;
+    });
+    const auto index = found != presetOfItem.end() ? static_cast<int>(found - presetOfItem.begin()) : -1;
+    presetPopup->setSelectedItemIndex(index, juce::dontSendNotification);
 }
 
 void HostViewController::applyPreset(const AUAudioUnitPreset& preset)
@@ -202,8 +275,36 @@ void HostViewController::embedEditor()
     auViewController->audioUnit = std::move(instrument);
     auViewController->hostProvidesSync = false;
     auto& editor = auViewController->view();
+    auto& tools = *auViewController->tools;
+    tools.settings.onReplaced = [this] { showChosenPreset(); };
+    tools.menu.hasPresets = false; // the bar above has them
+    tools.menu.furtherEntries = [this] { return menuEntries(); };
+    tools.opensOn(*topBar);
     editor.setBounds(auContainerView->getLocalBounds());
     auContainerView->addAndMakeVisible(editor);
+}
+
+std::vector<SettingsMenu::Entry> HostViewController::menuEntries()
+{
+    const auto goBack = [this] {
+        if (lastSettings)
+            auViewController->tools->settings.change(backEntry, *lastSettings);
+    };
+    return {{.title = backEntry, .perform = goBack, .isEnabled = lastSettings.has_value()},
+            {.title = "Keep the Last Take",
+             .key = juce::KeyPress('k', juce::ModifierKeys::commandModifier, 0),
+             .perform = [this] { keepLastTake(); }}};
+}
+
+std::optional<SettingsMenu::Entry> HostViewController::settingsEntry(const juce::KeyPress& key) const
+{
+    return auViewController ? auViewController->tools->menu.entryFor(key) : std::nullopt;
+}
+
+void HostViewController::say(const juce::String& text, bool goesOn) const
+{
+    if (auViewController)
+        auViewController->tools->notice.show(text, goesOn);
 }
 
 void HostViewController::viewDidLayout()
@@ -216,7 +317,6 @@ void HostViewController::viewDidLayout()
     auContainerView->setBounds(bounds.withTop(topBarHeight));
     if (auViewController)
         auViewController->view().setBounds(auContainerView->getLocalBounds());
-    notice->placeIn(bounds);
     helpButton->setBounds(width - controlInset - helpButtonWidth, controlInset, helpButtonWidth,
                           controlHeight);
     const auto popupWidth = juce::jmin(width / 2, widestPresetPopup);

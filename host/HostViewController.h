@@ -6,9 +6,10 @@
 #include "host/AVAudioEngine.h"
 #include "host/AVAudioUnit.h"
 #include "host/HelpWindowController.h"
-#include "host/NoticeView.h"
 #include "host/PopUpButton.h"
 #include "host/Preferences.h"
+#include "host/SettingsKeeper.h"
+#include "host/StateFolder.h"
 #include "host/TakeKeeper.h"
 #include "host/WrappingLabel.h"
 #include "render/TakeFiles.h"
@@ -34,6 +35,9 @@ struct HostSurroundings
     juce::File preferencesFile = Preferences::defaultFile();
     TakePlaces takePlaces = TakePlaces::ofUser();
     TakeKeeper::Writer takeWriter = writeTakeFiles;
+    juce::File lastSettingsFile = stateFolder().getChildFile("last-settings.json"); ///< of the run before
+    juce::File fileToOpen{};  ///< at the start; none if it is empty
+    juce::File sessionFile{}; ///< likewise, and kept up to date
 };
 
 /// The content of the main window: the instrument, played through the system's audio output, its editor
@@ -50,6 +54,9 @@ public:
 
     /// Writes everything since the instrument last began to play to files, and says in the window where.
     void keepLastTake();
+
+    /// What the context menu has under a key at this moment; see SettingsMenu.
+    [[nodiscard]] std::optional<SettingsMenu::Entry> settingsEntry(const juce::KeyPress& key) const;
 
     /// The help window has just been made. It is made once.
     std::function<void(HelpWindowController&)> onHelpWindowCreated;
@@ -68,8 +75,6 @@ public:
     /// Says that there is nothing to hear; hidden while there is.
     std::unique_ptr<WrappingLabel> noDeviceLabel;
 
-    std::unique_ptr<NoticeView> notice;
-
 protected:
     void loadView() override;
     void viewDidLoad() override;
@@ -82,19 +87,26 @@ private:
     void instantiateAudioUnit();
     void audioUnitArrived(std::shared_ptr<AVAudioUnit> node);
     void rememberTakes();
-    void offerTakesLeftBehind();
     void startEngine();
     void forceSyncOff();
     void fillPresetPopup();
     void presetChosen();
     void applyPreset(const AUAudioUnitPreset& preset);
+    void showChosenPreset();
     void embedEditor();
+    void beginSession();
+    void keepSettings();
+    void offerWhatWasLeft();
+    [[nodiscard]] std::vector<SettingsMenu::Entry> menuEntries();
+    void say(const juce::String& text, bool goesOn = false) const;
     void helpTapped();
     void updateDeviceLabel() const;
 
     HostSurroundings around;
     Preferences preferences;
     std::vector<AUAudioUnitPreset> presetOfItem; ///< by the pop-up's item index
+    std::optional<Settings> lastSettings;        ///< of the run before, if they can be brought back
+    std::vector<std::unique_ptr<SettingsKeeper>> settingsKeepers;
 };
 
 } // namespace velotrine

@@ -40,6 +40,9 @@ int main(int argc, char** argv)
             return finish(*end);
     }
 
+    if (const auto end = refuseSession(options))
+        return finish(*end);
+
     applicationOptions() = options;
     juce::JUCEApplicationBase::createInstance = []() -> juce::JUCEApplicationBase* {
         return new AppDelegate(applicationOptions());

@@ -1,5 +1,7 @@
 #include "host/MainMenu.h"
 
+#include <utility>
+
 namespace velotrine {
 
 namespace {
@@ -31,16 +33,44 @@ bool isInTextField()
     return focusedTextField() != nullptr;
 }
 
-/// An entry that does something with the text field that has the keyboard.
-template <typename Operation>
-MainMenu::Entry textEntry(const char* title, KeyPress key, Operation operation)
+/// An entry that does something with the text field that has the keyboard, or else with the settings.
+class EditEntries
 {
-    const auto perform = [operation] {
-        if (auto* field = focusedTextField())
-            operation(*field);
-    };
-    return {title, key, perform, isInTextField};
-}
+public:
+    explicit EditEntries(decltype(MainMenu::Actions::settingsEntry) entryForSettings)
+        : settingsEntry(std::move(entryForSettings))
+    {}
+
+    template <typename Operation>
+    [[nodiscard]] MainMenu::Entry entry(const char* title, KeyPress key, Operation operation) const
+    {
+        const auto ofSettings = [settingsEntry = settingsEntry, key] {
+            return settingsEntry ? settingsEntry(key) : std::nullopt;
+        };
+        const auto perform = [ofSettings, operation] {
+            if (auto* field = focusedTextField())
+                operation(*field);
+            else if (const auto found = ofSettings())
+                found->perform();
+        };
+        return {title, key, perform, [ofSettings] { return isInTextField() || ofSettings().has_value(); }};
+    }
+
+    /// The same, which shows what it is about: "Undo Boredom".
+    template <typename Operation>
+    [[nodiscard]] MainMenu::Entry namedEntry(const char* title, KeyPress key, Operation operation) const
+    {
+        auto made = entry(title, key, operation);
+        made.shownTitle = [settingsEntry = settingsEntry, key, title] {
+            const auto found = settingsEntry && !isInTextField() ? settingsEntry(key) : std::nullopt;
+            return found ? found->title : juce::String(title);
+        };
+        return made;
+    }
+
+private:
+    decltype(MainMenu::Actions::settingsEntry) settingsEntry;
+};
 
 MainMenu::Entry separator()
 {
@@ -62,37 +92,26 @@ MainMenu::Menu applicationMenu(MainMenu::Actions actions)
             }};
 }
 
-MainMenu::Menu editMenu()
+MainMenu::Menu editMenu(const EditEntries& edit)
 {
     using Field = juce::TextEditor;
     return {"Edit",
             {
-                textEntry("Undo", KeyPress('z', command, 0), [](Field& field) { field.undo(); }),
-                textEntry("Redo", KeyPress('z', commandShift, 0), [](Field& field) { field.redo(); }),
+                edit.namedEntry("Undo", KeyPress('z', command, 0), [](Field& field) { field.undo(); }),
+                edit.namedEntry("Redo", KeyPress('z', commandShift, 0), [](Field& field) { field.redo(); }),
                 separator(),
-                textEntry("Cut", KeyPress('x', command, 0), [](Field& field) { field.cut(); }),
-                textEntry("Copy", KeyPress('c', command, 0), [](Field& field) { field.copy(); }),
-                textEntry("Paste", KeyPress('v', command, 0), [](Field& field) { field.paste(); }),
-                textEntry("Select All", KeyPress('a', command, 0), [](Field& field) { field.selectAll(); }),
+                edit.entry("Cut", KeyPress('x', command, 0), [](Field& field) { field.cut(); }),
+                edit.entry("Copy", KeyPress('c', command, 0), [](Field& field) { field.copy(); }),
+                edit.entry("Paste", KeyPress('v', command, 0), [](Field& field) { field.paste(); }),
+                edit.entry("Select All", KeyPress('a', command, 0), [](Field& field) { field.selectAll(); }),
             }};
-}
-
-juce::String describe(const KeyPress& key)
-{
-    if (!key.isValid())
-        return {};
-    const auto modifiers = key.getModifiers();
-    juce::String text = "Ctrl+";
-    if (modifiers.isAltDown())
-        text << "Alt+";
-    if (modifiers.isShiftDown())
-        text << "Shift+";
-    return text + juce::String::charToString(static_cast<juce::juce_wchar>(key.getKeyCode())).toUpperCase();
 }
 
 } // namespace
 
-MainMenu::MainMenu(Actions actions) : allMenus{applicationMenu(std::move(actions)), editMenu()} {}
+MainMenu::MainMenu(const Actions& actions)
+    : allMenus{applicationMenu(actions), editMenu(EditEntries(actions.settingsEntry))}
+{}
 
 juce::StringArray MainMenu::getMenuBarNames()
 {
@@ -110,10 +129,10 @@ juce::PopupMenu MainMenu::getMenuForIndex(int index, const juce::String&)
             shown.addSeparator();
             continue;
         }
-        juce::PopupMenu::Item item(entry.title);
+        juce::PopupMenu::Item item(entry.shownTitle ? entry.shownTitle() : entry.title);
         item.itemID = shown.getNumItems() + 1;
         item.isEnabled = entry.isEnabled();
-        item.shortcutKeyDescription = describe(entry.key);
+        item.shortcutKeyDescription = keyText(entry.key);
         item.action = entry.perform;
         shown.addItem(std::move(item));
     }

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "editor/SettingsMenu.h"
+
 #include <juce_gui_basics/juce_gui_basics.h>
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace velotrine {
@@ -18,6 +21,10 @@ public:
         std::function<void()> hide;
         std::function<void()> showAll;
         std::function<void()> terminate;
+
+        /// What the context menu has under a key at this moment: what Edit does, too, while no text field is
+        /// being edited. May be empty.
+        std::function<std::optional<SettingsMenu::Entry>(const juce::KeyPress&)> settingsEntry{};
     };
 
     struct Entry
@@ -26,6 +33,7 @@ public:
         juce::KeyPress key; ///< invalid for none
         std::function<void()> perform;
         std::function<bool()> isEnabled;
+        std::function<juce::String()> shownTitle{}; ///< where it says more than the title
     };
 
     struct Menu
@@ -34,7 +42,7 @@ public:
         std::vector<Entry> entries;
     };
 
-    explicit MainMenu(Actions actions);
+    explicit MainMenu(const Actions& actions);
 
     [[nodiscard]] const std::vector<Menu>& menus() const noexcept { return allMenus; }
 

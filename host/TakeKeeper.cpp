@@ -1,5 +1,7 @@
 #include "host/TakeKeeper.h"
 
+#include "host/StateFolder.h"
+
 #include <chrono>
 #include <exception>
 #include <utility>
@@ -10,21 +12,12 @@ namespace {
 
 constexpr int collectionsPerSecond = 10;
 
-/// JUCE looks for XDG_STATE_HOME nowhere.
-juce::File stateFolder()
-{
-    const auto named = juce::SystemStats::getEnvironmentVariable("XDG_STATE_HOME", {});
-    if (juce::File::isAbsolutePath(named))
-        return juce::File(named);
-    return juce::File::getSpecialLocation(juce::File::userHomeDirectory).getChildFile(".local/state");
-}
-
 } // namespace
 
 TakePlaces TakePlaces::ofUser()
 {
     return {.music = juce::File::getSpecialLocation(juce::File::userMusicDirectory).getChildFile("Velotrine"),
-            .state = stateFolder().getChildFile("Velotrine").getChildFile("takes")};
+            .state = stateFolder().getChildFile("takes")};
 }
 
 TakeKeeper::TakeKeeper(const TakePlaces& newPlaces, Writer newWriter)

@@ -114,7 +114,10 @@ void EmbeddedKeyboard::handleAsyncUpdate()
     auto* const menu = juce::Component::getCurrentlyModalComponent();
     if (isOurs && !isEnded && embeddedEditor.isParentOf(focused))
         return;
-    if (menu == nullptr)
+    auto* const field = isAfterMenu && embeddedEditor.isParentOf(focused) ? fieldAt(*focused) : nullptr;
+    if (menu == nullptr && field != nullptr)
+        take(*field);
+    else if (menu == nullptr)
         giveBack(isAfterMenu);
     else if (isAfterClick)
         takeForMenu(*menu);

@@ -5,8 +5,9 @@
 namespace velotrine {
 
 /// Leaves the keyboard to the host: an embedded editor has it only while somebody uses it there. That begins
-/// with a click in a field and lasts while Tab moves from control to control, until a click on anything else,
-/// Escape, or Return where nothing else uses it; or it begins and ends with a menu. Main thread.
+/// with a click in a field, or a menu that opens one, and lasts while Tab moves from control to control,
+/// until a click on anything else, Escape, or Return where nothing else uses it; or it begins and ends with a
+/// menu. Main thread.
 class EmbeddedKeyboard final : private juce::FocusChangeListener,
                                private juce::MouseListener,
                                private juce::KeyListener,

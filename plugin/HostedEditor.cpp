@@ -8,6 +8,10 @@ HostedEditor::HostedEditor(HostedInstrument& instrument) : hostedInstrument(inst
 {
     constexpr int followRateInHz = 60;
     controller.audioUnit = instrument.audioUnit();
+    controller.history = instrument.undoHistory();
+    controller.settingsAccess = {
+        .read = [&instrument] { return instrument.settings(); },
+        .write = [&instrument](const Settings& from, const Settings& to) { instrument.edit(from, to); }};
     controller.isPlaying = instrument.audioUnit()->dspKernel->internalPlaying;
     const auto size = instrument.editorSize();
     controller.view().setSize(size.width, size.height);

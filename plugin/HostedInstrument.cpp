@@ -315,6 +315,23 @@ std::size_t HostedInstrument::presetNumber() const
     return isOurs ? static_cast<std::size_t>(preset->number) : 0;
 }
 
+Settings HostedInstrument::settings() const
+{
+    const std::scoped_lock lock(stateMutex);
+    return settingsFromState(unit->fullState(), {});
+}
+
+void HostedInstrument::edit(const Settings& from, const Settings& to)
+{
+    {
+        const std::scoped_lock lock(stateMutex);
+        unit->setFullState(stateThatChanges(from, to), editsToken);
+    }
+    for (ParameterAddress address = 0; address < parameterCount; ++address)
+        if (from.values[address] != to.values[address])
+            tellHost(address, value(address));
+}
+
 std::string HostedInstrument::saveState() const
 {
     const std::scoped_lock lock(stateMutex);

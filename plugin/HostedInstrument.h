@@ -5,6 +5,7 @@
 #include "audiounit/NoteStream.h"
 #include "audiounit/SampleRateRange.h"
 #include "audiounit/StereoOutput.h"
+#include "audiounit/UndoHistory.h"
 #include "audiounit/VelotrineAudioUnit.h"
 #include "engine/AddressSet.h"
 #include "engine/Nonblocking.h"
@@ -105,6 +106,17 @@ public:
     /// The preset last chosen, by hand or by a state; 0 if none was.
     [[nodiscard]] std::size_t presetNumber() const;
 
+    // Settings as a whole
+
+    /// Any thread but the render thread.
+    [[nodiscard]] Settings settings() const;
+
+    /// Writes what differs between the two, as an edit in the window, and tells the host. Main thread.
+    void edit(const Settings& from, const Settings& to);
+
+    /// What can be undone in the editor; it outlives each editor. Main thread.
+    [[nodiscard]] const std::shared_ptr<UndoHistory>& undoHistory() const noexcept { return history; }
+
     // State
 
     /// Any thread but the render thread.
@@ -161,6 +173,7 @@ private:
     SharedAddressSet setByHost; ///< and not yet followed
 
     // Main thread.
+    const std::shared_ptr<UndoHistory> history = std::make_shared<UndoHistory>();
     AUParameterObserverToken editsToken = 0;
     std::optional<ParameterAddress> heldParameter;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "render/OutputFile.h"
+#include "commandline/OutputFile.h"
 
 #include <cstdint>
 #include <memory>

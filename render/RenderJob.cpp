@@ -1,7 +1,7 @@
 #include "render/RenderJob.h"
 
+#include "commandline/OutputFile.h"
 #include "render/Origin.h"
-#include "render/OutputFile.h"
 #include "render/Piece.h"
 #include "render/Rendering.h"
 

@@ -6,7 +6,7 @@
 #include "commandline/Arguments.h"
 #include "commandline/Errors.h"
 #include "commandline/NearestName.h"
-#include "render/OutputFile.h"
+#include "commandline/OutputFile.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,7 +1,7 @@
 #include "render/Rendering.h"
 
 #include "audiounit/MidiNote.h"
-#include "render/Interruption.h"
+#include "commandline/Interruption.h"
 
 #include <algorithm>
 #include <cmath>

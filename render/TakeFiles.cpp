@@ -1,6 +1,6 @@
 #include "render/TakeFiles.h"
 
-#include "render/OutputFile.h"
+#include "commandline/OutputFile.h"
 #include "render/RenderJob.h"
 #include "takes/TakeText.h"
 

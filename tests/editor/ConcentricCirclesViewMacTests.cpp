@@ -250,8 +250,9 @@ TEST(RingsViewTolerance, IsTwelvePointsBetweenRingsTwentyApartAndHalfTheSpacingB
         double miss;
     };
 
-    for (const auto& [side, spacing, hit, miss] :
-         {Case{300, 20.0, 11.0, 13.0}, Case{600, 40.0, 19.0, 21.0}}) {
+    for (const auto& each : {Case{300, 20.0, 11.0, 13.0}, Case{600, 40.0, 19.0, 21.0}}) {
+        const auto side = each.side;
+        const auto spacing = each.spacing;
         ConcentricCirclesViewMac view;
         view.setSize(side, side);
         const auto wantedRadius = 4.0 * spacing / 0.65;
@@ -265,8 +266,8 @@ TEST(RingsViewTolerance, IsTwelvePointsBetweenRingsTwentyApartAndHalfTheSpacingB
             view.mouseDown(clickAt(view, {middle + static_cast<float>(radius), middle}));
             return view.selectedRing;
         };
-        EXPECT_EQ(selectedAt(last + hit), 4) << spacing;
-        EXPECT_EQ(selectedAt(last + miss), std::nullopt) << spacing;
+        EXPECT_EQ(selectedAt(last + each.hit), 4) << spacing;
+        EXPECT_EQ(selectedAt(last + each.miss), std::nullopt) << spacing;
     }
 }
 

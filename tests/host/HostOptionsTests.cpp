@@ -48,21 +48,25 @@ TEST(HostOptions, NoOptionLeavesEverythingToTheDevice)
     EXPECT_FALSE(none.device.sampleRate);
     EXPECT_FALSE(none.device.bufferFrames);
     EXPECT_FALSE(none.scale);
+    EXPECT_EQ(none.session, "");
+    EXPECT_EQ(none.file, "");
 }
 
 TEST(HostOptions, ReadsWhatIsTyped)
 {
     const auto all = options({"--device", "Built-in Audio", "--sample-rate=96000", "--buffer", "64",
-                              "--scale", "1.5", "--list-devices"});
+                              "--scale", "1.5", "--list-devices", "--session", "s.json", "a.json"});
     EXPECT_TRUE(all.listDevices);
     EXPECT_EQ(all.device.deviceName, "Built-in Audio");
     EXPECT_EQ(all.device.sampleRate, 96000.0);
     EXPECT_EQ(all.device.bufferFrames, 64);
     EXPECT_EQ(all.scale, 1.5);
+    EXPECT_EQ(all.session, "s.json");
+    EXPECT_EQ(all.file, "a.json");
 }
 
-constexpr std::array optionNames{"--list-devices", "--device", "--sample-rate", "--buffer",
-                                 "--scale",        "--help",   "--version"};
+constexpr std::array optionNames{"--list-devices", "--device",  "--sample-rate", "--buffer",
+                                 "--scale",        "--session", "--help",        "--version"};
 
 TEST(HostOptions, HelpNamesEveryOption)
 {
@@ -97,8 +101,10 @@ TEST(HostOptions, WhatIsWrongIsNamedOnOneLine)
     expectComplaint(
         {"--devise", "x"},
         "--devise: is not known here; did you mean \"--device\"? (\"VelotrineHostMac --help\" shows");
-    expectComplaint({"take.wav"}, "take.wav: is not known here (");
+    expectComplaint({"one.json", "take.wav"}, "take.wav: is not known here (");
     expectComplaint({""}, "\"\": is not known here (");
+    expectComplaint({"--session"}, "--session: needs a value behind it (");
+    expectComplaint({"--session", ""}, "--session: needs a value behind it (");
     expectComplaint({"--device"}, "--device: needs a value behind it (");
     expectComplaint({"--device", ""}, "--device: needs a value behind it (");
     expectComplaint({"--device", "--buffer", "64"}, "--device: needs a value behind it (");

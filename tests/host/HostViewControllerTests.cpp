@@ -25,6 +25,7 @@ protected:
     {
         surroundings.deviceTypes = fakeDeviceTypes({&sound});
         surroundings.preferencesFile = juce::File(folder.file("settings"));
+        surroundings.lastSettingsFile = juce::File(folder.file("last.json"));
     }
 
     /// As the application does, up to the arrival of the audio unit.

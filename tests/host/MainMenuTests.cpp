@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,9 @@ class MainMenuTest : public testing::Test
 {
 protected:
     /// "Title | keys", "-" for a separator; in brackets when greyed out.
-    std::vector<std::string> shown(int index)
+    std::vector<std::string> shown(int index) { return shown(index, menu); }
+
+    static std::vector<std::string> shown(int index, MainMenu& menu)
     {
         std::vector<std::string> lines;
         const auto popup = menu.getMenuForIndex(index, {});
@@ -83,6 +86,28 @@ TEST_F(MainMenuTest, ItemsPerformWhatTheySay)
         if (entry.title.isNotEmpty() && entry.isEnabled())
             entry.perform();
     EXPECT_THAT(done, ElementsAre("about", "hide", "show all", "quit"));
+}
+
+TEST_F(MainMenuTest, WithoutATextFieldEditDoesWhatTheContextMenuHasUnderItsKeys)
+{
+    const auto found = [this](const KeyPress& key) -> std::optional<SettingsMenu::Entry> {
+        if (key == KeyPress('z', ModifierKeys::commandModifier, 0))
+            return SettingsMenu::Entry{.title = "Undo Boredom",
+                                       .perform = [this] { done.emplace_back("undo"); }};
+        if (key == KeyPress('v', ModifierKeys::commandModifier, 0))
+            return SettingsMenu::Entry{.title = "Paste Settings",
+                                       .perform = [this] { done.emplace_back("paste"); }};
+        return std::nullopt;
+    };
+    MainMenu withSettings(
+        {.showAbout = {}, .hide = {}, .showAll = {}, .terminate = {}, .settingsEntry = found});
+    EXPECT_THAT(shown(1, withSettings),
+                ElementsAre("Undo Boredom | Ctrl+Z", "[Redo | Ctrl+Shift+Z]", "-", "[Cut | Ctrl+X]",
+                            "[Copy | Ctrl+C]", "Paste | Ctrl+V", "[Select All | Ctrl+A]"));
+    EXPECT_TRUE(withSettings.keyPressed(KeyPress('z', ModifierKeys::commandModifier, 0), nullptr));
+    EXPECT_TRUE(withSettings.keyPressed(KeyPress('v', ModifierKeys::commandModifier, 0), nullptr));
+    EXPECT_FALSE(withSettings.keyPressed(KeyPress('c', ModifierKeys::commandModifier, 0), nullptr));
+    EXPECT_THAT(done, ElementsAre("undo", "paste"));
 }
 
 } // namespace

@@ -39,6 +39,7 @@ protected:
         HostSurroundings surroundings;
         surroundings.deviceTypes = fakeDeviceTypes({&sound});
         surroundings.preferencesFile = juce::File(folder.file("settings"));
+        surroundings.lastSettingsFile = juce::File(folder.file("last.json"));
         Preferences(surroundings.preferencesFile).setHasShownHelp(true);
         host = std::make_shared<HostViewController>(surroundings);
         window = std::make_unique<HostWindow>("Hands", juce::Colours::black, host->view());

@@ -170,6 +170,7 @@ TEST(HostViewControllerWindow, RemembersThatHelpWasShownBeforeItIs)
     HostSurroundings surroundings;
     surroundings.deviceTypes = fakeDeviceTypes({&sound});
     surroundings.preferencesFile = juce::File(folder.file("settings"));
+    surroundings.lastSettingsFile = juce::File(folder.file("last.json"));
     const auto controller = std::make_shared<HostViewController>(surroundings);
     bool wasRemembered = false;
     controller->onHelpWindowCreated = [&](HelpWindowController&) {
@@ -190,6 +191,7 @@ TEST(HostViewControllerWindow, APresetIsChosenFromThePopupsMenu)
     HostSurroundings surroundings;
     surroundings.deviceTypes = fakeDeviceTypes({&sound});
     surroundings.preferencesFile = juce::File(folder.file("settings"));
+    surroundings.lastSettingsFile = juce::File(folder.file("last.json"));
     Preferences(surroundings.preferencesFile).setHasShownHelp(true);
     const auto controller = std::make_shared<HostViewController>(surroundings);
     HostWindow window("Host", juce::Colours::black, controller->view());
@@ -214,6 +216,7 @@ TEST(HostViewControllerWindow, HelpOpensAtTheRequestedPageInTheSameWindow)
     HostSurroundings surroundings;
     surroundings.deviceTypes = fakeDeviceTypes({&sound});
     surroundings.preferencesFile = juce::File(folder.file("settings"));
+    surroundings.lastSettingsFile = juce::File(folder.file("last.json"));
     const auto controller = std::make_shared<HostViewController>(surroundings);
     controller->showHelp(5);
     // The audio unit is on its way to the controller, in a message that holds it.

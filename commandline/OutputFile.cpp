@@ -1,7 +1,7 @@
-#include "render/OutputFile.h"
+#include "commandline/OutputFile.h"
 
 #include "commandline/Errors.h"
-#include "render/Interruption.h"
+#include "commandline/Interruption.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "render/Interruption.h"
+#include "commandline/Interruption.h"
 
 #include <csignal>
 #include <initializer_list>

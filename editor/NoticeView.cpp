@@ -1,4 +1,4 @@
-#include "host/NoticeView.h"
+#include "editor/NoticeView.h"
 
 #include "editor/Colours.h"
 #include "editor/FontLoader.h"

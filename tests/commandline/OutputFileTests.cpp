@@ -1,4 +1,4 @@
-#include "render/OutputFile.h"
+#include "commandline/OutputFile.h"
 
 #include "commandline/Errors.h"
 #include "tests/support/TemporaryFolder.h"
