@@ -79,6 +79,12 @@ constexpr clap_output_events_t refusesEverything{
     .ctx = nullptr,
     .try_push = [](const clap_output_events_t*, const clap_event_header_t*) { return false; }};
 
+constexpr clap_output_events_t takesEverything{
+    .ctx = nullptr, .try_push = [](const clap_output_events_t*, const clap_event_header_t* event) {
+        demand(event->size >= sizeof *event && event->time < maxFrames, "an event lies in its block");
+        return true;
+    }};
+
 void process(FuzzedDataProvider& input, const clap_plugin_t& plugin)
 {
     const auto frames = input.ConsumeIntegralInRange<std::uint32_t>(0, maxFrames);
@@ -105,7 +111,8 @@ void process(FuzzedDataProvider& input, const clap_plugin_t& plugin)
     block.audio_outputs = input.ConsumeBool() ? &output : nullptr;
     block.audio_outputs_count = input.ConsumeIntegralInRange<std::uint32_t>(0, 1);
     block.in_events = input.ConsumeBool() ? &in : nullptr;
-    block.out_events = input.ConsumeBool() ? &refusesEverything : nullptr;
+    block.out_events =
+        input.PickValueInArray<const clap_output_events_t*>({&takesEverything, &refusesEverything, nullptr});
     plugin.process(&plugin, &block);
     for (const auto& channel : samples)
         for (const auto sample : channel)

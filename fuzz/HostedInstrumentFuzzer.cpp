@@ -1,5 +1,7 @@
 // What a music host hands over, whatever the format: any transport, any values, any number of frames.
 
+#include "audiounit/MidiNote.h"
+#include "audiounit/NoteOutput.h"
 #include "audiounit/Parameters.h"
 #include "audiounit/Presets.h"
 #include "fuzz/Demand.h"
@@ -8,6 +10,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <bitset>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -40,13 +43,50 @@ std::optional<HostTransport> anyTransport(FuzzedDataProvider& input)
                          .isPlaying = input.ConsumeBool()};
 }
 
-void render(FuzzedDataProvider& input, HostedInstrument& instrument)
+/// Which keys are down, in a host that has no room now and then.
+class Keys final : public NoteReceiver
+{
+public:
+    [[nodiscard]] bool take(const NoteMessage& message) noexcept VELOTRINE_NONBLOCKING override
+    {
+        demand(message.frame >= lastFrame && message.frame < frames, "frames ascend within the block");
+        lastFrame = message.frame;
+        if (room == 0)
+            return false;
+        --room;
+        demand(message.channel < ringCount && message.key <= MidiNote::highestKey, "a note is one of MIDI's");
+        const auto index =
+            static_cast<std::size_t>(message.channel) * (MidiNote::highestKey + 1) + message.key;
+        demand(down[index] != message.isOn, "a key that is down goes up, and no other");
+        down[index] = message.isOn;
+        return true;
+    }
+
+    void begin(int newFrames, int newRoom)
+    {
+        frames = newFrames;
+        lastFrame = 0;
+        room = newRoom;
+    }
+
+    [[nodiscard]] bool areUp() const { return down.none(); }
+
+private:
+    std::bitset<static_cast<std::size_t>(ringCount) * (MidiNote::highestKey + 1)> down;
+    int frames = 0;
+    int lastFrame = 0;
+    int room = 0;
+};
+
+void render(FuzzedDataProvider& input, HostedInstrument& instrument, Keys& keys)
 {
     const auto frames = input.ConsumeIntegralInRange(-1, maxFrames);
     std::vector<float> left(static_cast<std::size_t>(std::max(frames, 0)));
     auto right = left;
+    keys.begin(frames, input.ConsumeIntegralInRange(0, 20));
     instrument.render(
-        {input.ConsumeBool() ? left.data() : nullptr, input.ConsumeBool() ? right.data() : nullptr}, frames);
+        {input.ConsumeBool() ? left.data() : nullptr, input.ConsumeBool() ? right.data() : nullptr}, frames,
+        {input.ConsumeBool() ? &keys : nullptr});
     for (const auto* const channel : {&left, &right})
         for (const auto sample : *channel)
             demand(std::abs(sample) <= 1.0f, "every sample is within [-1, 1]");
@@ -56,6 +96,7 @@ void play(FuzzedDataProvider& input)
 {
     SilentHost host;
     HostedInstrument instrument(host);
+    Keys keys;
     const auto rate = anyNumber(input, 8000.0, 768000.0);
     demand(instrument.prepare(rate) == HostedInstrument::takesSampleRate(rate), "a rate is taken or refused");
     for (int call = 0; call < 40 && input.remaining_bytes() > 0; ++call) {
@@ -78,9 +119,12 @@ void play(FuzzedDataProvider& input)
             instrument.reset();
             break;
         default:
-            render(input, instrument);
+            render(input, instrument, keys);
         }
     }
+    keys.begin(1, ringCount * (MidiNote::highestKey + 1));
+    instrument.pause({&keys});
+    demand(keys.areUp(), "every key goes up in the end");
     for (const auto& parameter : parameterTable()) {
         const auto value = instrument.value(parameter.address);
         demand(value >= parameter.minValue && value <= parameter.maxValue,

@@ -56,8 +56,15 @@ void run(FuzzedDataProvider& input, Lv2Host& host)
     host.connect(lv2Port::left, input.ConsumeBool() ? left.data() : nullptr);
     host.connect(lv2Port::right, input.ConsumeBool() ? right.data() : nullptr);
     host.connect(lv2Port::time, input.ConsumeBool() ? sequence.get() : nullptr);
+    // Memory of exactly the size that the host says, which may be too small for anything.
+    std::vector<std::uint64_t> notes(input.ConsumeIntegralInRange<std::size_t>(2, 20));
+    auto& noteAtom = *reinterpret_cast<LV2_Atom*>(notes.data());
+    noteAtom.size = static_cast<std::uint32_t>(notes.size() * sizeof notes[0] - sizeof noteAtom);
+    host.connect(lv2Port::notes, input.ConsumeBool() ? notes.data() : nullptr);
     host.run(frames);
     host.connect(lv2Port::time, nullptr);
+    host.connect(lv2Port::notes, nullptr);
+    demand(noteAtom.size + sizeof noteAtom <= notes.size() * sizeof notes[0], "notes stay in their memory");
     for (const auto* const channel : {&left, &right})
         for (const auto sample : *channel)
             demand(std::abs(sample) <= 1.0f, "every sample is within [-1, 1]");

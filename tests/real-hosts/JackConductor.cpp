@@ -93,14 +93,22 @@ JackConductor::~JackConductor()
 
 bool JackConductor::listenTo(const std::string& clientName)
 {
-    const auto connect = [&](const char* output, jack_port_t* input) {
-        return waitUntil([&] {
-            const auto port = clientName + ":" + output;
-            return jack_port_by_name(client, port.c_str()) != nullptr &&
-                   jack_connect(client, port.c_str(), jack_port_name(input)) == 0;
-        });
-    };
-    return connect("left", left) && connect("right", right) && connect("notes", notes);
+    return connect(clientName + ":left", jack_port_name(left)) &&
+           connect(clientName + ":right", jack_port_name(right));
+}
+
+bool JackConductor::listenToNotesOf(const std::string& clientName)
+{
+    return connect(clientName + ":notes", jack_port_name(notes));
+}
+
+bool JackConductor::connect(const std::string& output, const std::string& input)
+{
+    return waitUntil([&] {
+        return jack_port_by_name(client, output.c_str()) != nullptr &&
+               jack_port_by_name(client, input.c_str()) != nullptr &&
+               jack_connect(client, output.c_str(), input.c_str()) == 0;
+    });
 }
 
 JackTake JackConductor::perform(const JackScore& newScore, bool isFreewheeling)

@@ -48,8 +48,14 @@ public:
     JackConductor(const JackConductor&) = delete;
     JackConductor& operator=(const JackConductor&) = delete;
 
-    /// Waits for the client and its ports. False if it does not come.
+    /// Waits for the client and its two ports. False if it does not come.
     [[nodiscard]] bool listenTo(const std::string& clientName);
+
+    /// The same for its port of notes.
+    [[nodiscard]] bool listenToNotesOf(const std::string& clientName);
+
+    /// Connects two ports of others. Waits for both; false if they do not come.
+    [[nodiscard]] bool connect(const std::string& output, const std::string& input);
 
     /// @param isFreewheeling  as fast as possible, instead of in real time
     [[nodiscard]] JackTake perform(const JackScore& score, bool isFreewheeling);

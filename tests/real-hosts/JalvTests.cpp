@@ -113,6 +113,7 @@ TEST_P(Jalv, PlaysWhileJacksTransportRollsAndFollowsItsTempo)
                           .laterTempo = 97.0};
     JackConductor conductor;
     ASSERT_TRUE(conductor.listenTo("velotrine"));
+    ASSERT_TRUE(conductor.listenToNotesOf("velotrine"));
     const auto take = conductor.perform(score, GetParam());
 
     const auto crossings = crossingsIn(take);
