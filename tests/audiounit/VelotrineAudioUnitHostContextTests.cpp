@@ -47,8 +47,9 @@ struct FakeHost
                       double* loopEnd) {
             VELOTRINE_MAY_BLOCK();
             calls.emplace_back("transport");
-            askedForAll = askedForAll && askedFlags && position && loopStart && loopEnd;
-            if (!askedForAll)
+            const bool hasAll = askedFlags && position && loopStart && loopEnd;
+            askedForAll = askedForAll && hasAll;
+            if (!hasAll)
                 return false;
             *askedFlags = flags;
             *position = 12345.0;
