@@ -1,13 +1,11 @@
 // The settings as a whole in the application itself: undone, copied, pasted, opened and kept.
 
 #include "audiounit/Settings.h"
-#include "audiounit/StateText.h"
 #include "takes/SettingsFile.h"
 #include "tests/host/windows/ApplicationTest.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
