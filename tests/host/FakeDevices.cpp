@@ -126,6 +126,7 @@ std::vector<std::vector<float>> FakeSound::request(int frames) const
     std::vector<std::vector<float>> channels(static_cast<std::size_t>(channelCount),
                                              std::vector<float>(static_cast<std::size_t>(frames), untouched));
     std::vector<float*> pointers;
+    pointers.reserve(channels.size());
     for (auto& channel : channels)
         pointers.push_back(channel.data());
     callback->audioDeviceIOCallbackWithContext(nullptr, 0, pointers.data(), channelCount, frames, {});

@@ -17,8 +17,8 @@ TEST_F(HelpAboutPageTest, CentresItsStackInThePage)
 {
     for (const auto& [width, height] : {std::pair{560, 562}, std::pair{420, 422}, std::pair{901, 741}}) {
         page.setSize(width, height);
-        EXPECT_NEAR(page.stack().getCentreX(), width / 2, 1);
-        EXPECT_NEAR(page.stack().getCentreY(), height / 2, 1);
+        EXPECT_NEAR(page.stack().getCentreX(), width / 2.0, 1.0);
+        EXPECT_NEAR(page.stack().getCentreY(), height / 2.0, 1.0);
         EXPECT_LT(page.stack().getHeight(), height);
     }
 }

@@ -63,7 +63,7 @@ protected:
         ASSERT_TRUE(runMessagesUntil([this] { return recorder->keysDown() > 0; }, timeoutSeconds));
     }
 
-    const JackServer server;
+    const JackServer server{{"-S"}}; // it waits for its clients, and loses nothing
     std::optional<PlayingEngine> playing{std::in_place};
     std::optional<JackNoteRecorder> recorder;
 };

@@ -42,10 +42,12 @@ TEST_F(PreferencesTest, WhatIsStoredIsThereInTheNextRun)
 TEST_F(PreferencesTest, ACorruptFileCountsAsFalseAndIsReplaced)
 {
     std::filesystem::create_directory(folder.file("Velotrine"));
-    for (const std::string content : {"", "true", "<PROPERTIES><VALUE name=\"VelotrineHasShownHelpMac\" val=",
-                                      "<?xml version=\"1.0\"?><PROPERTIES><VALUE "
-                                      "name=\"VelotrineHasShownHelpMac\" val=\"perhaps\"/></PROPERTIES>",
-                                      "PROP\xff\xff\xff\x7f", "CPRP\x01\x02\x03", "\xff\xfe\x01"}) {
+    constexpr auto neitherTrueNorFalse =
+        R"(<?xml version="1.0"?><PROPERTIES>)"
+        R"(<VALUE name="VelotrineHasShownHelpMac" val="perhaps"/></PROPERTIES>)";
+    for (const std::string content :
+         {"", "true", "<PROPERTIES><VALUE name=\"VelotrineHasShownHelpMac\" val=", neitherTrueNorFalse,
+          "PROP\xff\xff\xff\x7f", "CPRP\x01\x02\x03", "\xff\xfe\x01"}) {
         folder.write("Velotrine/Velotrine.settings", content);
         Preferences preferences(file());
         EXPECT_FALSE(preferences.hasShownHelp()) << content;
