@@ -3,6 +3,7 @@
 #include "tests/support/JackServer.h"
 #include "tests/support/MessageLoop.h"
 #include "tests/support/NoteRecorder.h"
+#include "tests/support/Onsets.h"
 #include "tests/support/PlayedNotes.h"
 
 #include <algorithm>
@@ -16,20 +17,6 @@ namespace velotrine {
 namespace {
 
 constexpr double timeoutSeconds = 10.0;
-
-/// Where sound begins after silence.
-std::vector<int> onsetsIn(const std::vector<float>& sound)
-{
-    constexpr int silenceFrames = 100; // longer than a zero crossing
-    std::vector<int> frames;
-    int zeros = silenceFrames;
-    for (std::size_t i = 0; i < sound.size(); ++i) {
-        if (sound[i] != 0.0f && zeros >= silenceFrames)
-            frames.push_back(static_cast<int>(i));
-        zeros = sound[i] == 0.0f ? zeros + 1 : 0;
-    }
-    return frames;
-}
 
 /// One ring of two spots, with notes that die away before the next.
 void makeSparse(VelotrineDSPKernel& kernel)

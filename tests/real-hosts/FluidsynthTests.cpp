@@ -13,14 +13,6 @@
 namespace velotrine {
 namespace {
 
-constexpr double sampleRate = 48000.0;
-constexpr int cycleFrames = 256;
-
-int cyclesIn(double seconds)
-{
-    return static_cast<int>(seconds * sampleRate / cycleFrames);
-}
-
 float peakOf(std::span<const float> sound)
 {
     float peak = 0.0f;
@@ -49,10 +41,11 @@ TEST(Fluidsynth, PlaysTheNotesOfAnInstrumentAtVolumeZero)
 
     ASSERT_FALSE(take.notes.empty());
     // The synthesizer begins a note with JACK's cycle.
-    const auto firstNote = static_cast<std::size_t>(take.notes.front().frame / cycleFrames * cycleFrames);
+    const auto firstNote =
+        static_cast<std::size_t>(take.notes.front().frame / jackCycleFrames * jackCycleFrames);
     const auto lastNote = static_cast<std::size_t>(take.notes.back().frame);
     const std::span sound(take.left);
-    constexpr std::size_t second = 48000;
+    constexpr std::size_t second = jackRate;
     EXPECT_LT(peakOf(sound.first(firstNote)), 0.001f) << "nothing before the first note";
     EXPECT_GT(peakOf(sound.subspan(firstNote, second)), 0.01f) << "the first notes are heard";
     ASSERT_LT(lastNote + second, sound.size());

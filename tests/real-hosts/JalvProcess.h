@@ -12,6 +12,12 @@
 
 namespace velotrine {
 
+/// Of the server's cycles, whole ones.
+constexpr int cyclesIn(double seconds)
+{
+    return static_cast<int>(seconds * jackRate / jackCycleFrames);
+}
+
 /// The LV2 plug-in in jalv, as JACK's client "velotrine", on a JACK server of its own: 48000 Hz, 256 frames.
 class JalvProcess
 {

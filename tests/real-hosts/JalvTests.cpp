@@ -4,6 +4,7 @@
 #include "plugin/HostedInstrument.h"
 #include "tests/real-hosts/JalvProcess.h"
 #include "tests/support/NoteRecorder.h"
+#include "tests/support/Onsets.h"
 #include "tests/support/PlayedNotes.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/support/Sound.h"
@@ -17,14 +18,6 @@
 
 namespace velotrine {
 namespace {
-
-constexpr double sampleRate = 48000.0;
-constexpr int cycleFrames = 256;
-
-int cyclesIn(double seconds)
-{
-    return static_cast<int>(seconds * sampleRate / cycleFrames);
-}
 
 /// One ring of four spots that stands still and always fires, with notes that die away before the next.
 const std::map<std::string, double>& metronome()
@@ -52,25 +45,11 @@ std::vector<int> crossingsIn(const JackTake& take)
         for (int i = 0; i < cycle.frames; ++i, ++frame) {
             if (!cycle.isRolling)
                 continue;
-            const auto next = quarters + cycle.tempo / (60.0 * sampleRate);
+            const auto next = quarters + cycle.tempo / (60.0 * jackRate);
             if (std::floor(next - lateQuarters) > std::floor(quarters - lateQuarters))
                 frames.push_back(frame);
             quarters = next;
         }
-    return frames;
-}
-
-/// Where sound begins after silence.
-std::vector<int> onsetsIn(const std::vector<float>& sound)
-{
-    constexpr int silenceFrames = 100; // longer than a zero crossing
-    std::vector<int> frames;
-    int zeros = silenceFrames;
-    for (std::size_t i = 0; i < sound.size(); ++i) {
-        if (sound[i] != 0.0f && zeros >= silenceFrames)
-            frames.push_back(static_cast<int>(i));
-        zeros = sound[i] == 0.0f ? zeros + 1 : 0;
-    }
     return frames;
 }
 
@@ -87,7 +66,7 @@ Expected expectedOf(const JackTake& take)
     HostedInstrument instrument(host);
     for (const auto& [identifier, value] : metronome())
         instrument.setValue(parameterWithIdentifier(identifier)->address, value);
-    EXPECT_TRUE(instrument.prepare(sampleRate));
+    EXPECT_TRUE(instrument.prepare(jackRate));
     Sound sound(static_cast<int>(take.left.size()));
     NoteRecorder recorder;
     int done = 0;

@@ -15,7 +15,7 @@
 namespace velotrine {
 namespace {
 
-constexpr int cyclesPerSecond = 48000 / 256;
+constexpr int cyclesPerSecond = cyclesIn(1.0);
 
 /// VELOTRINE_WATCH_SECONDS in the environment says how long; four seconds unless told otherwise.
 int watchSeconds()

@@ -55,8 +55,9 @@ void JackServer::start(const std::vector<std::string>& options, int sampleRate)
 {
     std::vector<std::string> command{"jackd", "-n", serverName(), "-r"};
     command.insert(command.end(), options.begin(), options.end());
-    for (const auto& argument : {std::string("-d"), std::string("dummy"), std::string("-r"),
-                                 std::to_string(sampleRate), std::string("-p"), std::string("256")})
+    for (const auto& argument :
+         {std::string("-d"), std::string("dummy"), std::string("-r"), std::to_string(sampleRate),
+          std::string("-p"), std::to_string(jackCycleFrames)})
         command.push_back(argument);
     // However the test ends, jackd is asked to end and gives back what it holds.
     process = std::make_unique<ChildProcess>(command, ProcessSurroundings{.signalWhenOrphaned = SIGTERM});
@@ -96,7 +97,7 @@ void JackServer::kill()
 void JackServer::giveBackWhatTheKilledHeld()
 {
     try {
-        start({}, 48000);
+        start({}, jackRate);
         stop();
     } catch (const std::exception& problem) {
         std::cerr << "A killed JACK server's memory stays: " << problem.what() << '\n';

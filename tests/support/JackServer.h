@@ -8,14 +8,20 @@
 
 namespace velotrine {
 
-/// A JACK server of the test's own, under the name that JACK_DEFAULT_SERVER gives, on JACK's dummy driver:
-/// 256 frames. Throws if it does not start to answer.
+/// In Hz, of a server unless it is given another.
+inline constexpr int jackRate = 48000;
+
+/// Frames at a time.
+inline constexpr int jackCycleFrames = 256;
+
+/// A JACK server of the test's own, under the name that JACK_DEFAULT_SERVER gives, on JACK's dummy driver.
+/// Throws if it does not start to answer.
 class JackServer
 {
 public:
     /// @param options     further ones of the server's
     /// @param sampleRate  Hz
-    explicit JackServer(const std::vector<std::string>& options = {}, int sampleRate = 48000);
+    explicit JackServer(const std::vector<std::string>& options = {}, int sampleRate = jackRate);
     JackServer(const JackServer&) = delete;
     JackServer& operator=(const JackServer&) = delete;
 
