@@ -25,12 +25,12 @@ constexpr auto activity = addressOf(GlobalParameter::activity);
 constexpr auto boredom = addressOf(GlobalParameter::boredom);
 
 template <typename Plugin>
-class SettingsContract : public testing::Test
+class EditorSettings : public testing::Test
 {
 public:
-    SettingsContract() { display.giveKeyboardTo(parent); }
+    EditorSettings() { display.giveKeyboardTo(parent); }
 
-    ~SettingsContract() override { display.act("mousemove 1500 1100"); }
+    ~EditorSettings() override { display.act("mousemove 1500 1100"); }
 
     void SetUp() override
     {
@@ -94,7 +94,7 @@ public:
     EditorInUse editor{plugin, parent};
 };
 
-TYPED_TEST_SUITE(SettingsContract, EveryFormat, FormatNames);
+TYPED_TEST_SUITE(EditorSettings, EveryFormat, FormatNames);
 
 /// The last gesture, in the order in which it was told.
 std::vector<std::string> lastGesture(const std::vector<std::string>& edits)
@@ -104,7 +104,7 @@ std::vector<std::string> lastGesture(const std::vector<std::string>& edits)
     return begin == edits.rend() ? edits : std::vector<std::string>(begin.base() - 1, edits.end());
 }
 
-TYPED_TEST(SettingsContract, UndoAndRedoReachTheHostAsOrdinaryEdits)
+TYPED_TEST(EditorSettings, UndoAndRedoReachTheHostAsOrdinaryEdits)
 {
     this->turnKnob();
     const auto turned = this->plugin.value(activity);
@@ -129,7 +129,7 @@ TYPED_TEST(SettingsContract, UndoAndRedoReachTheHostAsOrdinaryEdits)
     EXPECT_TRUE(this->editor.leavesKeyToHost("space"));
 }
 
-TYPED_TEST(SettingsContract, WhatTheHostAutomatesIsNoStepAndIsNotUndone)
+TYPED_TEST(EditorSettings, WhatTheHostAutomatesIsNoStepAndIsNotUndone)
 {
     ASSERT_TRUE(this->plugin.start(sampleRate, 512));
     const auto automate = [this](ParameterAddress address, double value) {
@@ -163,7 +163,7 @@ TYPED_TEST(SettingsContract, WhatTheHostAutomatesIsNoStepAndIsNotUndone)
     EXPECT_TRUE(comesToSave("\"activity\": 0.125,")) << "the host has set it since";
 }
 
-TYPED_TEST(SettingsContract, TheHistoryOutlivesTheEditor)
+TYPED_TEST(EditorSettings, TheHistoryOutlivesTheEditor)
 {
     this->turnKnob();
     this->plugin.closeEditor();
@@ -173,7 +173,7 @@ TYPED_TEST(SettingsContract, TheHistoryOutlivesTheEditor)
     EXPECT_TRUE(again.comesTrue([&] { return this->plugin.value(activity) == 0.5; }));
 }
 
-TYPED_TEST(SettingsContract, AFieldsKeysBelongToItsText)
+TYPED_TEST(EditorSettings, AFieldsKeysBelongToItsText)
 {
     this->turnKnob();
     const auto turned = this->plugin.value(activity);
@@ -184,7 +184,7 @@ TYPED_TEST(SettingsContract, AFieldsKeysBelongToItsText)
     EXPECT_TRUE(this->editor.saves("\"bpm\": 120"));
 }
 
-TYPED_TEST(SettingsContract, TheContextMenuUndoesAndGivesTheKeyboardBack)
+TYPED_TEST(EditorSettings, TheContextMenuUndoesAndGivesTheKeyboardBack)
 {
     this->turnKnob();
     this->chooseFromMenu(0);
@@ -196,7 +196,7 @@ TYPED_TEST(SettingsContract, TheContextMenuUndoesAndGivesTheKeyboardBack)
     EXPECT_TRUE(this->editor.leavesKeyToHost("space"));
 }
 
-TYPED_TEST(SettingsContract, TheContextMenuOpensByKey)
+TYPED_TEST(EditorSettings, TheContextMenuOpensByKey)
 {
     this->turnKnob();
     for (const auto* const key : {"key shift+F10", "key Menu"}) {
@@ -210,7 +210,7 @@ TYPED_TEST(SettingsContract, TheContextMenuOpensByKey)
     }
 }
 
-TYPED_TEST(SettingsContract, AnEditorThatIsClosedTakesItsMenuAndItsDialogWithIt)
+TYPED_TEST(EditorSettings, AnEditorThatIsClosedTakesItsMenuAndItsDialogWithIt)
 {
     this->editor.act(std::string("mousemove ") + bareGround + " click 3");
     ASSERT_TRUE(this->editor.comesToHaveKeyboard());
@@ -229,7 +229,7 @@ TYPED_TEST(SettingsContract, AnEditorThatIsClosedTakesItsMenuAndItsDialogWithIt)
     EXPECT_TRUE(this->plugin.edits().empty());
 }
 
-TYPED_TEST(SettingsContract, ASeedIsTypedFromTheMenu)
+TYPED_TEST(EditorSettings, ASeedIsTypedFromTheMenu)
 {
     this->chooseFromMenu(4); // nothing can be undone
     ASSERT_TRUE(this->editor.comesToHaveKeyboard());
@@ -241,7 +241,7 @@ TYPED_TEST(SettingsContract, ASeedIsTypedFromTheMenu)
     EXPECT_TRUE(this->editor.comesTrue([&] { return !this->editor.saves("\"seed\""); }));
 }
 
-TYPED_TEST(SettingsContract, AreSavedAndOpenedFromTheMenu)
+TYPED_TEST(EditorSettings, AreSavedAndOpenedFromTheMenu)
 {
     const auto type = [this](const std::string& path) {
         this->editor.act("type " + path);
@@ -264,7 +264,7 @@ TYPED_TEST(SettingsContract, AreSavedAndOpenedFromTheMenu)
     EXPECT_TRUE(this->editor.leavesKeyToHost("space"));
 }
 
-TYPED_TEST(SettingsContract, APresetFromTheMenuIsToldTheHostAsEditsOfWhatItChanges)
+TYPED_TEST(EditorSettings, APresetFromTheMenuIsToldTheHostAsEditsOfWhatItChanges)
 {
     this->editor.act(std::string("mousemove ") + bareGround + " click 3");
     ASSERT_TRUE(this->editor.comesToHaveKeyboard());
@@ -304,7 +304,7 @@ void pasteInto(Fixture& from, const std::string& text)
     from.display.destroyWindow(window);
 }
 
-TYPED_TEST(SettingsContract, WhatIsCopiedPastesIntoAnyFormat)
+TYPED_TEST(EditorSettings, WhatIsCopiedPastesIntoAnyFormat)
 {
     ASSERT_TRUE(
         this->plugin.load(R"({"version": 1, "preset": null, "seed": 4711, "parameters": {"bpm": 97}})"));
@@ -319,7 +319,7 @@ TYPED_TEST(SettingsContract, WhatIsCopiedPastesIntoAnyFormat)
     pasteInto<Vst3UnderTest>(*this, text);
 }
 
-TYPED_TEST(SettingsContract, TextThatIsNoStateChangesNothingAndTheWindowSaysWhy)
+TYPED_TEST(EditorSettings, TextThatIsNoStateChangesNothingAndTheWindowSaysWhy)
 {
     const auto before = this->plugin.save();
     const auto owner = this->copied("good morning");
