@@ -164,6 +164,7 @@ std::vector<const LV2_Feature*> Lv2Host::features() const
 
 LV2_URID Lv2Host::idOf(const char* uri)
 {
+    const std::scoped_lock lock(idsMutex);
     const auto next = static_cast<LV2_URID>(ids.size() + 1);
     return ids.emplace(uri, next).first->second;
 }

@@ -16,6 +16,7 @@
 #include <chrono>
 #include <cstdint>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -127,6 +128,7 @@ private:
     const LV2_Descriptor& descriptor;
     const LV2UI_Descriptor& uiDescriptor;
     Features missing;
+    std::mutex idsMutex; ///< a plug-in may ask on any thread
     std::map<std::string, LV2_URID> ids;
     LV2_Handle plugin = nullptr;
     LV2UI_Handle ui = nullptr;
