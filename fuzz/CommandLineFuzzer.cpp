@@ -3,14 +3,13 @@
 
 #include "audiounit/Parameters.h"
 #include "fuzz/Demand.h"
+#include "fuzz/TypedArguments.h"
 #include "render/CommandLine.h"
 #include "render/RenderJob.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <sstream>
 #include <string>
-#include <vector>
 
 namespace velotrine {
 
@@ -30,21 +29,15 @@ void runRenderJob(const RenderOptions& options)
     demand(options.sampleRate >= 8000 && options.sampleRate <= 768000, "the sample rate is bounded");
     demand(options.blockFrames >= 1 && options.blockFrames <= 8192, "the block is bounded");
     demand(options.tailSeconds >= 0.0 && options.tailSeconds <= 3600.0, "the tail is bounded");
-    demand(!options.outPath.empty(), "there is a place for the sound");
+    demand(!options.outPath.empty() || !options.midiPath.empty(), "there is a place for sound or notes");
 }
 
 namespace {
 
 void run(const std::string& input)
 {
-    std::vector<std::string> typed{"velotrine"};
-    std::istringstream lines(input);
-    for (std::string line; std::getline(lines, line);)
-        typed.push_back(line);
-    std::vector<const char*> arguments;
-    arguments.reserve(typed.size());
-    for (const auto& argument : typed)
-        arguments.push_back(argument.c_str());
+    const TypedArguments typed("velotrine", input);
+    const auto arguments = typed.pointers();
     const auto exitCode = runCommandLine(static_cast<int>(arguments.size()), arguments.data());
     demand(exitCode == 0 || exitCode == 1 || exitCode == 2, "an exit code is one of three");
 }

@@ -1,16 +1,15 @@
 // What somebody types behind the application's name: each line of the input is an argument.
 
 #include "fuzz/Demand.h"
+#include "fuzz/TypedArguments.h"
 #include "host/DesktopScale.h"
 #include "host/HostOptions.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <sstream>
 #include <string>
 #include <variant>
-#include <vector>
 
 namespace velotrine {
 namespace {
@@ -36,14 +35,8 @@ void check(const ProgramEnd& end)
 
 void run(const std::string& input)
 {
-    std::vector<std::string> typed{"velotrine-app"};
-    std::istringstream lines(input);
-    for (std::string line; std::getline(lines, line);)
-        typed.push_back(line);
-    std::vector<const char*> arguments;
-    arguments.reserve(typed.size());
-    for (const auto& argument : typed)
-        arguments.push_back(argument.c_str());
+    const TypedArguments typed("velotrine-app", input);
+    const auto arguments = typed.pointers();
     std::visit([](const auto& parsed) { check(parsed); }, parseHostOptions(arguments));
 }
 

@@ -4,6 +4,7 @@
 #include "audiounit/StateText.h"
 #include "audiounit/VelotrineComponent.h"
 #include "commandline/Errors.h"
+#include "commandline/InputText.h"
 #include "takes/TakeText.h"
 
 #include <algorithm>
@@ -19,27 +20,15 @@ namespace velotrine {
 
 namespace {
 
-/// One byte more than allowed is enough to be refused for its size.
 std::string readUpTo(std::size_t mostBytes, const std::string& option, const std::string& path)
 {
     std::ifstream file;
     if (path != "-")
         file.open(path, std::ios::binary);
-    auto& input = path == "-" ? std::cin : file;
-
-    constexpr std::size_t pieceBytes = std::size_t{1} << 16;
-    std::string text;
-    while (input && text.size() <= mostBytes) {
-        const auto before = text.size();
-        const auto wanted = std::min(pieceBytes, mostBytes + 1 - before);
-        text.resize(before + wanted);
-        input.read(text.data() + before, static_cast<std::streamsize>(wanted));
-        text.resize(before + static_cast<std::size_t>(input.gcount()));
-    }
-    const bool isOpen = path == "-" || file.is_open();
-    if (!isOpen || input.bad())
+    auto text = textUpTo(mostBytes, path == "-" ? std::cin : file);
+    if (!text)
         throw UsageError(option + " " + path, std::string("it could not be read: ") + std::strerror(errno));
-    return text;
+    return std::move(*text);
 }
 
 void loadState(AUAudioUnit& unit, const std::string& path)

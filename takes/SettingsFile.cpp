@@ -1,6 +1,7 @@
 #include "takes/SettingsFile.h"
 
 #include "audiounit/StateText.h"
+#include "commandline/InputText.h"
 #include "commandline/OutputFile.h"
 #include "takes/TakeText.h"
 
@@ -26,7 +27,6 @@ struct FileReading
     std::string error;
 };
 
-/// One byte more than allowed is enough to be refused for its size.
 FileReading readUpTo(std::size_t mostBytes, const fs::path& path)
 {
     std::error_code error;
@@ -37,11 +37,9 @@ FileReading readUpTo(std::size_t mostBytes, const fs::path& path)
         return {std::nullopt, "it is no file"};
     errno = 0;
     std::ifstream stream(path, std::ios::binary);
-    std::string text(mostBytes + 1, '\0');
-    if (!stream.is_open() ||
-        (!stream.read(text.data(), static_cast<std::streamsize>(text.size())) && stream.bad()))
+    auto text = textUpTo(mostBytes, stream);
+    if (!text)
         return {std::nullopt, std::string("it could not be read: ") + std::strerror(errno)};
-    text.resize(static_cast<std::size_t>(stream.gcount()));
     return {std::move(text), {}};
 }
 

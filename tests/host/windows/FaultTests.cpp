@@ -5,12 +5,14 @@
 #include "tests/host/windows/KeptTakes.h"
 #include "tests/support/JackServer.h"
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <optional>
 #include <string>
 #include <system_error>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <sched.h>
@@ -44,16 +46,27 @@ protected:
         haveSeenHelp();
     }
 
-    /// Starts the application behind a file system of its own, once its user has seen the help.
+    /// Starts the application behind a file system of its own.
     void launchBehindMount(const fs::path& place, unsigned long flags, const char* options)
     {
         fs::create_directories(place);
-        ProcessSurroundings surroundings;
-        surroundings.environment = environment;
-        surroundings.environment.emplace_back("XDG_CONFIG_HOME", folder.path().string());
+        auto surroundings = ofApplication();
         surroundings.beforeStart = [=] { mountForThisProcess(place, flags, options); };
         application.emplace(std::vector<std::string>{VELOTRINE_HOST_PROGRAM}, surroundings);
         ASSERT_TRUE(windowAppears("Velotrine"));
+    }
+
+    [[nodiscard]] ProcessSurroundings ofApplication() const
+    {
+        ProcessSurroundings surroundings;
+        surroundings.environment = {{"XDG_CONFIG_HOME", folder.path().string()}};
+        surroundings.environment.insert(surroundings.environment.end(), environment.begin(),
+                                        environment.end());
+        return surroundings;
+    }
+
+    void waitForKeyboard()
+    {
         ASSERT_TRUE(windowHasKeyboard("Velotrine"));
         runMessagesFor(0.5);
     }
@@ -67,8 +80,7 @@ protected:
     void launchAndWait()
     {
         launch();
-        ASSERT_TRUE(windowHasKeyboard("Velotrine"));
-        runMessagesFor(0.5);
+        waitForKeyboard();
     }
 
     void play(double seconds)
@@ -94,6 +106,7 @@ protected:
 TEST_F(Faults, AFullDiskHoldsTheTakeButNoHalfSoundAndAllOfItOnceThereIsRoom)
 {
     launchBehindMount(folder.path() / "Music", 0, "size=4m");
+    waitForKeyboard();
     const auto music = homeOfApplication() / "Music";
     const auto ballast = music / "ballast";
     {
@@ -121,9 +134,14 @@ TEST_F(Faults, AFullDiskHoldsTheTakeButNoHalfSoundAndAllOfItOnceThereIsRoom)
 TEST_F(Faults, WhereNothingCanBeWrittenStopNeitherSoundNorWindow)
 {
     const JackServer server;
-    // All that the application writes on its own lies in here: preferences, settings, the take's log.
-    environment = {{"HOME", "/nowhere"}, {"XDG_STATE_HOME", (folder.path() / "sealed").string()}};
-    launchBehindMount(folder.path() / "sealed", MS_RDONLY, nullptr);
+    // All that the application writes on its own: preferences, settings, the take's log, kept takes.
+    const auto sealed = (folder.path() / "sealed").string();
+    environment = {{"HOME", sealed}, {"XDG_STATE_HOME", sealed}, {"XDG_CONFIG_HOME", sealed}};
+    launchBehindMount(sealed, MS_RDONLY, nullptr);
+    // No preferences tell that the help has been seen.
+    ASSERT_TRUE(windowHasKeyboard("Velotrine Help"));
+    pressKey("ctrl+w");
+    waitForKeyboard();
     pressKey("space");
     EXPECT_GT(peakOnJack(1.0), 0.1f);
     pressKey("ctrl+k");
@@ -151,22 +169,15 @@ TEST_F(Faults, ASecondApplicationLeavesTheFirstOnesTakeAlone)
     launchAndWait();
     pressKey("space");
     runMessagesFor(2.0);
-    // Both would answer the same keys; the second is asked while it has the keyboard.
-    std::optional<ChildProcess> first;
-    {
-        ProcessSurroundings surroundings;
-        surroundings.environment = environment;
-        surroundings.environment.emplace_back("XDG_CONFIG_HOME", folder.path().string());
-        first.emplace(std::vector<std::string>{VELOTRINE_HOST_PROGRAM}, surroundings);
-    }
+    ChildProcess second({VELOTRINE_HOST_PROGRAM}, ofApplication());
     ASSERT_TRUE(runMessagesUntil([] { return windowsTitled("Velotrine").size() == 2; }, 10.0));
     runMessagesFor(1.0);
     pressKey("ctrl+k");
     runMessagesFor(1.0);
     EXPECT_THAT(keptTakes(folder.path(), ".wav"), IsEmpty()) << "it has played nothing itself";
     pressKey("ctrl+q");
-    ASSERT_TRUE(runMessagesUntil([&] { return first->hasEnded(); }, 10.0));
-    EXPECT_EQ(first->finish().exitCode, 0);
+    ASSERT_TRUE(runMessagesUntil([&] { return second.hasEnded(); }, 10.0));
+    EXPECT_EQ(second.finish().exitCode, 0);
 
     ASSERT_TRUE(windowHasKeyboard("Velotrine"));
     pressKey("ctrl+k");
@@ -179,8 +190,14 @@ TEST_F(Faults, AKillWhileATakeIsWrittenLeavesNoHalfFileAndTheTakeIsStillThere)
     launchAndWait();
     play(5.0);
     pressKey("ctrl+k");
+    // As soon as its folder is there, the take is being written.
+    const auto start = std::chrono::steady_clock::now();
+    while (!fs::exists(folder.path() / "Music/Velotrine") &&
+           std::chrono::steady_clock::now() - start < std::chrono::seconds(10))
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
     application->send(SIGKILL);
     ASSERT_TRUE(ends());
+    ASSERT_TRUE(fs::exists(folder.path() / "Music/Velotrine"));
     int rate = 0;
     for (const auto& file : keptTakes(folder.path(), ".wav"))
         EXPECT_GT(leftOf(file, &rate).size(), 44100U) << file;
