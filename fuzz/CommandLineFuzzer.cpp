@@ -20,14 +20,19 @@ void runRenderJob(const RenderOptions& options)
         const auto& parameter = parameterTable().at(address);
         demand(value >= parameter.minValue && value <= parameter.maxValue, "a setting is within its range");
     }
-    demand(options.presetNumber.has_value() || !options.statePath.empty(), "there is something to play");
-    demand(options.bars > 0.0 && options.bars <= 43200.0, "the length in bars is bounded");
+    const auto isBounded = [](const auto& value, auto least, auto most) {
+        return !value || (*value >= least && *value <= most);
+    };
+    demand(options.presetNumber || !options.statePath.empty() || !options.takePath.empty(),
+           "there is something to play");
+    demand(!options.bars || (*options.bars > 0.0 && *options.bars <= 43200.0),
+           "the length in bars is bounded");
     demand(!options.seconds || (*options.seconds > 0.0 && *options.seconds <= maxRenderSeconds),
            "the length in seconds is bounded");
-    demand(!options.tempo || (*options.tempo >= minTempo && *options.tempo <= maxTempo),
-           "the tempo is bounded");
-    demand(options.sampleRate >= 8000 && options.sampleRate <= 768000, "the sample rate is bounded");
-    demand(options.blockFrames >= 1 && options.blockFrames <= 8192, "the block is bounded");
+    demand(!options.bars || !options.seconds, "there is one length");
+    demand(isBounded(options.tempo, minTempo, maxTempo), "the tempo is bounded");
+    demand(isBounded(options.sampleRate, 8000, 768000), "the sample rate is bounded");
+    demand(isBounded(options.blockFrames, 1, 8192), "the block is bounded");
     demand(options.tailSeconds >= 0.0 && options.tailSeconds <= 3600.0, "the tail is bounded");
     demand(!options.outPath.empty() || !options.midiPath.empty(), "there is a place for sound or notes");
 }

@@ -36,8 +36,8 @@ public:
                                  controller.caloriesKnob.get(), controller.drudgeryKnob.get()})
             knob->keyPressed(juce::KeyPress('1', {}, '1'));
         findFields(controller.view(), fields);
-        // Tempo, the six of a ring, and the knobs.
-        demand(fields.size() == 11, "the editor has eleven fields");
+        // Tempo, the six of a ring, the knobs, and the seed.
+        demand(fields.size() == 12, "the editor has twelve fields");
     }
 
     void type(std::size_t field, const juce::String& text)
