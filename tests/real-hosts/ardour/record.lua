@@ -1,4 +1,4 @@
--- Plays the instrument at volume 0, and records its notes on a MIDI track.
+-- Plays the instrument at volume 0, records its notes on a MIDI track, and exports the recording.
 
 local function connect_notes(session)
   local one = ARDOUR.ChanCount(ARDOUR.DataType("midi"), 1)
@@ -19,13 +19,17 @@ local function record(folder, format, tempo, seconds)
   local volume = 7
   ARDOUR.LuaAPI.set_processor_param(instrument(session), volume, 0)
   set_tempo(tempo)
-  connect_notes(session):rec_enable_control():set_value(1, PBD.GroupControlDisposition.NoGroup)
+  local track = connect_notes(session)
+  track:rec_enable_control():set_value(1, PBD.GroupControlDisposition.NoGroup)
   session:maybe_enable_record(false)
   session:request_roll(ARDOUR.TransportRequestSource.TRS_UI)
   answer_level(session, "recording", seconds)
   session:request_stop(false, false, ARDOUR.TransportRequestSource.TRS_UI)
   wait_until_the_last_note_has_ended()
   session:save_state("") -- which writes the recording as it will stay
+  for region in track:playlist():region_list():iter() do
+    assert(region:to_midiregion():do_export(folder .. "/exported.mid"), "the export fails")
+  end
 end
 
 arg.answers = arg[1]
