@@ -10,8 +10,9 @@ std::vector<SimdTarget> detectTargets()
 {
     const auto compiled = static_cast<std::int64_t>(HWY_TARGETS);
     std::vector<SimdTarget> targets;
+    const auto supported = hwy::SupportedTargets() | static_cast<std::int64_t>(HWY_STATIC_TARGET);
     // The lower the bit, the newer the instruction set.
-    for (auto left = hwy::SupportedTargets() & compiled; left != 0; left &= left - 1) {
+    for (auto left = supported & compiled; left != 0; left &= left - 1) {
         const auto lowest = left & -left;
         targets.push_back({lowest, hwy::TargetName(lowest)});
     }
