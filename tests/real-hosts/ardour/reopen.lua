@@ -28,11 +28,11 @@ local function reopen(folder, name, tempo, frames, changes)
   local session = assert(load_session(folder, "session"))
   local processor = instrument(session)
   answer_values(processor, "reopened")
-  session:save_state(name)
   set_tempo(tempo)
   for index, first, later, frame in changes:gmatch("(%d+):([%d.]+):([%d.]+):(%d+)") do
     automate(processor, tonumber(index), tonumber(first), tonumber(later), tonumber(frame))
   end
+  session:save_state(name)
   export(session, folder, name, frames)
   wait_until_the_last_note_has_ended()
   answer_level(session, "after the export", 0.3)
