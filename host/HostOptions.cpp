@@ -30,6 +30,7 @@ constexpr const char* examples = R"(Examples:
 struct HostArguments
 {
     bool listDevices = false;
+    bool manual = false;
     std::string device;
     std::string sampleRate;
     std::string buffer;
@@ -47,6 +48,7 @@ void addAll(ArgumentParser& parser, HostArguments& arguments)
 {
     auto command = parser.program();
     command.addFlag("--list-devices", arguments.listDevices, "List the audio devices, the default first");
+    command.addFlag("--manual", arguments.manual, "Open the manual in the desktop's browser");
     command.addOption("--device", arguments.device,
                       "Audio device to play on [JACK if it runs, else ALSA's default]", "NAME");
     command.addOption("--sample-rate", arguments.sampleRate,
@@ -82,6 +84,7 @@ HostOptions understood(const std::string& program, const HostArguments& argument
     HostOptions options;
     options.program = program;
     options.listDevices = arguments.listDevices;
+    options.manual = arguments.manual;
     options.file = onlyFile(arguments.files, parser);
     options.session = arguments.session;
     if (!arguments.device.empty())

@@ -21,6 +21,7 @@ struct HostOptions
     std::string file;            ///< with settings to begin with; empty for none
     std::string session;         ///< a file with settings that is kept up to date; empty for none
     bool listDevices = false;    ///< print deviceListing() instead of opening a window
+    bool manual = false;         ///< open the manual instead
 };
 
 /// What the application prints before it ends without opening a window.
