@@ -53,6 +53,12 @@ foreach(package "programs velotrine" "plugins velotrine-plugins")
     COMPONENT ${component})
 endforeach()
 
+# A line's end at the end would end the package's section.
+macro(velotrine_read_description component name)
+  file(READ "${here}/${name}" description)
+  string(STRIP "${description}" CPACK_DEBIAN_${component}_DESCRIPTION)
+endmacro()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_COMPONENTS_ALL programs plugins)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -72,12 +78,12 @@ set(CPACK_DEBIAN_PACKAGE_DEPENDS "libxcursor1, libxext6, libxinerama1, libxrandr
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_NAME velotrine)
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_RECOMMENDS "libjack-jackd2-0 | libjack-0.125, xdg-utils")
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SUGGESTS velotrine-plugins)
-file(READ "${here}/velotrine.description" CPACK_DEBIAN_PROGRAMS_DESCRIPTION)
+velotrine_read_description(PROGRAMS velotrine.description)
 
 set(CPACK_DEBIAN_PLUGINS_PACKAGE_NAME velotrine-plugins)
 set(CPACK_DEBIAN_PLUGINS_PACKAGE_SUGGESTS velotrine)
 set(CPACK_DEBIAN_PLUGINS_PACKAGE_ENHANCES "ardour, carla, jalv, qtractor")
-file(READ "${here}/velotrine-plugins.description" CPACK_DEBIAN_PLUGINS_DESCRIPTION)
+velotrine_read_description(PLUGINS velotrine-plugins.description)
 # Else CPack puts it before each of the two.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 include(CPack)
