@@ -53,6 +53,12 @@ foreach(package "programs velotrine" "plugins velotrine-plugins")
     COMPONENT ${component})
 endforeach()
 
+install(
+  FILES "${here}/velotrine-plugins.lintian-overrides"
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides
+  COMPONENT plugins
+  RENAME velotrine-plugins)
+
 # A line's end at the end would end the package's section.
 macro(velotrine_read_description component name)
   file(READ "${here}/${name}" description)
