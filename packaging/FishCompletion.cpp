@@ -38,11 +38,9 @@ std::string offer(const Suggestions& suggestions)
         return " -x -a " + inFishQuotes(listed(words, inList));
     if (suggestions.fileEndings.empty())
         return " -x";
-    // Files with the wanted ending come first; fish shows the others behind.
-    std::string endings;
-    for (const auto& ending : suggestions.fileEndings)
-        endings += " ." + ending;
-    return " -k -x -a " + inFishQuotes("(__fish_complete_suffix" + endings + ")");
+    // Files with the wanted endings come first; fish shows the others behind.
+    const auto files = [](const std::string& ending) { return "(__fish_complete_suffix ." + ending + ")"; };
+    return " -k -x -a " + inFishQuotes(listed(suggestions.fileEndings, files));
 }
 
 /// @param when  the condition under which a line counts, with a space before it
