@@ -70,13 +70,18 @@ std::string filled(const char* text, const ProgramDescription& program)
     return replaced(replaced(text, "@FUNCTION@", functionName(program)), "@PROGRAM@", program.program.name);
 }
 
+std::string branch(const std::string& pattern, const std::string& commands)
+{
+    return "        " + pattern + ") " + commands + " ;;\n";
+}
+
 std::string values(const ProgramDescription& program)
 {
     std::string lines;
     for (const auto& setting : settings())
         if (!setting.valueNames.empty())
-            lines += "        " + setting.identifier + ") " + functionName(program) + "_words " +
-                     listed(setting.valueNames, inShellQuotes) + " ;;\n";
+            lines += branch(setting.identifier,
+                            functionName(program) + "_words " + listed(setting.valueNames, inShellQuotes));
     return lines;
 }
 
@@ -111,7 +116,7 @@ void addCases(const std::string& name, const CommandDescription& command, const 
     for (const auto& option : command.options) {
         const auto offered = offer(suggestionsFor(option, program), program);
         if (option.isKnownByItsPlace()) {
-            cases.places += "        '" + name + "') " + offered + " ;;\n";
+            cases.places += branch(inShellQuotes(name), offered);
             continue;
         }
         names.push_back(option.name);
@@ -119,8 +124,7 @@ void addCases(const std::string& name, const CommandDescription& command, const 
             names.push_back(option.shortName);
         const auto pattern = inShellQuotes(name + " " + option.name);
         if (!offered.empty())
-            cases.offers +=
-                "        " + pattern + ")\n            " + offered + "\n            return\n            ;;\n";
+            cases.offers += branch(pattern, offered + "; return");
         else if (!option.valueName.empty())
             cases.withoutOffer += (cases.withoutOffer.empty() ? "" : " | ") + pattern;
     }
@@ -141,8 +145,7 @@ std::string bashCompletion(const ProgramDescription& program)
     }
     const bool hasCommands = !commands.empty();
     if (hasCommands)
-        cases.places +=
-            "        '') " + functionName(program) + "_words " + listed(commands, inShellQuotes) + " ;;\n";
+        cases.places += branch("''", functionName(program) + "_words " + listed(commands, inShellQuotes));
 
     auto text = "# Completion of " + program.program.name +
                 " for bash, made from what its help says. -*- mode: sh -*-\n# shellcheck shell=bash\n";
@@ -161,7 +164,7 @@ std::string bashCompletion(const ProgramDescription& program)
     if (hasCommands)
         main = replaced(main, "    local command=\n",
                         "    local command=\n    ((cword == 1)) || command=${words[1]}\n");
-    main = replaced(main, "@OFFERS@", cases.offers + "        " + cases.withoutOffer + ") return ;;\n");
+    main = replaced(main, "@OFFERS@", cases.offers + branch(cases.withoutOffer, "return"));
     main = replaced(main, "@NAMES@", cases.names);
     return text + replaced(main, "@PLACES@", cases.places);
 }

@@ -43,13 +43,19 @@ std::string offer(const Suggestions& suggestions)
     return " -k -x -a " + inFishQuotes(listed(suggestions.fileEndings, files));
 }
 
+/// @param rest  with a space before it
+std::string beginning(const ProgramDescription& program, const std::string& rest)
+{
+    return "complete -c " + program.program.name + rest;
+}
+
 /// @param when  the condition under which a line counts, with a space before it
 std::string lines(const CommandDescription& command, const ProgramDescription& program,
                   const std::string& when)
 {
     std::string text;
     for (const auto& option : command.options) {
-        text += "complete -c " + program.program.name + when;
+        text += beginning(program, when);
         if (!option.shortName.empty())
             text += " -s " + option.shortName.substr(1);
         if (!option.isKnownByItsPlace())
@@ -71,10 +77,11 @@ std::string fishCompletion(const ProgramDescription& program)
         return text + lines(program.program, program, "");
 
     const std::string first = " -n __fish_use_subcommand";
-    text += "complete -c " + name + " -f\n" + lines(program.program, program, first);
-    for (const auto& command : program.commands)
-        text += "complete -c " + name + first + " -a " + command.name + " -d " +
-                inFishQuotes(command.description) + "\n";
+    text += beginning(program, " -f\n") + lines(program.program, program, first);
+    for (const auto& command : program.commands) {
+        text += beginning(program, first) + " -a " + command.name;
+        text += " -d " + inFishQuotes(command.description) + "\n";
+    }
     for (const auto& command : program.commands)
         text += "\n" +
                 lines(command, program, " -n " + inFishQuotes("__fish_seen_subcommand_from " + command.name));
