@@ -144,4 +144,13 @@ const ParameterInfo* parameterWithIdentifier(std::string_view identifier)
     return found != table.end() ? &*found : nullptr;
 }
 
+std::span<const std::string_view> valueNames(ParameterKind kind)
+{
+    if (kind == ParameterKind::root)
+        return rootNames;
+    if (kind == ParameterKind::scale)
+        return scaleNames;
+    return {};
+}
+
 } // namespace velotrine

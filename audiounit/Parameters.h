@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -58,5 +59,8 @@ inline constexpr std::array<std::string_view, 12> rootNames{"C",  "C#", "D",  "D
 /// Names of the scales by the value of `scaleType`.
 inline constexpr std::array<std::string_view, 4> scaleNames{"Major", "Minor", "Major Pentatonic",
                                                             "Minor Pentatonic"};
+
+/// The names of a parameter's values, from its least on; empty where they have none.
+[[nodiscard]] std::span<const std::string_view> valueNames(ParameterKind kind);
 
 } // namespace velotrine

@@ -27,6 +27,3 @@ string(REGEX REPLACE "^A " "a " VELOTRINE_DESCRIPTION_AFTER_A_COLON "${PROJECT_D
 list(JOIN VELOTRINE_CLAP_FEATURES "\", \"" VELOTRINE_CLAP_FEATURES_IN_CPP)
 set(VELOTRINE_GENERATED "${PROJECT_BINARY_DIR}/generated")
 configure_file("${PROJECT_SOURCE_DIR}/audiounit/Identity.h.in" "${VELOTRINE_GENERATED}/audiounit/Identity.h" @ONLY)
-
-# For the desktop.
-configure_file("${PROJECT_SOURCE_DIR}/assets/velotrine.desktop.in" "${VELOTRINE_GENERATED}/velotrine.desktop" @ONLY)

@@ -105,6 +105,32 @@ UsageError wrongNumberOfValues(const std::string& message, const CLI::App& app)
             (isMissing ? "needs a value behind it" : "can be given only once") + hintFor(chosen(app))};
 }
 
+std::string firstOf(const std::vector<std::string>& names, const char* dashes)
+{
+    return names.empty() ? "" : dashes + names.front();
+}
+
+OptionDescription described(const CLI::Option& option)
+{
+    const bool takesValue = option.get_items_expected_max() > 0;
+    return {.name = option.nonpositional() ? firstOf(option.get_lnames(), "--") : option.get_name(true),
+            .shortName = firstOf(option.get_snames(), "-"),
+            .valueName = takesValue ? option.get_type_name() : "",
+            .description = option.get_description(),
+            .isRepeatable = option.nonpositional() && option.get_items_expected_max() > 1};
+}
+
+CommandDescription described(const CLI::App& command)
+{
+    CommandDescription description{.name = command.get_name(),
+                                   .description = command.get_description(),
+                                   .options = {},
+                                   .examples = command.get_footer()};
+    for (const auto* const option : command.get_options())
+        description.options.push_back(described(*option));
+    return description;
+}
+
 } // namespace
 
 void ArgumentParser::Command::addOption(const char* name, std::string& value, const std::string& description,
@@ -180,6 +206,14 @@ std::string ArgumentParser::helpFor(const std::string& command) const
     }
     throw UsageError("help",
                      "there is no command \"" + command + '"' + suggestion(command, known) + hintFor(*app));
+}
+
+ProgramDescription ArgumentParser::description() const
+{
+    ProgramDescription all{.program = described(*app), .commands = {}};
+    for (const auto* const command : app->get_subcommands([](const CLI::App*) { return true; }))
+        all.commands.push_back(described(*command));
+    return all;
 }
 
 std::string ArgumentParser::helpHint() const

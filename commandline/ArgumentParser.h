@@ -1,5 +1,7 @@
 #pragma once
 
+#include "commandline/ProgramDescription.h"
+
 #include <memory>
 #include <optional>
 #include <span>
@@ -61,6 +63,9 @@ public:
     /// What --help behind a command says, or that of the program for an empty name. Throws UsageError for a
     /// command that there is not.
     [[nodiscard]] std::string helpFor(const std::string& command) const;
+
+    /// What all of help says, as plain data.
+    [[nodiscard]] ProgramDescription description() const;
 
     /// Where to read what a command knows, in parentheses and with a space before it; for the end of a
     /// message.

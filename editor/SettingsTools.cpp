@@ -12,6 +12,8 @@ namespace velotrine {
 namespace {
 
 constexpr auto stateEnding = ".json";
+/// By which a desktop knows a state from other documents; see packaging/velotrine-mime.xml.
+constexpr auto savedEnding = ".velotrine.json";
 
 juce::String filesToOpen()
 {
@@ -115,14 +117,14 @@ void SettingsTools::chooseFileToSave()
 {
     const auto preset = settings.now().preset;
     const auto name = preset ? juce::String::fromUTF8(preset->name.c_str()) : juce::String("Velotrine");
-    const auto wanted = juce::File::createLegalFileName(name + stateEnding);
+    const auto wanted = juce::File::createLegalFileName(name + savedEnding);
     dialog.save(contents, juce::String("*") + stateEnding, wanted,
                 [this](const juce::File& file) { saveFile(file); });
 }
 
 void SettingsTools::saveFile(const juce::File& file)
 {
-    const auto named = file.getFileExtension().isEmpty() ? file.withFileExtension(stateEnding) : file;
+    const auto named = file.getFileExtension().isEmpty() ? file.withFileExtension(savedEnding) : file;
     // The dialog has asked about the name that was typed.
     if (named != file && named.exists())
         return notice.show(inQuotes(named) + " is there already; give its whole name to replace it.");

@@ -30,6 +30,7 @@ constexpr const char* examples = R"(Examples:
 struct HostArguments
 {
     bool listDevices = false;
+    bool manual = false;
     std::string device;
     std::string sampleRate;
     std::string buffer;
@@ -41,6 +42,27 @@ struct HostArguments
 ProgramEnd complaint(const std::string& program, const UsageError& error)
 {
     return {.exitCode = usageWrong, .out = {}, .err = program + ": " + asOneLine(error.what()) + "\n"};
+}
+
+void addAll(ArgumentParser& parser, HostArguments& arguments)
+{
+    auto command = parser.program();
+    command.addFlag("--list-devices", arguments.listDevices, "List the audio devices, the default first");
+    command.addFlag("--manual", arguments.manual, "Open the manual in the desktop's browser");
+    command.addOption("--device", arguments.device,
+                      "Audio device to play on [JACK if it runs, else ALSA's default]", "NAME");
+    command.addOption("--sample-rate", arguments.sampleRate,
+                      "Sample rate; the device's nearest is taken [its own]", "HZ");
+    command.addOption("--buffer", arguments.buffer, "Buffer size; the device's nearest is taken [its own]",
+                      "FRAMES");
+    command.addOption("--scale", arguments.scale,
+                      "How many times its plain size everything is [the desktop's scale]", "NUMBER");
+    command.addOption("--session", arguments.session,
+                      "Begin with the settings of this file, if it is there, and keep it up to date",
+                      "FILE.json");
+    command.addOption("file", arguments.files, "A state, or a take with whose settings to begin",
+                      "FILE.json|FILE.velotrine-take");
+    command.addExamples(examples);
 }
 
 /// At most one; a name must not be empty.
@@ -62,6 +84,7 @@ HostOptions understood(const std::string& program, const HostArguments& argument
     HostOptions options;
     options.program = program;
     options.listDevices = arguments.listDevices;
+    options.manual = arguments.manual;
     options.file = onlyFile(arguments.files, parser);
     options.session = arguments.session;
     if (!arguments.device.empty())
@@ -83,20 +106,7 @@ std::variant<HostOptions, ProgramEnd> parseHostOptions(std::span<const char* con
     const auto program = std::filesystem::path(arguments[0]).filename().string();
     HostArguments typed;
     ArgumentParser parser(program.c_str(), identity::nameAndVersion);
-    auto command = parser.program();
-    command.addFlag("--list-devices", typed.listDevices, "List the audio devices, the default first");
-    command.addOption("--device", typed.device,
-                      "Audio device to play on [JACK if it runs, else ALSA's default]", "NAME");
-    command.addOption("--sample-rate", typed.sampleRate,
-                      "Sample rate; the device's nearest is taken [its own]", "HZ");
-    command.addOption("--buffer", typed.buffer, "Buffer size; the device's nearest is taken [its own]",
-                      "FRAMES");
-    command.addOption("--scale", typed.scale,
-                      "How many times its plain size everything is [the desktop's scale]", "NUMBER");
-    command.addOption("--session", typed.session,
-                      "Begin with the settings of this file, if it is there, and keep it up to date", "FILE");
-    command.addOption("file", typed.files, "A state, or a take with whose settings to begin", "FILE");
-    command.addExamples(examples);
+    addAll(parser, typed);
 
     try {
         const auto request = parser.parse(arguments);
@@ -106,6 +116,14 @@ std::variant<HostOptions, ProgramEnd> parseHostOptions(std::span<const char* con
     } catch (const UsageError& error) {
         return complaint(program, error);
     }
+}
+
+ProgramDescription hostDescription()
+{
+    HostArguments nothing;
+    ArgumentParser parser(HostOptions().program.c_str(), identity::nameAndVersion);
+    addAll(parser, nothing);
+    return parser.description();
 }
 
 ProgramEnd deviceListing(const HostOptions& options, const std::vector<OutputDevice>& devices)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "commandline/ProgramDescription.h"
 #include "host/AudioDeviceOptions.h"
 #include "host/OutputDevices.h"
 
@@ -20,6 +21,7 @@ struct HostOptions
     std::string file;            ///< with settings to begin with; empty for none
     std::string session;         ///< a file with settings that is kept up to date; empty for none
     bool listDevices = false;    ///< print deviceListing() instead of opening a window
+    bool manual = false;         ///< open the manual instead
 };
 
 /// What the application prints before it ends without opening a window.
@@ -33,6 +35,9 @@ struct ProgramEnd
 /// Reads the command line, the program's name first. An end for --help and --version, and for the first
 /// argument that will not do: one line that says what, where, and what instead.
 [[nodiscard]] std::variant<HostOptions, ProgramEnd> parseHostOptions(std::span<const char* const> arguments);
+
+/// What its help says, under the name that gets installed.
+[[nodiscard]] ProgramDescription hostDescription();
 
 /// A line for each device, type and name; a sentence on standard error when there are none.
 [[nodiscard]] ProgramEnd deviceListing(const HostOptions& options, const std::vector<OutputDevice>& devices);

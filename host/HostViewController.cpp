@@ -5,6 +5,7 @@
 #include "editor/Control.h"
 #include "editor/FileDropView.h"
 #include "editor/FontLoader.h"
+#include "editor/JuceText.h"
 #include "engine/FatalError.h"
 #include "engine/ParameterAddress.h"
 #include "takes/SettingsFile.h"
@@ -290,10 +291,20 @@ std::vector<SettingsMenu::Entry> HostViewController::menuEntries()
         if (lastSettings)
             auViewController->tools->settings.change(backEntry, *lastSettings);
     };
-    return {{.title = backEntry, .perform = goBack, .isEnabled = lastSettings.has_value()},
-            {.title = "Keep the Last Take",
-             .key = juce::KeyPress('k', juce::ModifierKeys::commandModifier, 0),
-             .perform = [this] { keepLastTake(); }}};
+    std::vector<SettingsMenu::Entry> entries{
+        {.title = backEntry, .perform = goBack, .isEnabled = lastSettings.has_value()},
+        {.title = "Keep the Last Take",
+         .key = juce::KeyPress('k', juce::ModifierKeys::commandModifier, 0),
+         .perform = [this] { keepLastTake(); }}};
+    if (!around.manual.empty())
+        entries.push_back({.title = "Read the Manual", .perform = [this] { readManual(); }});
+    return entries;
+}
+
+void HostViewController::readManual() const
+{
+    if (!showInBrowser(around.manual))
+        say("The manual is " + juceText(around.manual.string()));
 }
 
 std::optional<SettingsMenu::Entry> HostViewController::settingsEntry(const juce::KeyPress& key) const

@@ -6,6 +6,7 @@
 #include "host/AVAudioEngine.h"
 #include "host/AVAudioUnit.h"
 #include "host/HelpWindowController.h"
+#include "host/Manual.h"
 #include "host/PopUpButton.h"
 #include "host/Preferences.h"
 #include "host/SettingsKeeper.h"
@@ -16,6 +17,7 @@
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -36,8 +38,9 @@ struct HostSurroundings
     TakePlaces takePlaces = TakePlaces::ofUser();
     TakeKeeper::Writer takeWriter = writeTakeFiles;
     juce::File lastSettingsFile = stateFolder().getChildFile("last-settings.json"); ///< of the run before
-    juce::File fileToOpen{};  ///< at the start; none if it is empty
-    juce::File sessionFile{}; ///< likewise, and kept up to date
+    juce::File fileToOpen{};                          ///< at the start; none if it is empty
+    juce::File sessionFile{};                         ///< likewise, and kept up to date
+    std::filesystem::path manual = installedManual(); ///< empty for none
 };
 
 /// The content of the main window: the instrument, played through the system's audio output, its editor
@@ -98,6 +101,7 @@ private:
     void keepSettings();
     void offerWhatWasLeft();
     [[nodiscard]] std::vector<SettingsMenu::Entry> menuEntries();
+    void readManual() const;
     void say(const juce::String& text, bool goesOn = false) const;
     void helpTapped();
     void updateDeviceLabel() const;

@@ -1,5 +1,6 @@
 #include "host/AppDelegate.h"
 #include "host/HostOptions.h"
+#include "host/Manual.h"
 
 #include <iostream>
 #include <span>
@@ -32,6 +33,8 @@ int main(int argc, char** argv)
         return finish(*end);
 
     const auto& options = std::get<HostOptions>(understood);
+    if (options.manual)
+        return finish(openManual(options, installedManual()));
     if (options.listDevices || options.device.deviceName) {
         const auto devices = outputDevices(systemDeviceTypes());
         if (options.listDevices)

@@ -32,10 +32,21 @@ enum ExitCode
     interrupted = 128, ///< plus the signal's number
 };
 
+constexpr const char* programName = "velotrine";
+
 struct ListArguments
 {
     std::string what;
     bool asJson = false;
+};
+
+/// What was typed, command by command.
+struct Arguments
+{
+    RenderArguments render;
+    ListArguments list;
+    std::string shownFile;
+    std::string helpedCommand;
 };
 
 constexpr const char* renderExamples = R"(Examples:
@@ -99,7 +110,8 @@ void addList(ArgumentParser& parser, ListArguments& arguments)
 void addShow(ArgumentParser& parser, std::string& file)
 {
     auto show = parser.addCommand("show", "Show the settings with which a WAV, FLAC or MIDI file was made");
-    show.addOption("file", file, "A file that \"velotrine render\" has written", "FILE");
+    show.addOption("file", file, "A file that \"velotrine render\" has written",
+                   "FILE.wav|FILE.flac|FILE.mid");
     show.addExamples("Examples:\n  velotrine show drums.wav\n"
                      "  velotrine show drums.wav | velotrine render --state - --out again.wav");
 }
@@ -109,6 +121,15 @@ void addHelp(ArgumentParser& parser, std::string& command)
     auto help = parser.addCommand("help", "Say what there is, or what a command can do");
     help.addOption("command", command, "One of the commands", "COMMAND");
     help.addExamples("Examples:\n  velotrine help\n  velotrine help render");
+}
+
+void addAll(ArgumentParser& parser, Arguments& arguments)
+{
+    parser.program().addExamples(mainExamples);
+    addRender(parser, arguments.render);
+    addList(parser, arguments.list);
+    addShow(parser, arguments.shownFile);
+    addHelp(parser, arguments.helpedCommand);
 }
 
 void print(const std::string& text)
@@ -146,34 +167,27 @@ void runRender(const RenderArguments& arguments)
 
 void run(std::span<const char* const> arguments)
 {
-    RenderArguments renderArguments;
-    ListArguments listArguments;
-    std::string shownFile;
-    std::string helpedCommand;
-    ArgumentParser parser("velotrine", identity::nameAndVersion);
-    parser.program().addExamples(mainExamples);
-    addRender(parser, renderArguments);
-    addList(parser, listArguments);
-    addShow(parser, shownFile);
-    addHelp(parser, helpedCommand);
+    Arguments typed;
+    ArgumentParser parser(programName, identity::nameAndVersion);
+    addAll(parser, typed);
 
     const auto request = parser.parse(arguments);
     if (request.answer)
         return print(*request.answer);
     if (request.command == "render")
-        return runRender(renderArguments);
+        return runRender(typed.render);
     if (request.command == "list")
-        return runList(listArguments);
+        return runList(typed.list);
     if (request.command == "show")
-        return runShow(shownFile);
+        return runShow(typed.shownFile);
     if (request.command == "help")
-        return print(parser.helpFor(helpedCommand));
+        return print(parser.helpFor(typed.helpedCommand));
     throw UsageError("command", "is missing; say render, list or show" + parser.helpHint());
 }
 
 int complain(const std::string& message, int exitCode)
 {
-    std::fprintf(stderr, "velotrine: %s\n", asOneLine(message).c_str());
+    std::fprintf(stderr, "%s: %s\n", programName, asOneLine(message).c_str());
     return exitCode;
 }
 
@@ -188,6 +202,14 @@ void occupyStandardStreams()
 }
 
 } // namespace
+
+ProgramDescription commandLineDescription()
+{
+    Arguments nothing;
+    ArgumentParser parser(programName, identity::nameAndVersion);
+    addAll(parser, nothing);
+    return parser.description();
+}
 
 int runCommandLine(int argumentCount, const char* const* arguments)
 {

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <span>
 #include <vector>
 
 namespace velotrine {
@@ -48,15 +47,6 @@ const char* unitName(AudioUnitParameterUnit unit)
         return "bpm";
     }
     return "";
-}
-
-std::span<const std::string_view> valueNames(ParameterKind kind)
-{
-    if (kind == ParameterKind::root)
-        return rootNames;
-    if (kind == ParameterKind::scale)
-        return scaleNames;
-    return {};
 }
 
 OrderedJson parameterJson(const ParameterInfo& parameter)

@@ -44,6 +44,7 @@ TEST(HostOptions, NoOptionLeavesEverythingToTheDevice)
 {
     const auto none = options({});
     EXPECT_FALSE(none.listDevices);
+    EXPECT_FALSE(none.manual);
     EXPECT_FALSE(none.device.deviceName);
     EXPECT_FALSE(none.device.sampleRate);
     EXPECT_FALSE(none.device.bufferFrames);
@@ -54,9 +55,11 @@ TEST(HostOptions, NoOptionLeavesEverythingToTheDevice)
 
 TEST(HostOptions, ReadsWhatIsTyped)
 {
-    const auto all = options({"--device", "Built-in Audio", "--sample-rate=96000", "--buffer", "64",
-                              "--scale", "1.5", "--list-devices", "--session", "s.json", "a.json"});
+    const auto all =
+        options({"--device", "Built-in Audio", "--sample-rate=96000", "--buffer", "64", "--scale", "1.5",
+                 "--list-devices", "--manual", "--session", "s.json", "a.json"});
     EXPECT_TRUE(all.listDevices);
+    EXPECT_TRUE(all.manual);
     EXPECT_EQ(all.device.deviceName, "Built-in Audio");
     EXPECT_EQ(all.device.sampleRate, 96000.0);
     EXPECT_EQ(all.device.bufferFrames, 64);
@@ -65,8 +68,8 @@ TEST(HostOptions, ReadsWhatIsTyped)
     EXPECT_EQ(all.file, "a.json");
 }
 
-constexpr std::array optionNames{"--list-devices", "--device",  "--sample-rate", "--buffer",
-                                 "--scale",        "--session", "--help",        "--version"};
+constexpr std::array optionNames{"--list-devices", "--manual",  "--device", "--sample-rate", "--buffer",
+                                 "--scale",        "--session", "--help",   "--version"};
 
 TEST(HostOptions, HelpNamesEveryOption)
 {

@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <thread>
 #include <utility>
@@ -312,6 +313,20 @@ TEST_F(HostViewControllerTest, TheLabelForNoDeviceStaysClearOfThePopupAndInTheBa
         EXPECT_LE(label.getBottom(), 42) << width;
         EXPECT_EQ(label.getHeight(), label.heightForWidth(label.getWidth()));
     }
+}
+
+TEST_F(HostViewControllerTest, TheContextMenuHasTheManualOnlyWhereItIsInstalled)
+{
+    const auto hasManual = [this] {
+        const auto entries = controller->auViewController->tools->menu.entries();
+        return std::ranges::count(entries, "Read the Manual", &SettingsMenu::Entry::title) == 1;
+    };
+    surroundings.manual.clear();
+    load();
+    EXPECT_FALSE(hasManual());
+    surroundings.manual = "/share/doc/velotrine/html/index.html";
+    load();
+    EXPECT_TRUE(hasManual());
 }
 
 } // namespace

@@ -296,8 +296,8 @@ TEST_F(ApplicationsSettings, AreSavedAndOpenedByKey)
     runMessagesFor(0.5);
     xdotool({"type", "mine"}); // over the name that is there
     press("Return");
-    ASSERT_TRUE(runMessagesUntil([&] { return fs::exists(folder.file("mine.json")); }, 5.0));
-    EXPECT_EQ(inFile("mine.json"), saved);
+    ASSERT_TRUE(runMessagesUntil([&] { return fs::exists(folder.file("mine.velotrine.json")); }, 5.0));
+    EXPECT_EQ(inFile("mine.velotrine.json"), saved);
 
     turn(0, "5");
     turn(2);
@@ -306,7 +306,7 @@ TEST_F(ApplicationsSettings, AreSavedAndOpenedByKey)
         press("Down");
     press("Return");
     runMessagesFor(0.5);
-    xdotool({"type", "mine.json"});
+    xdotool({"type", "mine.velotrine.json"});
     press("Return");
     runMessagesFor(0.5);
     EXPECT_EQ(settings(), saved);
