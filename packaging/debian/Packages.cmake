@@ -7,6 +7,8 @@ if(newest STREQUAL "## Unreleased")
   string(TIMESTAMP day "%Y%m%d" UTC)
   string(APPEND version "+git${day}")
 endif()
+# In the command below, so that the changelog is written anew for another commit.
+string(TIMESTAMP seconds "%s" UTC)
 set(maintainer "${VELOTRINE_MAKER} <maintainers@marrowbeck.example>")
 
 # The processor that the compiler works for.
@@ -28,7 +30,8 @@ foreach(package velotrine velotrine-plugins)
   add_custom_command(
     OUTPUT "${folder}/changelog.gz"
     COMMAND "${CMAKE_COMMAND}" -E make_directory "${folder}"
-    COMMAND "${here}/write-changelog" "${changelog}" ${package} ${version} "${maintainer}" "${folder}/changelog"
+    COMMAND "${here}/write-changelog" "${changelog}" ${package} ${version} ${seconds} "${maintainer}"
+            "${folder}/changelog"
     COMMAND gzip --best --no-name --force "${folder}/changelog"
     DEPENDS "${changelog}" "${here}/write-changelog"
     VERBATIM)
