@@ -160,6 +160,12 @@ function(velotrine_correct_x11)
     string(REGEX MATCH "^[a-z]+" tool "${command}")
     velotrine_correct("${tool}.start (\"/usr/bin/${command}\", ChildProcess::wantStdOut)" "false")
   endforeach()
+
+  # Shift, Ctrl or Alt that is released where no window of ours hears it, as behind Alt+Tab, would stay down for all keys
+  # until the mouse moves. Each key tells which of them are down.
+  velotrine_correct([[updateKeyStates ((int) keyEvent.keycode, true);]]
+                    [[updateKeyStates ((int) keyEvent.keycode, true);
+        updateKeyModifiers ((int) keyEvent.state);]])
   velotrine_write_juce()
 
   # A window's timer asks a hundred times a second whether there is something to paint, for as long as the window is

@@ -80,6 +80,29 @@ TEST_F(ApplicationTest, TheQuestionMarkOpensHelpAgainAndAgain)
     EXPECT_FALSE(application->hasEnded());
 }
 
+TEST_F(ApplicationTest, AModifierThatIsReleasedInAnotherWindowIsNotHeldFromThenOn)
+{
+    haveSeenHelp();
+    launch();
+    ASSERT_TRUE(windowHasKeyboard("Velotrine"));
+    const ChildProcess other({"/usr/bin/xev"}, {});
+    ASSERT_TRUE(windowAppears("Event Tester"));
+    xdotool({"windowactivate", "--sync", window("Velotrine")});
+    ASSERT_TRUE(windowHasKeyboard("Velotrine"));
+    // Over the window, it would tell of the keys, too.
+    xdotool({"mousemove", "2", "2"});
+    xdotool({"keydown", "ctrl"});
+    xdotool({"windowactivate", "--sync", window("Event Tester")});
+    ASSERT_TRUE(windowHasKeyboard("Event Tester"));
+    xdotool({"keyup", "ctrl"});
+    xdotool({"windowactivate", "--sync", window("Velotrine")});
+    ASSERT_TRUE(windowHasKeyboard("Velotrine"));
+    pressKey("question");
+    EXPECT_TRUE(windowAppears("Velotrine Help"));
+    pressKey("ctrl+q");
+    EXPECT_EQ(end().exitCode, 0);
+}
+
 TEST_F(ApplicationTest, HideMinimisesItsWindows)
 {
     haveSeenHelp();
