@@ -12,4 +12,3 @@ set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64)
 
 # Debian puts the libraries of all architectures below the same root.
 set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/${triplet}/pkgconfig:/usr/share/pkgconfig)
-set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE arm64)

@@ -5,8 +5,9 @@ include_guard(GLOBAL)
 # No other version: corrections are made to this one's source (cmake/JuceCorrections.cmake).
 find_package(JUCE 7.0.5 EXACT CONFIG QUIET)
 if(NOT JUCE_FOUND)
-  message(FATAL_ERROR "JUCE 7.0.5 is not there, which the window and the plug-ins are made with (Debian: juce-modules-source; "
-                      "elsewhere: -DJUCE_DIR=FOLDER; without: -DVELOTRINE_GUI=OFF). See docs/building.md.")
+  message(FATAL_ERROR "JUCE 7.0.5 is not there, which the window and the plug-ins are made with (Debian: "
+                      "juce-modules-source; elsewhere: -DJUCE_DIR=FOLDER; without: -DVELOTRINE_GUI=OFF). "
+                      "See docs/building.md.")
 endif()
 include(JuceCorrections)
 if(UNIX AND NOT APPLE)

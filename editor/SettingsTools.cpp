@@ -12,7 +12,7 @@ namespace velotrine {
 namespace {
 
 constexpr auto stateEnding = ".json";
-/// By which a desktop knows a state from other documents; see packaging/velotrine-mime.xml.
+/// By which a desktop knows a state from other documents; see packaging/desktop/velotrine-mime.xml.
 constexpr auto savedEnding = ".velotrine.json";
 
 juce::String filesToOpen()
