@@ -203,11 +203,30 @@ function(velotrine_correct_x11)
   target_include_directories(juce_gui_basics SYSTEM INTERFACE "${JUCE_MODULES_DIR}/juce_gui_basics")
 endfunction()
 
-# The JACK device. It knows only sound; the notes' port has to be of the same client, or the two would be cycles apart.
-# So its device takes notes as well (audiounit/NoteOutput.h), while it asks for sound. It asks in every cycle, whether or
-# not a port for sound is connected: something may listen to the notes alone.
-function(velotrine_correct_jack)
+# The audio devices.
+function(velotrine_correct_devices)
+  # While the message thread is changing whom they ask for sound, their own thread would wait for it. Silence is due then
+  # anyway.
+  velotrine_read_juce(juce_audio_devices native/juce_linux_ALSA.cpp)
+  velotrine_correct([[const ScopedLock sl (callbackLock);
+                ++numCallbacks;
+
+                if (callback]] [[const ScopedTryLock sl (callbackLock);
+                ++numCallbacks;
+
+                if (sl.isLocked() && callback]])
+  velotrine_write_juce()
+
   velotrine_read_juce(juce_audio_devices native/juce_linux_JackAudio.cpp)
+  velotrine_correct([[const ScopedLock sl (callbackLock);
+
+        if (callback]] [[const ScopedTryLock sl (callbackLock);
+
+        if (sl.isLocked() && callback]])
+
+  # JACK's knows only sound; the notes' port has to be of the same client, or the two would be cycles apart. So the device
+  # takes notes as well (audiounit/NoteOutput.h), while it asks for sound. It asks in every cycle, whether or not a port
+  # for sound is connected: something may listen to the notes alone.
   velotrine_correct([[class JackAudioIODevice   : public AudioIODevice
 ]] [[class JackAudioIODevice   : public AudioIODevice, public velotrine::NoteReceiver
 ]])
@@ -249,7 +268,9 @@ ${first_member}")
   velotrine_correct("#include <jack/jack.h>" "#include <jack/jack.h>
  #include <jack/midiport.h>
  #include \"audiounit/NoteOutput.h\"")
-  velotrine_correct([[#include "native/juce_linux_JackAudio.cpp"]] [[#include "native/juce_linux_JackAudio.cpp" // corrected]])
+  foreach(corrected native/juce_linux_ALSA.cpp native/juce_linux_JackAudio.cpp)
+    velotrine_correct("#include \"${corrected}\"" "#include \"${corrected}\" // corrected")
+  endforeach()
   velotrine_write_juce()
   set(copy "${VELOTRINE_CORRECTED_JUCE}/juce_audio_devices")
   get_target_property(sources juce_audio_devices INTERFACE_SOURCES)

@@ -12,7 +12,7 @@ endif()
 include(JuceCorrections)
 if(UNIX AND NOT APPLE)
   velotrine_correct_x11()
-  velotrine_correct_jack()
+  velotrine_correct_devices()
 endif()
 
 # VST3's C++ side and the modules below need these in every file that includes a JUCE header.

@@ -3,10 +3,10 @@
 
 #include "tests/real-hosts/JackConductor.h"
 #include "tests/real-hosts/JalvProcess.h"
+#include "tests/support/RenderThreadLog.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -26,10 +26,8 @@ int watchSeconds()
 
 struct Watch
 {
-    std::string log; ///< what was found, with stacks, then the numbers below
-    long calls = 0;
-    long findings = -1; ///< still that where nothing was watched
-    bool sounded = false;
+    RenderThreadLog log;
+    bool sounded;
 };
 
 /// Plays in jalv for so long, with every spot firing.
@@ -37,7 +35,7 @@ struct Watch
 Watch watchJalv(int seconds, const std::string& plant)
 {
     const TemporaryFolder folder;
-    Watch watch;
+    bool sounded = false;
     {
         const JalvProcess jalv({{"activity", 1}, {"calories", 1}, {"probR1", 1}, {"probR2", 1}, {"bpm", 300}},
                                {{"LD_PRELOAD", VELOTRINE_RENDER_THREAD_WATCH},
@@ -58,23 +56,18 @@ Watch watchJalv(int seconds, const std::string& plant)
                                   .laterTempo = 97.0};
             const auto take = conductor.perform(score, false);
             const auto isSound = [](float sample) { return sample != 0.0f; };
-            watch.sounded = watch.sounded || std::ranges::any_of(take.left, isSound);
+            sounded = sounded || std::ranges::any_of(take.left, isSound);
         }
     }
-    watch.log = folder.read("log");
-    const auto numbers = watch.log.rfind("render calls: ");
-    if (numbers != std::string::npos)
-        std::sscanf(watch.log.c_str() + numbers, "render calls: %ld, findings: %ld", &watch.calls,
-                    &watch.findings);
-    return watch;
+    return {.log = RenderThreadLog(folder.read("log")), .sounded = sounded};
 }
 
 TEST(RenderThreadWatch, SeesNothingInThePlugin)
 {
     const auto seconds = watchSeconds();
     const auto watch = watchJalv(seconds, "");
-    EXPECT_EQ(watch.findings, 0) << watch.log;
-    EXPECT_GE(watch.calls, (seconds - 1) * cyclesPerSecond);
+    EXPECT_EQ(watch.log.findings, 0) << watch.log.text;
+    EXPECT_GE(watch.log.calls, (seconds - 1) * cyclesPerSecond);
     EXPECT_TRUE(watch.sounded);
 }
 
@@ -83,9 +76,9 @@ TEST(RenderThreadWatch, SeesWhatIsPlanted)
     for (const auto& [plant, call] : {std::pair{"malloc", "on the render thread: malloc\n"},
                                       {"lock", "on the render thread: pthread_mutex_lock\n"},
                                       {"sleep", "on the render thread: nanosleep\n"}}) {
-        const auto watch = watchJalv(1, plant);
-        EXPECT_GE(watch.findings, watch.calls) << plant;
-        EXPECT_NE(watch.log.find(call), std::string::npos) << watch.log;
+        const auto log = watchJalv(1, plant).log;
+        EXPECT_GE(log.findings, log.calls) << plant;
+        EXPECT_NE(log.text.find(call), std::string::npos) << log.text;
     }
 }
 

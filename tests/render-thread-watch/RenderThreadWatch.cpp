@@ -1,16 +1,17 @@
-// A library to be loaded before all others (LD_PRELOAD) into an LV2 host that others wrote. It sees when the
-// host lets the plug-in run, and writes down, with the stack, what is done on that thread in there and must
-// not be:
+// A library to be loaded before all others (LD_PRELOAD) into an LV2 host that others wrote, or into the
+// application with a JACK server. It sees when the host lets the plug-in run, or the server the application,
+// and writes down, with the stack, what is done on that thread in there and must not be:
 //
 // - memory taken or given back,
 // - a lock, whether or not it had to wait: on another day it would,
 // - a call that waits, or that reads, writes or opens anything.
 //
-// It sees calls from one library to another, not what the C library does within itself. The plug-in needs
-// nothing for it: the host's question for the format's entry comes by here, and gets another run().
+// It sees calls from one library to another, not what the C library does within itself. Plug-in and
+// application need nothing for it: the host's question for the format's entry comes by here, and gets another
+// run(); the application's for JACK's functions does, too.
 //
-// In the environment: VELOTRINE_WATCH_LOG, a file to write to; VELOTRINE_WATCH_PLANT, one of malloc, lock,
-// sleep, to do that in each call, and so to show that it is seen.
+// In the environment: VELOTRINE_WATCH_LOG, a file to write to, at its end; VELOTRINE_WATCH_PLANT, one of
+// malloc, lock, sleep, to do that in each call, and so to show that it is seen.
 
 #include <lv2/core/lv2.h>
 
@@ -51,7 +52,8 @@ int logFile()
 {
     static const int descriptor = [] {
         const auto* const name = std::getenv("VELOTRINE_WATCH_LOG");
-        return name != nullptr ? ::open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600) : STDERR_FILENO;
+        return name != nullptr ? ::open(name, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600)
+                               : STDERR_FILENO;
     }();
     return descriptor;
 }
@@ -145,6 +147,20 @@ const LV2_Descriptor* lv2Descriptor(std::uint32_t index)
     return &changed;
 }
 
+using JackProcess = int (*)(std::uint32_t frames, void* argument);
+
+int (*realSetProcess)(void* client, JackProcess process, void* argument) = nullptr;
+JackProcess realProcess = nullptr;
+
+int setProcess(void* client, JackProcess process, void* argument)
+{
+    realProcess = process;
+    const auto watchedProcess = [](std::uint32_t frames, void* data) {
+        return watched([=] { return realProcess(frames, data); });
+    };
+    return realSetProcess(client, watchedProcess, argument);
+}
+
 /// The first report would otherwise take memory itself.
 __attribute__((constructor)) void begin()
 {
@@ -155,7 +171,9 @@ __attribute__((constructor)) void begin()
 
 __attribute__((destructor)) void end()
 {
-    dprintf(logFile(), "render calls: %ld, findings: %ld\n", calls.load(), findings.load());
+    // A program that was started on the way, such as a shell, has nothing to say.
+    if (calls > 0)
+        dprintf(logFile(), "render calls: %ld, findings: %ld\n", calls.load(), findings.load());
 }
 
 } // namespace
@@ -174,6 +192,10 @@ WATCHED void* dlsym(void* library, const char* name)
             return found;
         realLv2Descriptor = function;
         return reinterpret_cast<void*>(lv2Descriptor);
+    }
+    if (wanted == "jack_set_process_callback") {
+        realSetProcess = reinterpret_cast<decltype(realSetProcess)>(found);
+        return reinterpret_cast<void*>(setProcess);
     }
     return found;
 }

@@ -9,10 +9,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <csignal>
 #include <numbers>
 #include <optional>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -108,6 +110,29 @@ protected:
         xdotool({"mousemove", "--window", window(), std::to_string(x), std::to_string(y)});
         xdotool({"click", "1"});
         runMessagesFor(0.3);
+    }
+
+    /// Turns knobs and chooses presets, for a while.
+    void turnThings(double seconds)
+    {
+        std::mt19937 random(7);
+        const auto any = [&random](int below) {
+            return std::uniform_int_distribution<int>(0, below - 1)(random);
+        };
+        const auto layout = layoutInWindow();
+        const auto knobs = std::array{layout.knobs[0], layout.knobs[1], layout.knobs[2], layout.knobs[3]};
+        const auto start = juce::Time::getMillisecondCounterHiRes();
+        while (juce::Time::getMillisecondCounterHiRes() - start < 1000.0 * seconds) {
+            const auto knob = inWindow(knobs[static_cast<std::size_t>(any(4))]).getCentre();
+            xdotool({"mousemove", "--window", window(), std::to_string(knob.x), std::to_string(knob.y)});
+            for (int step = 0; step < 10; ++step)
+                xdotool({"click", any(2) == 0 ? "4" : "5"});
+            if (any(8) == 0) {
+                click(240, menuBarHeight + 22);
+                xdotool({"key", "Down", "Return"});
+            }
+        }
+        xdotool({"mousemove", "1", "1"});
     }
 
     [[nodiscard]] juce::Image picture() const
