@@ -166,6 +166,17 @@ function(velotrine_correct_x11)
   velotrine_correct([[updateKeyStates ((int) keyEvent.keycode, true);]]
                     [[updateKeyStates ((int) keyEvent.keycode, true);
         updateKeyModifiers ((int) keyEvent.state);]])
+
+  # A window that others cover wholly need not paint. The server says so, if it is asked; ConcentricCirclesViewMac reads
+  # it from the window's component.
+  velotrine_correct([[return NoEventMask | KeyPressMask]] [[return NoEventMask | VisibilityChangeMask | KeyPressMask]])
+  velotrine_correct([[        case CirculateNotify:
+]] [[        case VisibilityNotify:
+            peer->getComponent().getProperties().set ("covered", event.xvisibility.state == VisibilityFullyObscured);
+            break;
+
+        case CirculateNotify:
+]])
   velotrine_write_juce()
 
   # A window's timer asks a hundred times a second whether there is something to paint, for as long as the window is

@@ -53,6 +53,14 @@ juce::Point<float> onFractions(juce::Point<float> pixel)
     return {std::round(pixel.x * fractions) / fractions, std::round(pixel.y * fractions) / fractions};
 }
 
+/// Not where the window is minimised, or covered by others as far as the X server tells us: behind a
+/// compositor no window ever is (cmake/JuceCorrections.cmake).
+bool canBeSeen(const juce::Component& component)
+{
+    static const juce::Identifier covered("covered");
+    return component.isShowing() && !component.getTopLevelComponent()->getProperties()[covered];
+}
+
 /// One tick of a phase on its shorter way to 12 o'clock.
 double nearerToHome(double phaseTurns)
 {
@@ -234,8 +242,9 @@ void ConcentricCirclesViewMac::screenIsReady()
     if (now - lastLookSeconds < shortestPause && !screenTellsItsRate())
         return;
     lastLookSeconds = now;
-    if (isShowing())
-        screenRefreshed(now);
+    if (!canBeSeen(*this))
+        return rest();
+    screenRefreshed(now);
     restIfQuiet(now);
 }
 
@@ -250,18 +259,26 @@ bool ConcentricCirclesViewMac::screenTellsItsRate() const
 void ConcentricCirclesViewMac::restIfQuiet(double nowSeconds)
 {
     constexpr double patienceSeconds = 1.0;
-    constexpr int looksPerSecond = 10;
     if (isMoving)
         quietSince.reset();
     else if (!quietSince)
         quietSince = nowSeconds;
-    else if (nowSeconds - *quietSince > patienceSeconds && !isTimerRunning())
+    else if (nowSeconds - *quietSince > patienceSeconds)
+        rest();
+}
+
+void ConcentricCirclesViewMac::rest()
+{
+    constexpr int looksPerSecond = 10;
+    if (!isTimerRunning())
         startTimerHz(looksPerSecond);
 }
 
 void ConcentricCirclesViewMac::timerCallback()
 {
     screen.reset();
+    if (!canBeSeen(*this))
+        return;
     refreshTick();
     if (isMoving)
         wake();

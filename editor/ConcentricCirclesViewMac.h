@@ -124,6 +124,7 @@ private:
     void screenIsReady();
     [[nodiscard]] bool screenTellsItsRate() const;
     void restIfQuiet(double nowSeconds);
+    void rest();
     void timerCallback() override;
     void showLivePhases();
     void easeHome();
