@@ -12,3 +12,6 @@ set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64)
 
 # Debian puts the libraries of all architectures below the same root.
 set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/${triplet}/pkgconfig:/usr/share/pkgconfig)
+
+# JUCE is sources, and a program that runs during the build: those of this machine.
+file(GLOB JUCE_DIR "/usr/lib/*/cmake/JUCE-7.0.5")
