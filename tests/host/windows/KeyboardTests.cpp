@@ -52,7 +52,7 @@ TEST_F(ApplicationByKeyboard, AltWithAnotherKeyOrHeldForLongOpensNoMenu)
     xdotool({"keydown", "alt", "key", "p", "keyup", "alt"});
     runMessagesFor(0.5);
     EXPECT_FALSE(openMenu());
-    xdotool({"keydown", "alt", "sleep", "0.7", "keyup", "alt"});
+    xdotool({"keydown", "alt", "sleep", "1.5", "keyup", "alt"});
     runMessagesFor(0.5);
     EXPECT_FALSE(openMenu());
 }
