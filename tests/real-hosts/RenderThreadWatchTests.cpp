@@ -27,7 +27,7 @@ int watchSeconds()
 struct Watch
 {
     RenderThreadLog log;
-    bool sounded;
+    bool sounded = false;
 };
 
 /// Plays in jalv for so long, with every spot firing.

@@ -20,6 +20,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <dlfcn.h>
 #include <execinfo.h>
 #include <fcntl.h>
@@ -28,12 +29,12 @@
 #include <semaphore.h>
 #include <string_view>
 #include <sys/mman.h>
-#include <time.h>
 #include <unistd.h>
 
 #define WATCHED extern "C" __attribute__((visibility("default")))
 
 // The C library's own, under names that stay when malloc is another.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
@@ -41,6 +42,8 @@ void* __libc_realloc(void* memory, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* memory);
 }
+
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
@@ -248,6 +251,7 @@ WATCHED void free(void* memory)
 
 // All others: noted, then done.
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a type and its parameters
 #define WATCH(result, name, parameters, arguments)                                                           \
     WATCHED result name parameters                                                                           \
     {                                                                                                        \
@@ -255,6 +259,7 @@ WATCHED void free(void* memory)
         note(#name);                                                                                         \
         return real arguments;                                                                               \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 // clang-format off
 WATCH(int, pthread_mutex_lock, (pthread_mutex_t* mutex), (mutex))

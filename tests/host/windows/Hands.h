@@ -62,7 +62,7 @@ protected:
 
     /// Waits until what the hands did has come through the X server, which keeps the order. A menu takes all
     /// keys.
-    void settle()
+    void settle() const
     {
         const auto before = unusedKey.count;
         pressKey(UnusedKey::name);
@@ -77,45 +77,45 @@ protected:
         return soon([&] { return component.hasKeyboardFocus(true); });
     }
 
-    void moveTo(const juce::Component& component, juce::Point<int> at)
+    void moveTo(const juce::Component& component, juce::Point<int> at) const
     {
         const auto onScreen = component.localPointToGlobal(at);
         xdotool({"mousemove", std::to_string(onScreen.x), std::to_string(onScreen.y)});
         settle();
     }
 
-    void clickIn(const juce::Component& component, juce::Point<int> at, const std::string& button = "1")
+    void clickIn(const juce::Component& component, juce::Point<int> at, const std::string& button = "1") const
     {
         moveTo(component, at);
         xdotool({"click", button});
         settle();
     }
 
-    void click(const juce::Component& component, const std::string& button = "1")
+    void click(const juce::Component& component, const std::string& button = "1") const
     {
         clickIn(component, component.getLocalBounds().getCentre(), button);
     }
 
-    void press(const juce::Component& component)
+    void press(const juce::Component& component) const
     {
         moveTo(component, component.getLocalBounds().getCentre());
         xdotool({"mousedown", "1"});
         settle();
     }
 
-    void moveBy(int x, int y)
+    void moveBy(int x, int y) const
     {
         xdotool({"mousemove_relative", "--sync", "--", std::to_string(x), std::to_string(y)});
         settle();
     }
 
-    void letGo()
+    void letGo() const
     {
         xdotool({"mouseup", "1"});
         settle();
     }
 
-    void keys(const std::vector<std::string>& names)
+    void keys(const std::vector<std::string>& names) const
     {
         for (const auto& name : names) {
             pressKey(name);
@@ -123,7 +123,7 @@ protected:
         }
     }
 
-    void type(const std::string& text)
+    void type(const std::string& text) const
     {
         xdotool({"type", text});
         settle();
@@ -141,7 +141,7 @@ protected:
         return (rings.cachedCenter() + juce::Point(along, along)).roundToInt();
     }
 
-    void openRing(int ring)
+    void openRing(int ring) const
     {
         clickIn(*editor().circlesView, onRing(ring));
         ASSERT_TRUE(soon([&] { return panel().isVisible() && panel().ringIndex == ring; }));
