@@ -49,10 +49,11 @@ endif()
 
 if(VELOTRINE_SANITIZE)
   # JUCE's modules stay as they are, so that a compiler cache has them from other presets. The C library's checked forms
-  # (cmake/Hardening.cmake) would hide from a sanitizer what it looks for.
+  # (cmake/Hardening.cmake) would hide from a sanitizer what it looks for; without SHELL, the option that takes them back
+  # would be a repetition to CMake, and left out.
   target_compile_options(
     velotrine_own_code INTERFACE -fsanitize=${VELOTRINE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1
-                                 -g1 -U_FORTIFY_SOURCE)
+                                 -g1 "SHELL:-U_FORTIFY_SOURCE")
   add_link_options(-fsanitize=${VELOTRINE_SANITIZE})
 endif()
 

@@ -2,6 +2,7 @@
 // loaded before all else (tests/render-thread-watch).
 
 #include "tests/host/windows/ApplicationTest.h"
+#include "tests/host/windows/KeptTakes.h"
 #include "tests/support/JackServer.h"
 #include "tests/support/RenderThreadLog.h"
 
@@ -48,6 +49,7 @@ TEST_F(WatchedApplication, DoesNothingForbiddenOnTheRenderThread)
         pressKey("ctrl+z");
         pressKey("ctrl+k");
     }
+    EXPECT_FALSE(keptTakes(folder.path(), ".wav").empty()) << "it has played";
     const auto log = endWatched();
     EXPECT_EQ(log.findings, 0) << log.text;
     constexpr int leastCallsASecond = 40; // of 1,024 frames
