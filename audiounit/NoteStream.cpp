@@ -1,6 +1,7 @@
 #include "audiounit/NoteStream.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace velotrine {
@@ -71,8 +72,8 @@ bool NoteStream::strike(const MidiNote& note, std::int64_t frame,
                               .key = note.key,
                               .velocity = note.velocity}))
         return false;
-    const auto length = static_cast<std::int64_t>(note.seconds * sampleRate + 0.5);
-    ends[index] = frame + std::max(std::int64_t{1}, length);
+    const auto length = std::llround(note.seconds * sampleRate);
+    ends[index] = frame + std::max<std::int64_t>(1, length);
     nextEnd = std::min(nextEnd, ends[index]);
     return true;
 }

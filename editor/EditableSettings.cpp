@@ -15,7 +15,7 @@ std::string presetStepName(const std::string& preset)
     return "Preset " + preset;
 }
 
-SettingsAccess SettingsAccess::of(std::function<std::shared_ptr<AUAudioUnit>()> unit)
+SettingsAccess SettingsAccess::of(const std::function<std::shared_ptr<AUAudioUnit>()>& unit)
 {
     const auto read = [unit] {
         const auto present = unit();
@@ -73,7 +73,7 @@ void EditableSettings::redo()
     replace(before, history->redo(before));
 }
 
-void EditableSettings::replace(const Settings& before, const Settings& wanted)
+void EditableSettings::replace(const Settings& before, const Settings& wanted) const
 {
     access.write(before, wanted);
     if (onReplaced)

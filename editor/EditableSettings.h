@@ -22,7 +22,7 @@ struct SettingsAccess
 
     /// For a unit of whose edits nobody else is told.
     /// @param unit  the present one, or none
-    [[nodiscard]] static SettingsAccess of(std::function<std::shared_ptr<AUAudioUnit>()> unit);
+    [[nodiscard]] static SettingsAccess of(const std::function<std::shared_ptr<AUAudioUnit>()>& unit);
 };
 
 /// What the choice of a preset is called where it can be undone.
@@ -78,7 +78,7 @@ public:
     [[nodiscard]] std::string paste(std::string_view text);
 
 private:
-    void replace(const Settings& before, const Settings& wanted);
+    void replace(const Settings& before, const Settings& wanted) const;
 
     SettingsAccess access;
     std::shared_ptr<UndoHistory> history;

@@ -74,7 +74,7 @@ bool SettingsTools::isBlocked() const
     return dialog.isOpen() || (isControlHeld && isControlHeld());
 }
 
-bool SettingsTools::keyPressed(const juce::KeyPress& key)
+bool SettingsTools::keyPressed(const juce::KeyPress& key) const
 {
     return menu.keyPressed(key);
 }

@@ -36,7 +36,7 @@ public:
     void openByKey(juce::Component& owner);
 
     /// Whether it uses the key, which nothing else in the window has used.
-    bool keyPressed(const juce::KeyPress& key);
+    bool keyPressed(const juce::KeyPress& key) const;
 
     /// Applies a state, or the beginning of a take. Says in the window why it cannot.
     void openFile(const juce::File& file);
