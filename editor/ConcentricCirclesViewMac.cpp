@@ -10,6 +10,7 @@
 #include <cmath>
 #include <numbers>
 #include <span>
+#include <utility>
 
 namespace velotrine {
 
@@ -292,6 +293,7 @@ void ConcentricCirclesViewMac::showLivePhases()
         displayedLfoOffsets[ring] = lfoOffsets != nullptr ? lfoOffsets[ring].load() : 0.0;
     }
     isMoving = true;
+    isFlashing = true; // perhaps
     redraw();
 }
 
@@ -308,7 +310,9 @@ void ConcentricCirclesViewMac::easeHome()
         isMoving = isMoving || isAway;
         offset = isAway ? offset * wobbleDecay : 0.0;
     }
-    isMoving = isMoving || anySpotFlashes();
+    // After the last of a flash, the spot without it is still to be drawn.
+    const bool flashed = std::exchange(isFlashing, anySpotFlashes());
+    isMoving = isMoving || isFlashing || flashed;
     if (isMoving)
         redraw();
 }

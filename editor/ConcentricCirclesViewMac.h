@@ -134,7 +134,8 @@ private:
     RingsPicture picture;
     double nextTickSeconds = 0.0; ///< on the way home
     double lastLookSeconds = 0.0;
-    bool isMoving = false; ///< at the last tick, or flashing
+    bool isMoving = false;   ///< at the last tick, or flashing
+    bool isFlashing = false; ///< at the last tick
     std::optional<double> quietSince;
     std::optional<juce::VBlankAttachment> screen; ///< none while at rest
 };

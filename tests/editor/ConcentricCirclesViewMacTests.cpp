@@ -381,6 +381,24 @@ private:
     int& requests;
 };
 
+TEST_F(RingsView, AFlashIsDrawnToItsEnd)
+{
+    int requests = 0;
+    view.setVisible(true);
+    view.setCachedComponentImage(new CountingCache(requests));
+    std::uint64_t now = 1'000'000'000;
+    view.hostClock = [&] { return now; };
+    fireTimes[3] = now;
+    requests = 0;
+    view.refreshTick();
+    EXPECT_EQ(requests, 1);
+    now += 10'000'000'000;
+    requests = 0;
+    for (int tick = 0; tick < 10; ++tick)
+        view.refreshTick();
+    EXPECT_EQ(requests, 1) << "the spot as it is without the flash";
+}
+
 TEST_F(RingsView, NothingIsDrawnWhileStoppedAndSettled)
 {
     int requests = 0;
