@@ -215,20 +215,6 @@ protected:
     }
 };
 
-TEST_F(Outputs, OfWhichOneCannotAppearAreAllAsTheyWere)
-{
-    for (void (*const beforeStart)() : {static_cast<void (*)()>(nullptr), forbidSecondNames}) {
-        folder.write("a.mid", "older notes");
-        const auto result = runMeanwhile(
-            {"--out", "pipe", "--midi", "a.mid", "--save-state", "a.json"},
-            [this] { fs::create_directory(folder.file("a.json")); }, beforeStart);
-        expectFailure(result, "a.json: could not be written: Is a directory");
-        EXPECT_EQ(folder.read("a.mid"), "older notes");
-        EXPECT_THAT(folder.entries(), ElementsAre("a.json", "a.mid", "pipe"));
-        fs::remove(folder.file("a.json"));
-    }
-}
-
 TEST_F(Outputs, OfWhichOneCannotAppearAreNotThereWhereNothingWas)
 {
     const auto result = runMeanwhile({"--out", "a.wav", "--midi", "pipe", "--save-state", "a.json"},
@@ -237,24 +223,44 @@ TEST_F(Outputs, OfWhichOneCannotAppearAreNotThereWhereNothingWas)
     EXPECT_THAT(folder.entries(), ElementsAre("a.json", "pipe"));
 }
 
-TEST_F(Outputs, ThatAllAppearReplaceTheOlderFilesAndLeaveNothingElse)
+/// On a disk whose files can have a second name, and on one whose files cannot.
+class OutputsOnEveryDisk : public Outputs, public testing::WithParamInterface<bool>
 {
-    for (void (*const beforeStart)() : {static_cast<void (*)()>(nullptr), forbidSecondNames}) {
-        folder.write("a.mid", "older notes");
-        folder.write("a.json", "older state");
-        const auto result = runMeanwhile(
-            {"--out", "pipe", "--midi", "a.mid", "--save-state", "a.json"},
-            [this] {
-                EXPECT_EQ(folder.read("a.mid"), "older notes");
-                EXPECT_EQ(folder.read("a.json"), "older state");
-            },
-            beforeStart);
-        EXPECT_EQ(result.exitCode, 0) << result.err;
-        EXPECT_THAT(folder.read("a.mid"), StartsWith("MThd"));
-        EXPECT_THAT(folder.read("a.json"), StartsWith("{"));
-        EXPECT_THAT(folder.entries(), ElementsAre("a.json", "a.mid", "pipe"));
-    }
+protected:
+    void (*const onThisDisk)() = GetParam() ? nullptr : forbidSecondNames;
+};
+
+TEST_P(OutputsOnEveryDisk, OfWhichOneCannotAppearAreAllAsTheyWere)
+{
+    folder.write("a.mid", "older notes");
+    const auto result = runMeanwhile(
+        {"--out", "pipe", "--midi", "a.mid", "--save-state", "a.json"},
+        [this] { fs::create_directory(folder.file("a.json")); }, onThisDisk);
+    expectFailure(result, "a.json: could not be written: Is a directory");
+    EXPECT_EQ(folder.read("a.mid"), "older notes");
+    EXPECT_THAT(folder.entries(), ElementsAre("a.json", "a.mid", "pipe"));
 }
+
+TEST_P(OutputsOnEveryDisk, ThatAllAppearReplaceTheOlderFilesAndLeaveNothingElse)
+{
+    folder.write("a.mid", "older notes");
+    folder.write("a.json", "older state");
+    const auto result = runMeanwhile(
+        {"--out", "pipe", "--midi", "a.mid", "--save-state", "a.json"},
+        [this] {
+            EXPECT_EQ(folder.read("a.mid"), "older notes");
+            EXPECT_EQ(folder.read("a.json"), "older state");
+        },
+        onThisDisk);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_THAT(folder.read("a.mid"), StartsWith("MThd"));
+    EXPECT_THAT(folder.read("a.json"), StartsWith("{"));
+    EXPECT_THAT(folder.entries(), ElementsAre("a.json", "a.mid", "pipe"));
+}
+
+INSTANTIATE_TEST_SUITE_P(, OutputsOnEveryDisk, testing::Bool(), [](const auto& of) {
+    return std::string(of.param ? "WithSecondNames" : "WithoutSecondNames");
+});
 
 class Interruption : public ProgramTest
 {
