@@ -35,7 +35,7 @@ double exactBarPhase(float tempo, std::int64_t frame)
     // A float from 32 on is a whole number of these.
     constexpr auto unitsPerQuarter = std::int64_t{1} << 18;
     const auto units = static_cast<std::int64_t>(std::ldexp(tempo, 18));
-    constexpr auto unitsPerBar = 4 * 60 * sampleRate * unitsPerQuarter;
+    constexpr auto unitsPerBar = unitsPerQuarter * 4 * 60 * sampleRate;
     return static_cast<double>(units * frame % unitsPerBar) / static_cast<double>(unitsPerBar);
 }
 
