@@ -177,6 +177,15 @@ function(velotrine_correct_x11)
 
         case CirculateNotify:
 ]])
+
+  # The server answers each rectangle that it was sent. One answer for all is enough, and that to the last of them: what
+  # comes before was done before. The other file knows which is the last.
+  velotrine_correct([[        if (isUsingXShm())
+            XWindowSystem::getInstance()->addPendingPaintForWindow (window);]]
+                    [[        if (isUsingXShm() && isLastRectangleOfPaint)
+            XWindowSystem::getInstance()->addPendingPaintForWindow (window);]])
+  velotrine_correct([[gc, xImage.get(), sx, sy, dx, dy, dw, dh, True);]]
+                    [[gc, xImage.get(), sx, sy, dx, dy, dw, dh, isLastRectangleOfPaint ? True : False);]])
   velotrine_write_juce()
 
   # A window's timer asks a hundred times a second whether there is something to paint, for as long as the window is
@@ -194,6 +203,21 @@ function(velotrine_correct_x11)
         if (vBlankListeners.isEmpty() && (repainter == nullptr || repainter->isAtRest()))
             vBlankManager.stopTimer();
     }]])
+  # It empties what an opaque window paints over anyway.
+  velotrine_correct([[if (XWindowSystem::getInstance()->canUseARGBImages())
+                    for]] [[if (XWindowSystem::getInstance()->canUseARGBImages() && ! peer.getComponent().isOpaque())
+                    for]])
+  velotrine_correct([[                for (auto& i : originalRepaintRegion)
+                   XWindowSystem::getInstance()->blitToWindow (peer.windowH, image, i, totalArea);]]
+                    [[                for (auto& i : originalRepaintRegion)
+                {
+                    isLastRectangleOfPaint = &i == std::prev (originalRepaintRegion.end());
+                    XWindowSystem::getInstance()->blitToWindow (peer.windowH, image, i, totalArea);
+                }]])
+  velotrine_correct([[class LinuxComponentPeer  : public ComponentPeer]]
+                    [[static bool isLastRectangleOfPaint = true; // on the message thread
+
+class LinuxComponentPeer  : public ComponentPeer]])
   velotrine_correct([[        void repaint (Rectangle<int> area)
         {]] [[        bool isAtRest() const { return regionsNeedingRepaint.isEmpty() && image.isNull(); }
 
