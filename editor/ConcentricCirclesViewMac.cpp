@@ -3,6 +3,7 @@
 #include "editor/AccessibleValue.h"
 #include "editor/Colours.h"
 #include "editor/KeyTurn.h"
+#include "editor/PixelContext.h"
 #include "engine/FatalError.h"
 #include "engine/HostClock.h"
 
@@ -122,15 +123,27 @@ void ConcentricCirclesViewMac::paint(juce::Graphics& graphics)
     } else if (isWhole) {
         repaintChanges(showNow(grid));
     }
+    paintShown(graphics);
+}
+
+/// Straight into the window; where that cannot be, as in a picture of the view, by an image of its own.
+void ConcentricCirclesViewMac::paintShown(juce::Graphics& graphics) const
+{
+    const auto& grid = picture.grid();
+    if (auto* const window = dynamic_cast<PixelContext*>(&graphics.getInternalContext()))
+        if (const auto pixels = window->pixelsOf(grid))
+            return picture.paint(*pixels, backdrop);
+    juce::Image image(juce::Image::ARGB, grid.width, grid.height, true, juce::SoftwareImageType());
+    picture.paint({.image = image, .origin = {}, .clip = image.getBounds()}, backdrop);
     graphics.setOpacity(1.0f);
-    graphics.drawImageTransformed(picture.image(), grid.fromPoints().inverted());
+    graphics.drawImageTransformed(image, grid.fromPoints().inverted());
 }
 
 std::span<const juce::Rectangle<int>> ConcentricCirclesViewMac::showNow(const PixelGrid& grid)
 {
     geometry = measured();
     measureFrame(grid, hostClock());
-    return picture.show(frame, grid, backdrop);
+    return picture.show(frame, grid);
 }
 
 void ConcentricCirclesViewMac::measureFrame(const PixelGrid& grid, std::uint64_t now)
@@ -178,7 +191,7 @@ void ConcentricCirclesViewMac::measureRing(const PixelGrid& grid, std::size_t ri
 void ConcentricCirclesViewMac::repaintChanges(std::span<const juce::Rectangle<int>> changes)
 {
     for (const auto& change : changes)
-        repaint(picture.grid().pointsAround(change));
+        repaintPixels(*this, picture.grid(), change);
 }
 
 juce::Colour ConcentricCirclesViewMac::lineColour(std::size_t ring) const

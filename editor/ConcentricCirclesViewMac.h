@@ -110,6 +110,7 @@ public:
 
 private:
     [[nodiscard]] Geometry measured() const;
+    void paintShown(juce::Graphics& graphics) const;
     std::span<const juce::Rectangle<int>> showNow(const PixelGrid& grid);
     void measureFrame(const PixelGrid& grid, std::uint64_t now);
     void measureRing(const PixelGrid& grid, std::size_t ring, std::uint64_t now);

@@ -29,8 +29,13 @@ struct PixelGrid
     [[nodiscard]] juce::Rectangle<int> pointsAround(juce::Rectangle<int> pixelArea) const
     {
         const auto points = (pixelArea.toFloat() - origin) / pixelsPerPoint;
-        const bool isWhole = pixelsPerPoint == std::round(pixelsPerPoint) && origin == juce::Point<float>();
-        return points.getSmallestIntegerContainer().expanded(isWhole ? 0 : 1);
+        return points.getSmallestIntegerContainer().expanded(isWhole() ? 0 : 1);
+    }
+
+    /// Whether every point begins with a pixel.
+    [[nodiscard]] bool isWhole() const
+    {
+        return pixelsPerPoint == std::round(pixelsPerPoint) && origin == juce::Point<float>();
     }
 
     [[nodiscard]] juce::AffineTransform fromPoints() const

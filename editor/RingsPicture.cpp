@@ -1,6 +1,7 @@
 #include "editor/RingsPicture.h"
 
 #include "editor/CirclePainter.h"
+#include "editor/PixelContext.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,6 +29,16 @@ juce::Rectangle<int> pixelsOf(const RingsFrame::Spot& spot, const RingsFrame& fr
     return pixelsAround(spot.centre, spot.centre, frame.spotRadius + frame.lineWidth / 2.0f);
 }
 
+/// Of all spots, ring after ring.
+std::vector<juce::Rectangle<int>> placesOf(const RingsFrame& frame)
+{
+    std::vector<juce::Rectangle<int>> places;
+    for (const auto& ring : frame.rings)
+        for (const auto& spot : ring.spots)
+            places.push_back(pixelsOf(spot, frame));
+    return places;
+}
+
 int areaOf(juce::Rectangle<int> rectangle)
 {
     return rectangle.getWidth() * rectangle.getHeight();
@@ -46,24 +57,16 @@ bool isSameButForWhatMoves(const RingsFrame& a, const RingsFrame& b)
 
 } // namespace
 
-std::span<const juce::Rectangle<int>> RingsPicture::show(const RingsFrame& frame, const PixelGrid& grid,
-                                                         std::optional<juce::Colour> backdrop)
+std::span<const juce::Rectangle<int>> RingsPicture::show(const RingsFrame& frame, const PixelGrid& grid)
 {
     changes.clear();
-    const auto format = backdrop ? juce::Image::RGB : juce::Image::ARGB;
-    const bool fits = picture.isValid() && picture.getFormat() == format && grid == shownGrid;
-    if (!fits)
-        picture = juce::Image(format, grid.width, grid.height, false, juce::SoftwareImageType());
+    const bool isSameGrid = grid == shownGrid;
     shownGrid = grid;
-    if (fits && isSameButForWhatMoves(shown, frame))
+    if (isSameGrid && isSameButForWhatMoves(shown, frame))
         findChanges(frame);
     else
-        add(picture.getBounds());
+        add({grid.width, grid.height});
     shown = frame;
-    if (backdrop)
-        paintChanges<juce::PixelRGB>(*backdrop);
-    else
-        paintChanges<juce::PixelARGB>({});
     return changes;
 }
 
@@ -113,38 +116,48 @@ void RingsPicture::addChange(juce::Rectangle<int> before, juce::Rectangle<int> a
 
 void RingsPicture::add(juce::Rectangle<int> changed)
 {
-    const auto visible = changed.getIntersection(picture.getBounds());
+    const auto visible = changed.getIntersection({shownGrid.width, shownGrid.height});
     if (!visible.isEmpty())
         changes.push_back(visible);
 }
 
-template <typename Pixel>
-void RingsPicture::paintChanges(juce::Colour backdrop)
+void RingsPicture::paint(const WindowPixels& window, std::optional<juce::Colour> backdrop) const
 {
-    if (changes.empty())
-        return;
-    CirclePainter<Pixel> painter(picture);
-    for (const auto& change : changes) {
-        painter.clipTo(change);
-        painter.clear(backdrop);
-        paintFrame(painter, change);
+    if (window.image.getFormat() == juce::Image::RGB)
+        paintParts<juce::PixelRGB>(window, backdrop);
+    else
+        paintParts<juce::PixelARGB>(window, backdrop);
+}
+
+template <typename Pixel>
+void RingsPicture::paintParts(const WindowPixels& window, std::optional<juce::Colour> backdrop) const
+{
+    CirclePainter<Pixel> painter(window.image, window.origin);
+    const auto places = placesOf(shown);
+    const auto visible = window.image.getBounds() - window.origin;
+    for (const auto& rectangle : window.clip) {
+        const auto part = (rectangle - window.origin).getIntersection(visible);
+        painter.clipTo(part);
+        if (backdrop)
+            painter.clear(*backdrop);
+        paintFrame(painter, part, places);
     }
 }
 
 template <typename Pixel>
-void RingsPicture::paintFrame(CirclePainter<Pixel>& painter, juce::Rectangle<int> clip) const
+void RingsPicture::paintFrame(CirclePainter<Pixel>& painter, juce::Rectangle<int> part,
+                              std::span<const juce::Rectangle<int>> places) const
 {
     if (shown.handTip)
         painter.drawLine(shown.centre, *shown.handTip, shown.handWidth, shown.hand);
     painter.fillDisc(shown.centre, shown.dotRadius, shown.hand);
     for (const auto& ring : shown.rings) {
         painter.drawCircle(shown.centre, ring.radius, shown.lineWidth, ring.line);
-        for (const auto& spot : ring.spots) {
-            if (!clip.intersects(pixelsOf(spot, shown)))
-                continue;
-            painter.fillDisc(spot.centre, shown.spotRadius, spot.fill);
-            painter.drawCircle(spot.centre, shown.spotRadius, shown.lineWidth, ring.line);
-        }
+        for (std::size_t spot = 0; spot < ring.spots.size(); ++spot)
+            if (part.intersects(places[spot]))
+                painter.drawSpot(ring.spots[spot].centre, shown.spotRadius, shown.lineWidth,
+                                 ring.spots[spot].fill, ring.line);
+        places = places.subspan(ring.spots.size());
     }
 }
 

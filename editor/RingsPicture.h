@@ -12,6 +12,7 @@ namespace velotrine {
 
 template <typename Pixel>
 class CirclePainter;
+struct WindowPixels;
 
 /// One frame of the rings, in pixels of their picture.
 struct RingsFrame
@@ -41,19 +42,19 @@ struct RingsFrame
     std::vector<Ring> rings; ///< innermost first, drawn in this order
 };
 
-/// The picture of the rings on the screen's own pixels, kept from frame to frame: what has not moved stays,
-/// and the rest is painted again in small rectangles. Any picture got that way is, pixel for pixel, what
-/// painting the frame whole gives. Main thread.
+/// What the screen shows of the rings, on its own pixels: knows the frame that is shown, says what the next
+/// one changes, and paints any part of it. Parts painted at any time make up, pixel for pixel, what painting
+/// the frame whole gives. Main thread.
 class RingsPicture
 {
 public:
-    /// Brings the picture to a frame.
-    /// @param backdrop  what lies behind, if that is one opaque colour; else the picture is transparent
-    /// @return          what has changed since the last frame, in pixels; valid until the next call
-    std::span<const juce::Rectangle<int>> show(const RingsFrame& frame, const PixelGrid& grid,
-                                               std::optional<juce::Colour> backdrop);
+    /// From now on another frame is the one that is shown.
+    /// @return  what is different from the last frame, in pixels of the grid; valid until the next call
+    std::span<const juce::Rectangle<int>> show(const RingsFrame& frame, const PixelGrid& grid);
 
-    [[nodiscard]] const juce::Image& image() const noexcept { return picture; }
+    /// Paints as much of the frame that is shown as a window asks for.
+    /// @param backdrop  what lies behind, if that is one opaque colour; without it, what is there stays
+    void paint(const WindowPixels& window, std::optional<juce::Colour> backdrop) const;
 
     /// Of the last frame; of no size before there is one.
     [[nodiscard]] const PixelGrid& grid() const noexcept { return shownGrid; }
@@ -65,11 +66,11 @@ private:
     void add(juce::Rectangle<int> changed);
 
     template <typename Pixel>
-    void paintChanges(juce::Colour backdrop);
+    void paintParts(const WindowPixels& window, std::optional<juce::Colour> backdrop) const;
     template <typename Pixel>
-    void paintFrame(CirclePainter<Pixel>& painter, juce::Rectangle<int> clip) const;
+    void paintFrame(CirclePainter<Pixel>& painter, juce::Rectangle<int> part,
+                    std::span<const juce::Rectangle<int>> places) const;
 
-    juce::Image picture;
     PixelGrid shownGrid;
     RingsFrame shown;
     std::vector<juce::Rectangle<int>> changes;

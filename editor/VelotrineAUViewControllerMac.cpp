@@ -56,10 +56,8 @@ VelotrineAUViewControllerMac::~VelotrineAUViewControllerMac()
 {
     changedParameters->cancel();
     unitObserver.reset();
-    if (isViewLoaded()) {
+    if (isViewLoaded())
         view().removeMouseListener(&dismissClick);
-        view().setLookAndFeel(nullptr);
-    }
     unloadView();
 }
 
@@ -79,7 +77,6 @@ void VelotrineAUViewControllerMac::loadView()
     root->onUnusedKey = [this](const juce::KeyPress& key) { return keyPressed(key); };
     root->onMenuKey = [this] { tools->openByKey(*circlesView); };
     root->onFileDropped = [this](const juce::File& file) { tools->openFile(file); };
-    root->setLookAndFeel(&lookAndFeel.get());
     root->setBackground(colours::background);
     root->setSize(initialWidth, initialHeight);
     setView(std::move(root));

@@ -122,7 +122,7 @@ private:
     void refreshSyncDependentControls();
     void showTempo(float bpm) const;
 
-    juce::SharedResourcePointer<VelotrineLookAndFeel> lookAndFeel;
+    juce::SharedResourcePointer<DefaultLook> look;
     ParameterWriter parameters;
     std::shared_ptr<ChangedParameters> changedParameters;
     juce::Rectangle<int> ringEditorPlace; ///< where the layout puts the panel

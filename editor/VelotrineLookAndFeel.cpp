@@ -2,6 +2,7 @@
 
 #include "editor/Colours.h"
 #include "editor/FontLoader.h"
+#include "editor/PixelContext.h"
 
 #include <cmath>
 
@@ -67,6 +68,12 @@ VelotrineLookAndFeel::VelotrineLookAndFeel()
     set({juce::TextEditor::highlightColourId}, grey(1.0f, 0.25f));
     set({juce::PopupMenu::backgroundColourId}, menuBackground);
     set({juce::PopupMenu::highlightedBackgroundColourId}, grey(1.0f, 0.2f));
+}
+
+std::unique_ptr<juce::LowLevelGraphicsContext> VelotrineLookAndFeel::createGraphicsContext(
+    const juce::Image& screen, juce::Point<int> origin, const juce::RectangleList<int>& clip)
+{
+    return std::make_unique<PixelContext>(screen, origin, clip);
 }
 
 void VelotrineLookAndFeel::drawLinearSlider(juce::Graphics& graphics, int x, int y, int width, int height,

@@ -10,6 +10,9 @@ class VelotrineLookAndFeel final : public juce::LookAndFeel_V4
 public:
     VelotrineLookAndFeel();
 
+    std::unique_ptr<juce::LowLevelGraphicsContext> createGraphicsContext(
+        const juce::Image& screen, juce::Point<int> origin, const juce::RectangleList<int>& clip) override;
+
     void drawLinearSlider(juce::Graphics& graphics, int x, int y, int width, int height, float position,
                           float minPosition, float maxPosition, juce::Slider::SliderStyle style,
                           juce::Slider& slider) override;
@@ -60,6 +63,22 @@ public:
     void drawScrollbar(juce::Graphics& graphics, juce::ScrollBar& bar, int x, int y, int width, int height,
                        bool isVertical, int thumbStart, int thumbSize, bool isMouseOver,
                        bool isDown) override;
+};
+
+/// Our look for all components and windows of ours, for as long as one of them holds this by a
+/// juce::SharedResourcePointer. Main thread, with JUCE running.
+class DefaultLook
+{
+public:
+    DefaultLook() { juce::LookAndFeel::setDefaultLookAndFeel(&look); }
+
+    ~DefaultLook() { juce::LookAndFeel::setDefaultLookAndFeel(nullptr); }
+
+    DefaultLook(const DefaultLook&) = delete;
+    DefaultLook& operator=(const DefaultLook&) = delete;
+
+private:
+    VelotrineLookAndFeel look;
 };
 
 } // namespace velotrine

@@ -59,7 +59,7 @@ void AppDelegate::applyScale() const
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    juce::LookAndFeel::setDefaultLookAndFeel(&lookAndFeel);
+    look.emplace();
     buildMenu();
     buildWindow();
     window->show();
@@ -149,7 +149,7 @@ void AppDelegate::shutdown()
     window.reset();
     hostVC.reset();
     menu.reset();
-    juce::LookAndFeel::setDefaultLookAndFeel(nullptr);
+    look.reset();
 }
 
 } // namespace velotrine

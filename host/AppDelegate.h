@@ -49,7 +49,7 @@ private:
     void forEachOpenWindow(const std::function<void(HostWindow&)>& action);
 
     const HostOptions options;
-    VelotrineLookAndFeel lookAndFeel;
+    std::optional<juce::SharedResourcePointer<DefaultLook>> look; ///< from the start to the shutdown
     std::unique_ptr<MainMenu> menu;
 };
 

@@ -75,5 +75,55 @@ TEST(CirclePainter, APartlyTransparentColourMixesWithWhatIsThere)
     EXPECT_EQ(image.getPixelAt(2, 2).getRed(), 0);
 }
 
+bool isSame(const juce::Image& one, const juce::Image& other)
+{
+    for (int y = 0; y < side; ++y)
+        for (int x = 0; x < side; ++x)
+            if (one.getPixelAt(x, y) != other.getPixelAt(x, y))
+                return false;
+    return true;
+}
+
+TEST(CirclePainter, ASpotIsADiscWithACircleAroundItWhateverItsLine)
+{
+    const auto fill = juce::Colours::slategrey;
+    for (const auto lineWidth : {0.7f, 1.9f, 2.0f, 3.3f, 9.0f})
+        for (const auto radius : {3.0f, 7.4f, 12.0f})
+            for (const auto line : {juce::Colours::white, juce::Colours::white.withAlpha(0.2f)})
+                for (int sixteenth = 0; sixteenth < 16; ++sixteenth) {
+                    const juce::Point centre(20.0f + static_cast<float>(sixteenth) / 16.0f, 19.3f);
+                    auto expected = blank();
+                    CirclePainter<juce::PixelARGB> painter(expected);
+                    painter.fillDisc(centre, radius, fill);
+                    painter.drawCircle(centre, radius, lineWidth, line);
+                    auto spot = blank();
+                    CirclePainter<juce::PixelARGB>(spot).drawSpot(centre, radius, lineWidth, fill, line);
+                    EXPECT_TRUE(isSame(expected, spot)) << lineWidth << " around " << radius;
+                }
+}
+
+TEST(CirclePainter, APartOfADrawingIsTheSameInAnImageOfItsOwn)
+{
+    const auto draw = [](CirclePainter<juce::PixelARGB>& painter) {
+        painter.drawLine({20.3f, 21.1f}, {39.0f, 21.1f}, 1.3f, juce::Colours::red);
+        painter.drawLine({20.3f, 21.1f}, {3.0f, 2.0f}, 1.3f, juce::Colours::red);
+        painter.drawCircle({20.3f, 21.1f}, 14.2f, 2.0f, juce::Colours::white);
+        painter.drawSpot({30.1f, 30.7f}, 5.0f, 2.0f, juce::Colours::grey, juce::Colours::white);
+    };
+    auto whole = blank();
+    CirclePainter<juce::PixelARGB> painter(whole);
+    draw(painter);
+    for (const auto part :
+         {juce::Rectangle(0, 0, 17, 23), juce::Rectangle(17, 0, 23, 40), juce::Rectangle(0, 23, 17, 17)}) {
+        juce::Image image(juce::Image::ARGB, part.getWidth(), part.getHeight(), true,
+                          juce::SoftwareImageType());
+        CirclePainter<juce::PixelARGB> partPainter(image, -part.getPosition());
+        draw(partPainter);
+        for (int y = 0; y < part.getHeight(); ++y)
+            for (int x = 0; x < part.getWidth(); ++x)
+                ASSERT_EQ(image.getPixelAt(x, y), whole.getPixelAt(x + part.getX(), y + part.getY()));
+    }
+}
+
 } // namespace
 } // namespace velotrine

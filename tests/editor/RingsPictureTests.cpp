@@ -1,5 +1,6 @@
 #include "audiounit/Presets.h"
 #include "editor/ConcentricCirclesViewMac.h"
+#include "editor/PixelContext.h"
 #include "engine/VelotrineDSPKernel.h"
 
 #include <gtest/gtest.h>
@@ -58,15 +59,71 @@ public:
     std::uint64_t now = 0;
 };
 
-juce::Image pictureOf(ConcentricCirclesViewMac& view, float scale)
+/// A window in memory that paints what a view asks it for.
+class Window
 {
-    return view.createComponentSnapshot(view.getLocalBounds(), true, scale);
-}
+public:
+    Window(ConcentricCirclesViewMac& shown, float pixelsPerPoint)
+        : view(shown), scale(pixelsPerPoint),
+          pixels(juce::Image::ARGB, pixelsOf(side), pixelsOf(side), true, juce::SoftwareImageType())
+    {
+        view.setVisible(true);
+        view.setCachedComponentImage(new Requests(asked, scale));
+        asked = pixels.getBounds();
+    }
+
+    const juce::Image& painted()
+    {
+        PixelContext context(pixels, {}, asked);
+        asked.clear();
+        context.addTransform(juce::AffineTransform::scale(scale));
+        juce::Graphics graphics(context);
+        view.paintEntireComponent(graphics, true);
+        return pixels;
+    }
+
+private:
+    class Requests final : public juce::CachedComponentImage
+    {
+    public:
+        Requests(juce::RectangleList<int>& requested, float pixelsPerPoint)
+            : asked(requested), scale(pixelsPerPoint)
+        {}
+
+        void paint(juce::Graphics&) override {}
+
+        bool invalidateAll() override { return false; }
+
+        bool invalidate(const juce::Rectangle<int>& area) override
+        {
+            asked.add(area * scale);
+            return false;
+        }
+
+        void releaseResources() override {}
+
+    private:
+        juce::RectangleList<int>& asked;
+        float scale;
+    };
+
+    [[nodiscard]] int pixelsOf(int points) const
+    {
+        return static_cast<int>(static_cast<float>(points) * scale);
+    }
+
+    ConcentricCirclesViewMac& view;
+    float scale;
+    juce::Image pixels;
+    juce::RectangleList<int> asked;
+};
 
 bool isSame(const juce::Image& a, const juce::Image& b)
 {
     const juce::Image::BitmapData left(a, juce::Image::BitmapData::readOnly);
     const juce::Image::BitmapData right(b, juce::Image::BitmapData::readOnly);
+    if (left.width != right.width || left.height != right.height || left.pixelFormat != right.pixelFormat)
+        return false;
     const auto bytes = static_cast<std::size_t>(left.width) * static_cast<std::size_t>(left.pixelStride);
     for (int y = 0; y < left.height; ++y)
         if (std::memcmp(left.getLinePointer(y), right.getLinePointer(y), bytes) != 0)
@@ -83,14 +140,30 @@ TEST_P(RingsPictureKept, IsPixelForPixelThatOfTheFramePaintedWhole)
     PlayingPreset preset(number);
     ConcentricCirclesViewMac kept;
     preset.showOn(kept);
+    Window window(kept, scale);
     for (int frame = 0; frame < 1000; ++frame) {
         preset.playOn();
         kept.refreshTick();
         ConcentricCirclesViewMac fresh;
         preset.showOn(fresh);
+        Window another(fresh, scale);
         fresh.refreshTick();
-        ASSERT_TRUE(isSame(pictureOf(kept, scale), pictureOf(fresh, scale))) << "frame " << frame;
+        ASSERT_TRUE(isSame(window.painted(), another.painted())) << "frame " << frame;
     }
+}
+
+TEST_P(RingsPictureKept, IsTheSameWhereItIsNotPaintedIntoAWindow)
+{
+    const auto [number, scale] = GetParam();
+    PlayingPreset preset(number);
+    ConcentricCirclesViewMac view;
+    preset.showOn(view);
+    Window window(view, scale);
+    for (int frame = 0; frame < 100; ++frame)
+        preset.playOn();
+    view.refreshTick();
+    const auto snapshot = view.createComponentSnapshot(view.getLocalBounds(), true, scale);
+    EXPECT_TRUE(isSame(window.painted(), snapshot));
 }
 
 INSTANTIATE_TEST_SUITE_P(AllPresets, RingsPictureKept,
@@ -115,7 +188,7 @@ protected:
         grid.width = grid.height = 200;
     }
 
-    std::span<const juce::Rectangle<int>> show() { return picture.show(frame, grid, juce::Colours::black); }
+    std::span<const juce::Rectangle<int>> show() { return picture.show(frame, grid); }
 
     RingsFrame frame;
     PixelGrid grid;

@@ -13,12 +13,17 @@ namespace {
 using Point = juce::Point<int>;
 using Area = juce::Rectangle<int>;
 
-int differingPixels(const juce::Image& one, const juce::Image& other, Area area)
+/// @param levels  of 255, which a difference has to exceed
+int differingPixels(const juce::Image& one, const juce::Image& other, Area area, int levels = 0)
 {
+    const auto differs = [levels](juce::Colour a, juce::Colour b) {
+        return std::max({std::abs(a.getRed() - b.getRed()), std::abs(a.getGreen() - b.getGreen()),
+                         std::abs(a.getBlue() - b.getBlue())}) > levels;
+    };
     int count = 0;
     for (int y = area.getY(); y < area.getBottom(); ++y)
         for (int x = area.getX(); x < area.getRight(); ++x)
-            count += one.getPixelAt(x, y) != other.getPixelAt(x, y) ? 1 : 0;
+            count += differs(one.getPixelAt(x, y), other.getPixelAt(x, y)) ? 1 : 0;
     return count;
 }
 
@@ -92,6 +97,27 @@ TEST_F(PlayingApplication, SoundsFromPlayToStopAndItsHandTurnsOnlyMeanwhile)
     EXPECT_TRUE(fallsSilent());
     runMessagesFor(1.0);
     EXPECT_EQ(differingPixels(picture(), picture(), rings), 0);
+}
+
+TEST_F(PlayingApplication, LeavesNoTraceOfWhatMovedWhateverItsSize)
+{
+    const auto id = window();
+    // Of points that are a pixel, and of points that are a pixel and a bit.
+    for (const auto& [width, height] : {std::pair{480, 428}, {733, 611}, {1007, 797}}) {
+        xdotool({"windowsize", "--sync", id, std::to_string(width), std::to_string(height)});
+        runMessagesFor(0.5);
+        pressKey("space");
+        EXPECT_GT(peakOnJack(1.5), 0.01f);
+        pressKey("space");
+        EXPECT_TRUE(fallsSilent());
+        runMessagesFor(1.0);
+        const auto painted = picture();
+        xdotool({"windowunmap", "--sync", id});
+        xdotool({"windowmap", "--sync", id});
+        runMessagesFor(0.5);
+        // The corners of knobs that begin within a pixel may be a level off.
+        EXPECT_EQ(differingPixels(painted, picture(), painted.getBounds(), 2), 0) << width << " x " << height;
+    }
 }
 
 TEST_F(PlayingApplication, OnlyTheKnobThatIsDraggedTurns)
