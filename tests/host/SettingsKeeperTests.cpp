@@ -23,7 +23,7 @@ protected:
     SettingsKeeperTest() { now.values[addressOf(GlobalParameter::bpm)] = 120.0f; }
 
     [[nodiscard]] std::unique_ptr<SettingsKeeper> keep(const std::string& name,
-                                                       std::optional<Settings> inFile = std::nullopt)
+                                                       const std::optional<Settings>& inFile = std::nullopt)
     {
         auto keeper = std::make_unique<SettingsKeeper>(
             juce::File(folder.file(name)), [this] { return now; }, inFile);

@@ -83,6 +83,7 @@ TYPED_TEST(EditorContract, OpensAndClosesAnyNumberOfTimesInSeveralInstances)
         plugins.push_back(std::make_unique<TypeParam>());
     for (int round = 0; round < 5; ++round) {
         std::vector<XWindow> parents;
+        parents.reserve(plugins.size());
         for (auto& plugin : plugins) {
             parents.push_back(this->display.makeWindow(editorWidth, editorHeight));
             ASSERT_TRUE(plugin->openEditor(parents.back()));

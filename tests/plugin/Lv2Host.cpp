@@ -149,6 +149,7 @@ std::vector<const LV2_Feature*> Lv2Host::features() const
     given = {{{LV2_URID__map, data(&map)},
               {LV2_LOG__log, data(&log)},
               {LV2_INSTANCE_ACCESS_URI, plugin},
+              // NOLINTNEXTLINE(performance-no-int-to-ptr): the format's way
               {LV2_UI__parent, reinterpret_cast<void*>(parent)},
               {LV2_UI__resize, data(&resize)},
               {LV2_UI__touch, data(&touch)},

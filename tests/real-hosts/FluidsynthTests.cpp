@@ -41,8 +41,8 @@ TEST(Fluidsynth, PlaysTheNotesOfAnInstrumentAtVolumeZero)
 
     ASSERT_FALSE(take.notes.empty());
     // The synthesizer begins a note with JACK's cycle.
-    const auto firstNote =
-        static_cast<std::size_t>(take.notes.front().frame / jackCycleFrames * jackCycleFrames);
+    const auto firstCycle = take.notes.front().frame / jackCycleFrames;
+    const auto firstNote = static_cast<std::size_t>(firstCycle) * std::size_t{jackCycleFrames};
     const auto lastNote = static_cast<std::size_t>(take.notes.back().frame);
     const std::span sound(take.left);
     constexpr std::size_t second = jackRate;

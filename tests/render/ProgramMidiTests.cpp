@@ -44,7 +44,7 @@ protected:
                            .values = {{"activity", 0.7f}, {"probR1", 1.0f}, {"bpm", tempo}},
                            .sampleRate = sampleRate,
                            .cycleFrames = 32,
-                           .playedFrames = 5 * sampleRate})
+                           .playedFrames = std::int64_t{5} * sampleRate})
                     .notes;
     }
 

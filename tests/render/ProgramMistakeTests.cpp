@@ -178,7 +178,7 @@ TEST_F(BadState, IsRefusedWithAWordOnWhatIsWrong)
         {R"({"version": 1, "parameters": {"line\nbreak": null}})", "the value of \"line"},
         {R"({"version": 1, "parameters": {"activity": 1e999}})", "it is not valid JSON: "},
         {R"({"version": 1, "preset": 3, "parameters": {}})", "\"preset\" must be an object or null"},
-        {std::string(2 * 1024 * 1024, ' '), "it is larger than 1 MiB"}};
+        {std::string(std::size_t{2} << 20, ' '), "it is larger than 1 MiB"}};
     for (const auto& [text, problem] : cases) {
         folder.write("mine.json", text);
         const auto result = run({"render", "--state", "mine.json", "--out", "a.wav"});

@@ -208,7 +208,7 @@ TEST_F(Beginning, FromABarHasTheNotesFromThereOn)
     render({"--preset", "1", "--from", "1", "--bars", "2", "--midi", "part.mid"});
     const auto whole = readMidi(folder.read("whole.mid"));
     const auto part = readMidi(folder.read("part.mid"));
-    constexpr std::int64_t barTicks = 4 * 960;
+    constexpr std::int64_t barTicks = std::int64_t{4} * 960;
     for (std::size_t track = 1; track <= 5; ++track) {
         std::vector<MidiContent::Note> expected;
         for (auto note : whole.notes(track))

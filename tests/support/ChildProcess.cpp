@@ -50,6 +50,7 @@ Pipe makePipe()
         surroundings.beforeStart();
 
     std::vector<char*> arguments;
+    arguments.reserve(commandLine.size() + 1);
     for (const auto& argument : commandLine)
         arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);

@@ -30,8 +30,8 @@ TEST_F(ApplicationTest, OpensInTheMiddleAt480By404BelowItsMenuBarAndGetsNoSmalle
     const auto bounds = boundsOfWindow(window());
     EXPECT_EQ(bounds.getWidth(), 480);
     EXPECT_EQ(bounds.getHeight(), 404 + menuBarHeight);
-    EXPECT_NEAR(bounds.getCentreX(), 1280 / 2, 8);
-    EXPECT_NEAR(bounds.getCentreY(), 960 / 2, 48);
+    EXPECT_NEAR(bounds.getCentreX(), 1280 / 2.0, 8.0);
+    EXPECT_NEAR(bounds.getCentreY(), 960 / 2.0, 48.0);
 
     xdotool({"windowsize", "--sync", window(), "700", "600"});
     EXPECT_EQ(boundsOfWindow(window()).getWidth(), 700);
