@@ -16,7 +16,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 constexpr auto boredom = addressOf(GlobalParameter::boredom);
 
