@@ -78,9 +78,9 @@ TYPED_TEST(EditorContract, ShowsItselfTheSecondTimeToo)
 
 TYPED_TEST(EditorContract, OpensAndClosesAnyNumberOfTimesInSeveralInstances)
 {
-    std::vector<std::unique_ptr<TypeParam>> plugins;
-    for (int i = 0; i < 3; ++i)
-        plugins.push_back(std::make_unique<TypeParam>());
+    std::vector<std::unique_ptr<TypeParam>> plugins(3);
+    for (auto& plugin : plugins)
+        plugin = std::make_unique<TypeParam>();
     for (int round = 0; round < 5; ++round) {
         std::vector<XWindow> parents;
         parents.reserve(plugins.size());
