@@ -21,14 +21,20 @@ std::optional<juce::Point<int>> placeOf(const juce::AffineTransform& transform)
     return juce::Point(transform.mat02, transform.mat12).roundToInt();
 }
 
-/// The peer's own units for each of a window's points, in either direction.
-juce::AffineTransform toPeer(juce::ComponentPeer& peer)
+/// Where a component's grid begins in its window: the window's points are stretched to the peer's size, and
+/// those are scaled to pixels.
+std::optional<juce::Point<int>> placeIn(juce::ComponentPeer& peer, const juce::Component& component,
+                                        const PixelGrid& grid)
 {
     const auto& window = peer.getComponent();
-    const auto size = peer.getBounds();
-    return juce::AffineTransform::scale(
-        static_cast<float>(size.getWidth()) / static_cast<float>(window.getWidth()),
-        static_cast<float>(size.getHeight()) / static_cast<float>(window.getHeight()));
+    const auto size = peer.getBounds().toFloat();
+    const auto scale = static_cast<float>(peer.getPlatformScaleFactor());
+    return placeOf(grid.fromPoints()
+                       .inverted()
+                       .translated(window.getLocalPoint(&component, juce::Point<float>()))
+                       .scaled(size.getWidth() / static_cast<float>(window.getWidth()),
+                               size.getHeight() / static_cast<float>(window.getHeight()))
+                       .scaled(scale));
 }
 
 /// Whether pixels follow each other without a gap, with or without alpha.
@@ -59,19 +65,15 @@ std::optional<WindowPixels> PixelContext::pixelsOf(const PixelGrid& grid)
 void repaintPixels(juce::Component& component, const PixelGrid& grid, juce::Rectangle<int> area)
 {
     auto* const peer = component.getPeer();
-    if (peer == nullptr || component.getCachedComponentImage() != nullptr) {
-        component.repaint(grid.pointsAround(area));
-        return;
-    }
-    const auto scale = static_cast<float>(peer->getPlatformScaleFactor());
-    const auto corner = peer->getComponent().getLocalPoint(&component, juce::Point<float>());
-    const auto place =
-        placeOf(grid.fromPoints().inverted().translated(corner).followedBy(toPeer(*peer)).scaled(scale));
+    // Whoever keeps an image of the component hears only of points.
+    const bool isDirect = peer != nullptr && component.getCachedComponentImage() == nullptr;
+    const auto place = isDirect ? placeIn(*peer, component, grid) : std::nullopt;
     if (!place) {
         component.repaint(grid.pointsAround(area));
         return;
     }
     const auto pixels = (area + *place).expanded(grid.isWhole() ? 0 : 1);
+    const auto scale = static_cast<float>(peer->getPlatformScaleFactor());
     const bool isScaled = scale != 1.0f;
     peer->repaint(isScaled ? (pixels.toFloat() / scale).getSmallestIntegerContainer().expanded(1) : pixels);
 }

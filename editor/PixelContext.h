@@ -17,8 +17,8 @@ struct WindowPixels
 };
 
 /// Paints a window as the toolkit's software renderer does, and lets a component at its pixels: whoever keeps
-/// a picture instead, and has the toolkit copy it, touches every pixel twice and pays for a table of the
-/// picture's edges each time. Main thread.
+/// a picture instead, and has the toolkit copy it, pays for a table of the picture's edges each time. Main
+/// thread.
 class PixelContext final : public juce::LowLevelGraphicsSoftwareRenderer
 {
 public:

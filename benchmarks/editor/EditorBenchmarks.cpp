@@ -1,7 +1,7 @@
 #include "audiounit/VelotrineComponent.h"
-#include "editor/PixelContext.h"
 #include "editor/VelotrineAUViewControllerMac.h"
 #include "engine/HostClock.h"
+#include "tests/support/WindowInMemory.h"
 
 #include <benchmark/benchmark.h>
 
@@ -37,28 +37,17 @@ public:
     VelotrineAUViewControllerMac controller;
 };
 
-/// As a window paints.
-void paintOn(const juce::Image& screen, const juce::RectangleList<int>& area, float pixelsPerPoint,
-             juce::Component& component)
-{
-    PixelContext context(screen, {}, area);
-    context.addTransform(juce::AffineTransform::scale(pixelsPerPoint));
-    juce::Graphics graphics(context);
-    component.paintEntireComponent(graphics, true);
-}
-
 /// What a frame costs, at a number of pixels a point.
 void paint(benchmark::State& state, BusyEditor& editor, juce::Component& component)
 {
-    const auto pixelsPerPoint = static_cast<float>(state.range(0));
-    const auto size = component.getLocalBounds() * static_cast<int>(state.range(0));
-    juce::Image screen(juce::Image::RGB, size.getWidth(), size.getHeight(), true);
+    WindowInMemory window(component, static_cast<float>(state.range(0)));
     for ([[maybe_unused]] auto frame : state) {
         editor.fireAllSpots();
-        paintOn(screen, screen.getBounds(), pixelsPerPoint, component);
+        window.askForAll();
+        window.paint();
     }
-    state.SetLabel(std::to_string(screen.getWidth()) + " x " + std::to_string(screen.getHeight()) +
-                   " pixels");
+    state.SetLabel(std::to_string(window.image().getWidth()) + " x " +
+                   std::to_string(window.image().getHeight()) + " pixels");
 }
 
 void wholeEditor(benchmark::State& state)
@@ -83,29 +72,6 @@ void backgroundAlone(benchmark::State& state)
     paint(state, editor, background);
 }
 
-/// Keeps what is asked of the screen.
-class AskedPixels final : public juce::CachedComponentImage
-{
-public:
-    AskedPixels(juce::RectangleList<int>& asked, int scale) : pixels(asked), pixelsPerPoint(scale) {}
-
-    void paint(juce::Graphics&) override {}
-
-    bool invalidateAll() override { return false; }
-
-    bool invalidate(const juce::Rectangle<int>& area) override
-    {
-        pixels.add(area * pixelsPerPoint);
-        return false;
-    }
-
-    void releaseResources() override {}
-
-private:
-    juce::RectangleList<int>& pixels;
-    int pixelsPerPoint;
-};
-
 /// One refresh of the playing rings without the screen, and how many pixels it paints. Flashes fade by the
 /// clock, so refreshes are as far apart as on a screen.
 void playingRings(benchmark::State& state, bool isBusy)
@@ -128,12 +94,8 @@ void playingRings(benchmark::State& state, bool isBusy)
 
     controller.view().setSize(480, 360);
     auto& rings = *controller.circlesView;
-    const auto pixelsPerPoint = static_cast<int>(state.range(0));
-    juce::Image screen(juce::Image::ARGB, rings.getWidth() * pixelsPerPoint,
-                       rings.getHeight() * pixelsPerPoint, true);
-    juce::RectangleList<int> asked(screen.getBounds());
-    rings.setCachedComponentImage(new AskedPixels(asked, pixelsPerPoint));
-    paintOn(screen, asked, static_cast<float>(pixelsPerPoint), rings);
+    WindowInMemory window(rings, static_cast<float>(state.range(0)));
+    window.paint();
 
     double pixels = 0.0;
     std::vector<float> left(framesARefresh);
@@ -142,18 +104,15 @@ void playingRings(benchmark::State& state, bool isBusy)
         state.PauseTiming();
         std::this_thread::sleep_for(std::chrono::microseconds(16667));
         kernel.process(left.data(), right.data(), framesARefresh);
-        asked.clear();
         state.ResumeTiming();
         rings.refreshTick();
-        paintOn(screen, asked, static_cast<float>(pixelsPerPoint), rings);
-        state.PauseTiming();
-        for (const auto& rectangle : asked)
+        for (const auto& rectangle : window.asked())
             pixels += rectangle.getWidth() * rectangle.getHeight();
-        state.ResumeTiming();
+        window.paint();
     }
-    const auto frames = static_cast<double>(state.iterations());
-    state.counters["pixels"] = pixels / frames;
-    state.counters["share of the square"] = pixels / frames / (screen.getWidth() * screen.getHeight());
+    pixels /= static_cast<double>(state.iterations());
+    state.counters["pixels"] = pixels;
+    state.counters["share of the square"] = pixels / (window.image().getWidth() * window.image().getHeight());
 }
 
 BENCHMARK_CAPTURE(playingRings, default, false)

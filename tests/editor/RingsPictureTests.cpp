@@ -1,7 +1,7 @@
 #include "audiounit/Presets.h"
 #include "editor/ConcentricCirclesViewMac.h"
-#include "editor/PixelContext.h"
 #include "engine/VelotrineDSPKernel.h"
+#include "tests/support/WindowInMemory.h"
 
 #include <gtest/gtest.h>
 
@@ -59,65 +59,6 @@ public:
     std::uint64_t now = 0;
 };
 
-/// A window in memory that paints what a view asks it for.
-class Window
-{
-public:
-    Window(ConcentricCirclesViewMac& shown, float pixelsPerPoint)
-        : view(shown), scale(pixelsPerPoint),
-          pixels(juce::Image::ARGB, pixelsOf(side), pixelsOf(side), true, juce::SoftwareImageType())
-    {
-        view.setVisible(true);
-        view.setCachedComponentImage(new Requests(asked, scale));
-        asked = pixels.getBounds();
-    }
-
-    const juce::Image& painted()
-    {
-        PixelContext context(pixels, {}, asked);
-        asked.clear();
-        context.addTransform(juce::AffineTransform::scale(scale));
-        juce::Graphics graphics(context);
-        view.paintEntireComponent(graphics, true);
-        return pixels;
-    }
-
-private:
-    class Requests final : public juce::CachedComponentImage
-    {
-    public:
-        Requests(juce::RectangleList<int>& requested, float pixelsPerPoint)
-            : asked(requested), scale(pixelsPerPoint)
-        {}
-
-        void paint(juce::Graphics&) override {}
-
-        bool invalidateAll() override { return false; }
-
-        bool invalidate(const juce::Rectangle<int>& area) override
-        {
-            asked.add(area * scale);
-            return false;
-        }
-
-        void releaseResources() override {}
-
-    private:
-        juce::RectangleList<int>& asked;
-        float scale;
-    };
-
-    [[nodiscard]] int pixelsOf(int points) const
-    {
-        return static_cast<int>(static_cast<float>(points) * scale);
-    }
-
-    ConcentricCirclesViewMac& view;
-    float scale;
-    juce::Image pixels;
-    juce::RectangleList<int> asked;
-};
-
 bool isSame(const juce::Image& a, const juce::Image& b)
 {
     const juce::Image::BitmapData left(a, juce::Image::BitmapData::readOnly);
@@ -140,15 +81,15 @@ TEST_P(RingsPictureKept, IsPixelForPixelThatOfTheFramePaintedWhole)
     PlayingPreset preset(number);
     ConcentricCirclesViewMac kept;
     preset.showOn(kept);
-    Window window(kept, scale);
+    WindowInMemory window(kept, scale);
     for (int frame = 0; frame < 1000; ++frame) {
         preset.playOn();
         kept.refreshTick();
         ConcentricCirclesViewMac fresh;
         preset.showOn(fresh);
-        Window another(fresh, scale);
+        WindowInMemory another(fresh, scale);
         fresh.refreshTick();
-        ASSERT_TRUE(isSame(window.painted(), another.painted())) << "frame " << frame;
+        ASSERT_TRUE(isSame(window.paint(), another.paint())) << "frame " << frame;
     }
 }
 
@@ -158,12 +99,12 @@ TEST_P(RingsPictureKept, IsTheSameWhereItIsNotPaintedIntoAWindow)
     PlayingPreset preset(number);
     ConcentricCirclesViewMac view;
     preset.showOn(view);
-    Window window(view, scale);
+    WindowInMemory window(view, scale);
     for (int frame = 0; frame < 100; ++frame)
         preset.playOn();
     view.refreshTick();
     const auto snapshot = view.createComponentSnapshot(view.getLocalBounds(), true, scale);
-    EXPECT_TRUE(isSame(window.painted(), snapshot));
+    EXPECT_TRUE(isSame(window.paint(), snapshot));
 }
 
 INSTANTIATE_TEST_SUITE_P(AllPresets, RingsPictureKept,
