@@ -25,6 +25,8 @@ public:
         double calories;                  ///< depth of the wobble
         PerRing<double> phaseOffsets;     ///< turns; at least 0.001 is used
         PerRing<std::int64_t> spotCounts; ///< a ring with fewer than one has no spots
+
+        bool operator==(const Settings&) const = default;
     };
 
     struct Phases
@@ -32,6 +34,8 @@ public:
         double bar;                ///< turns
         PerRing<double> wobbles;   ///< cycles
         PerRing<double> rotations; ///< turns
+
+        bool operator==(const Phases&) const = default;
     };
 
     struct Hand

@@ -8,10 +8,18 @@
 
 #include <hwy/highway.h>
 
+#include <algorithm>
+#include <cstddef>
+
 HWY_BEFORE_NAMESPACE();
 
 namespace velotrine {
 namespace HWY_NAMESPACE {
+
+/// Vectors whose sines go in step, so that while one waits for its result the processor has the others to
+/// work on. Where there are sixteen registers instead of thirty-two, what has to be put aside for that costs
+/// more than the waiting, which the processor then fills from further ahead in the program.
+constexpr std::size_t sinesInStep = HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_NEON ? 8 : 1;
 
 /// sin(2 pi t), t in turns, |t| below 2^50; off by at most 9e-17 and a few roundings. An infinite t gives
 /// NaN.
@@ -19,10 +27,9 @@ namespace HWY_NAMESPACE {
 /// With n the whole number nearest to 2 t and r = t - n / 2, at most a quarter turn, it is (-1)^n sin(2 pi
 /// r), and sin(2 pi r) = r P(r^2). P, of degree 7, is the polynomial that makes the largest error smallest
 /// (scripts/fit-sine). It is evaluated in pairs (Estrin), because a modulator waits for its own sine of the
-/// sample before. Several vectors go in step, so that while one waits for its result the processor has the
-/// others to work on.
+/// sample before.
 template <std::size_t count, class D, class V = hwy::HWY_NAMESPACE::Vec<D>>
-HWY_INLINE void SinesOfTurns(D d, V (&turns)[count])
+HWY_INLINE void SinesInStep(D d, V* turns)
 {
     namespace hn = hwy::HWY_NAMESPACE;
     const hn::RebindToUnsigned<D> bits;
@@ -65,6 +72,16 @@ HWY_INLINE void SinesOfTurns(D d, V (&turns)[count])
     });
     each([&](std::size_t i) HWY_ATTR { p01[i] = hn::MulAdd(p45[i], u4[i], p01[i]); });
     each([&](std::size_t i) HWY_ATTR { turns[i] = hn::Mul(r[i], p01[i]); });
+}
+
+/// The sines of several vectors, in place.
+template <std::size_t count, class D, class V = hwy::HWY_NAMESPACE::Vec<D>>
+HWY_INLINE void SinesOfTurns(D d, V (&turns)[count])
+{
+    constexpr std::size_t inStep = std::min(count, sinesInStep);
+    static_assert(count % inStep == 0);
+    for (std::size_t first = 0; first < count; first += inStep)
+        SinesInStep<inStep>(d, turns + first);
 }
 
 } // namespace HWY_NAMESPACE

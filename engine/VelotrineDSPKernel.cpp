@@ -260,24 +260,49 @@ void VelotrineDSPKernel::keepPhases(const RingClock::Phases& phases) noexcept VE
 }
 
 // The clock and the rings move frame by frame, but most of the time no hand can reach a spot for hundreds of
-// frames. So each ring is looked at only when something may happen on it: on the first frame, because
-// parameters may have changed, on the last, for the display, and in between when the hand may have come to a
+// frames. So each ring is looked at only when something may happen on it: on the first frame, unless all is
+// as the last call left it, on the last, for the display, and in between when the hand may have come to a
 // spot.
 void VelotrineDSPKernel::runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING
 {
-    ringClock.start(ringSettings(tempo), ringPhases());
-    PerRing<int> nextLook{};
+    auto nextLook = startRings(ringSettings(tempo));
     const int lastFrame = frameCount - 1;
 
     for (int frame = -1; frame < lastFrame;) {
-        const int next = std::min(*std::ranges::min_element(nextLook), lastFrame);
+        const int next =
+            static_cast<int>(std::min<std::int64_t>(*std::ranges::min_element(nextLook), lastFrame));
         ringClock.advance(next - frame);
         frame = next;
         for (std::size_t ring = 0; ring < ringCount; ++ring)
             if (nextLook[ring] <= frame || frame == lastFrame)
-                nextLook[ring] = frame + 1 + std::min(lookAtRing(ring, frame), lastFrame - frame);
+                nextLook[ring] = std::int64_t{frame} + 1 + lookAtRing(ring, frame);
     }
+    leaveRings(nextLook, frameCount);
+}
+
+PerRing<std::int64_t> VelotrineDSPKernel::startRings(const RingClock::Settings& settings) noexcept
+    VELOTRINE_NONBLOCKING
+{
+    const auto phases = ringPhases();
+    const bool goesOn = settings == ringsLeft.settings && phases == ringClock.phases() &&
+                        ringInitialised == ringsLeft.initialised &&
+                        lastSpotIndex == ringsLeft.lastSpotIndex && lastRingPhase == ringsLeft.lastRingPhase;
+    if (goesOn)
+        return ringsLeft.nextLook;
+    ringClock.start(settings, phases);
+    ringsLeft.settings = settings;
+    return {};
+}
+
+void VelotrineDSPKernel::leaveRings(const PerRing<std::int64_t>& nextLook,
+                                    int frameCount) noexcept VELOTRINE_NONBLOCKING
+{
     keepPhases(ringClock.phases());
+    ringsLeft.initialised = ringInitialised;
+    ringsLeft.lastSpotIndex = lastSpotIndex;
+    ringsLeft.lastRingPhase = lastRingPhase;
+    for (std::size_t ring = 0; ring < ringCount; ++ring)
+        ringsLeft.nextLook[ring] = nextLook[ring] - frameCount;
 }
 
 int VelotrineDSPKernel::lookAtRing(std::size_t ring, int frame) noexcept VELOTRINE_NONBLOCKING

@@ -194,6 +194,10 @@ private:
                                                 float internalTempo) const noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] RingClock::Settings ringSettings(const Tempo& tempo) const noexcept VELOTRINE_NONBLOCKING;
     void runClock(const Tempo& tempo, int frameCount) noexcept VELOTRINE_NONBLOCKING;
+    /// Returns in which frame to look at each ring.
+    [[nodiscard]] PerRing<std::int64_t> startRings(const RingClock::Settings& settings) noexcept
+        VELOTRINE_NONBLOCKING;
+    void leaveRings(const PerRing<std::int64_t>& nextLook, int frameCount) noexcept VELOTRINE_NONBLOCKING;
     [[nodiscard]] RingClock::Phases ringPhases() const noexcept VELOTRINE_NONBLOCKING;
     void keepPhases(const RingClock::Phases& phases) noexcept VELOTRINE_NONBLOCKING;
     /// Returns for how many frames after this one nothing can happen on the ring.
@@ -205,7 +209,19 @@ private:
     StartedNote startNote(std::size_t ring) noexcept VELOTRINE_NONBLOCKING;
 
     Inputs inputsInForce;
-    RingClock ringClock; ///< clock and rings during a process call
+
+    /// How a call left the rings. While all is still so, ringClock goes on from there.
+    struct RingsLeft
+    {
+        RingClock::Settings settings{};
+        PerRing<bool> initialised{};
+        PerRing<std::int64_t> lastSpotIndex{};
+        PerRing<double> lastRingPhase{};
+        PerRing<std::int64_t> nextLook{}; ///< frames from the next call's first one
+    };
+
+    RingClock ringClock; ///< as of the last frame
+    RingsLeft ringsLeft;
     std::array<NoteEvent, maxNoteEvents> firedNotes{};
     std::size_t firedNoteCount = 0;
 };

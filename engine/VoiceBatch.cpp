@@ -107,98 +107,83 @@ HWY_INLINE DoubleVector MovedOn(DoubleVector phase, DoubleVector step)
     return hn::Sub(next, hn::IfThenElseZero(hn::Ge(next, one), one));
 }
 
-/// `count` vectors of voices, in registers.
-template <std::size_t count>
-struct VoiceVectors
+/// A vector of voices, in registers.
+struct VoiceVector
 {
-    DoubleVector carrierPhase[count];
-    DoubleVector modPhase[count];
-    DoubleVector carrierStep[count];
-    DoubleVector modStep[count];
-    FloatVector amplitude[count];
-    FloatVector decayRate[count];
-    FloatVector gain[count];
-    FloatVector modIndex[count];
-    FloatVector modDecayRate[count];
-    FloatVector halfFeedback[count];
-    FloatVector lastMod1[count];
-    FloatVector lastMod2[count];
+    DoubleVector carrierPhase;
+    DoubleVector modPhase;
+    DoubleVector carrierStep;
+    DoubleVector modStep;
+    FloatVector amplitude;
+    FloatVector decayRate;
+    FloatVector gain;
+    FloatVector modIndex;
+    FloatVector modDecayRate;
+    FloatVector halfFeedback;
+    FloatVector lastMod1;
+    FloatVector lastMod2;
 
-    HWY_INLINE void Load(const VoiceLanes& lanes, std::size_t firstLane)
+    HWY_INLINE void Load(const VoiceLanes& lanes, std::size_t lane)
     {
         const Doubles d;
         const Floats f;
-        for (std::size_t v = 0; v < count; ++v) {
-            const std::size_t lane = firstLane + v * hn::Lanes(d);
-            carrierPhase[v] = hn::Load(d, lanes.carrierPhase + lane);
-            modPhase[v] = hn::Load(d, lanes.modPhase + lane);
-            // A fast modulator at a low rate makes more than a turn a sample, of which only the fraction is
-            // heard. Whole turns would pile up, since MovedOn takes off one, and cost digits of the sine.
-            const auto sampleRate = hn::Load(d, lanes.sampleRate + lane);
-            carrierStep[v] = FractionOf(hn::Div(hn::Load(d, lanes.carrierFreq + lane), sampleRate));
-            modStep[v] = FractionOf(hn::Div(hn::Load(d, lanes.modFreq + lane), sampleRate));
-            amplitude[v] = hn::Load(f, lanes.amplitude + lane);
-            decayRate[v] = hn::Load(f, lanes.decayRate + lane);
-            gain[v] = hn::Load(f, lanes.gain + lane);
-            modIndex[v] = hn::Load(f, lanes.modIndex + lane);
-            modDecayRate[v] = hn::Load(f, lanes.modDecayRate + lane);
-            halfFeedback[v] = hn::Load(f, lanes.halfFeedback + lane);
-            lastMod1[v] = hn::Load(f, lanes.lastMod1 + lane);
-            lastMod2[v] = hn::Load(f, lanes.lastMod2 + lane);
-        }
+        carrierPhase = hn::Load(d, lanes.carrierPhase + lane);
+        modPhase = hn::Load(d, lanes.modPhase + lane);
+        // A fast modulator at a low rate makes more than a turn a sample, of which only the fraction is
+        // heard. Whole turns would pile up, since MovedOn takes off one, and cost digits of the sine.
+        const auto sampleRate = hn::Load(d, lanes.sampleRate + lane);
+        carrierStep = FractionOf(hn::Div(hn::Load(d, lanes.carrierFreq + lane), sampleRate));
+        modStep = FractionOf(hn::Div(hn::Load(d, lanes.modFreq + lane), sampleRate));
+        amplitude = hn::Load(f, lanes.amplitude + lane);
+        decayRate = hn::Load(f, lanes.decayRate + lane);
+        gain = hn::Load(f, lanes.gain + lane);
+        modIndex = hn::Load(f, lanes.modIndex + lane);
+        modDecayRate = hn::Load(f, lanes.modDecayRate + lane);
+        halfFeedback = hn::Load(f, lanes.halfFeedback + lane);
+        lastMod1 = hn::Load(f, lanes.lastMod1 + lane);
+        lastMod2 = hn::Load(f, lanes.lastMod2 + lane);
     }
 
-    HWY_INLINE void Store(VoiceLanes& lanes, std::size_t firstLane) const
+    HWY_INLINE void Store(VoiceLanes& lanes, std::size_t lane) const
     {
         const Doubles d;
         const Floats f;
-        for (std::size_t v = 0; v < count; ++v) {
-            const std::size_t lane = firstLane + v * hn::Lanes(d);
-            hn::Store(carrierPhase[v], d, lanes.carrierPhase + lane);
-            hn::Store(modPhase[v], d, lanes.modPhase + lane);
-            hn::Store(amplitude[v], f, lanes.amplitude + lane);
-            hn::Store(modIndex[v], f, lanes.modIndex + lane);
-            hn::Store(lastMod1[v], f, lanes.lastMod1 + lane);
-            hn::Store(lastMod2[v], f, lanes.lastMod2 + lane);
-        }
+        hn::Store(carrierPhase, d, lanes.carrierPhase + lane);
+        hn::Store(modPhase, d, lanes.modPhase + lane);
+        hn::Store(amplitude, f, lanes.amplitude + lane);
+        hn::Store(modIndex, f, lanes.modIndex + lane);
+        hn::Store(lastMod1, f, lanes.lastMod1 + lane);
+        hn::Store(lastMod2, f, lanes.lastMod2 + lane);
     }
 
     /// Where the modulators stand, pushed on by their own last two samples.
-    HWY_INLINE void ModTurns(DoubleVector* turns) const
+    [[nodiscard]] HWY_INLINE DoubleVector ModTurns() const
     {
-        for (std::size_t v = 0; v < count; ++v)
-            turns[v] = PushedOn(modPhase[v], hn::Mul(halfFeedback[v], hn::Add(lastMod2[v], lastMod1[v])));
+        return PushedOn(modPhase, hn::Mul(halfFeedback, hn::Add(lastMod2, lastMod1)));
     }
 
     /// Where the carriers stand, pushed on by the modulators' last samples.
-    HWY_INLINE void CarrierTurns(DoubleVector* turns) const
+    [[nodiscard]] HWY_INLINE DoubleVector CarrierTurns() const
     {
-        for (std::size_t v = 0; v < count; ++v)
-            turns[v] = PushedOn(carrierPhase[v], hn::Mul(modIndex[v], lastMod1[v]));
+        return PushedOn(carrierPhase, hn::Mul(modIndex, lastMod1));
     }
 
-    HWY_INLINE void MoveModsOn(const DoubleVector* sines)
+    HWY_INLINE void MoveModsOn(DoubleVector sines)
     {
         const Floats f;
-        for (std::size_t v = 0; v < count; ++v) {
-            lastMod2[v] = lastMod1[v];
-            lastMod1[v] = hn::DemoteTo(f, sines[v]);
-            modPhase[v] = MovedOn(modPhase[v], modStep[v]);
-        }
+        lastMod2 = lastMod1;
+        lastMod1 = hn::DemoteTo(f, sines);
+        modPhase = MovedOn(modPhase, modStep);
     }
 
-    /// Returns the mix of the carriers' samples.
-    HWY_INLINE float MoveCarriersOn(const DoubleVector* sines)
+    /// Adds the carriers' samples to the mix.
+    HWY_INLINE void MoveCarriersOn(DoubleVector sines, FloatVector& mix)
     {
         const Floats f;
-        auto mix = hn::Zero(f);
-        for (std::size_t v = 0; v < count; ++v) {
-            mix = hn::MulAdd(hn::Mul(amplitude[v], gain[v]), hn::DemoteTo(f, sines[v]), mix);
-            carrierPhase[v] = MovedOn(carrierPhase[v], carrierStep[v]);
-            amplitude[v] = hn::Mul(amplitude[v], decayRate[v]);
-            modIndex[v] = hn::Mul(modIndex[v], modDecayRate[v]);
-        }
-        return hn::GetLane(hn::SumOfLanes(f, mix));
+        mix = hn::MulAdd(hn::Mul(amplitude, gain), hn::DemoteTo(f, sines), mix);
+        carrierPhase = MovedOn(carrierPhase, carrierStep);
+        amplitude = hn::Mul(amplitude, decayRate);
+        modIndex = hn::Mul(modIndex, modDecayRate);
     }
 };
 
@@ -216,30 +201,45 @@ HWY_NOINLINE void RenderVectors(VoiceLanes& lanes, std::size_t firstLane, float*
                                 int frames)
 {
     const Doubles d;
-    VoiceVectors<count> voices;
-    voices.Load(lanes, firstLane);
+    const Floats f;
+    VoiceVector voices[count];
+    for (std::size_t v = 0; v < count; ++v)
+        voices[v].Load(lanes, firstLane + v * hn::Lanes(d));
 
     DoubleVector modSines[count];
-    voices.ModTurns(modSines);
+    for (std::size_t v = 0; v < count; ++v)
+        modSines[v] = voices[v].ModTurns();
     SinesOfTurns(d, modSines);
-    voices.MoveModsOn(modSines);
+    for (std::size_t v = 0; v < count; ++v)
+        voices[v].MoveModsOn(modSines[v]);
 
     const int lastFrame = frames - 1;
     for (int frame = 0; frame < lastFrame; ++frame) {
         DoubleVector sines[2 * count];
-        voices.ModTurns(sines);
-        voices.CarrierTurns(sines + count);
+        for (std::size_t v = 0; v < count; ++v) {
+            sines[v] = voices[v].ModTurns();
+            sines[count + v] = voices[v].CarrierTurns();
+        }
         SinesOfTurns(d, sines);
-        voices.MoveModsOn(sines);
-        buffer[frame] += voices.MoveCarriersOn(sines + count);
+        auto mix = hn::Zero(f);
+        for (std::size_t v = 0; v < count; ++v) {
+            voices[v].MoveModsOn(sines[v]);
+            voices[v].MoveCarriersOn(sines[count + v], mix);
+        }
+        buffer[frame] += hn::GetLane(hn::SumOfLanes(f, mix));
     }
 
     DoubleVector carrierSines[count];
-    voices.CarrierTurns(carrierSines);
+    for (std::size_t v = 0; v < count; ++v)
+        carrierSines[v] = voices[v].CarrierTurns();
     SinesOfTurns(d, carrierSines);
-    buffer[lastFrame] += voices.MoveCarriersOn(carrierSines);
+    auto mix = hn::Zero(f);
+    for (std::size_t v = 0; v < count; ++v)
+        voices[v].MoveCarriersOn(carrierSines[v], mix);
+    buffer[lastFrame] += hn::GetLane(hn::SumOfLanes(f, mix));
 
-    voices.Store(lanes, firstLane);
+    for (std::size_t v = 0; v < count; ++v)
+        voices[v].Store(lanes, firstLane + v * hn::Lanes(d));
 }
 
 void RenderVoices(std::span<FMVoice* const> voices, float* buffer, int frames)

@@ -100,6 +100,63 @@ TEST(KernelProperties, NotesDoNotDependOnTheBlockSize)
     }
 }
 
+/// What a caller can change between two calls, so that the rings are no longer as the last call left them.
+const std::vector<Piece>& changesBetweenCalls()
+{
+    static const std::vector<Piece> all{
+        {"tempo", [](VelotrineDSPKernel& kernel) { kernel.bpm = 290.0f; }},
+        {"activity", [](VelotrineDSPKernel& kernel) { kernel.activity = 0.3f; }},
+        {"calories", [](VelotrineDSPKernel& kernel) { kernel.calories = 0.2f; }},
+        {"offset", [](VelotrineDSPKernel& kernel) { kernel.phaseOffsets[2] = 0.37f; }},
+        {"number of spots", [](VelotrineDSPKernel& kernel) { kernel.spotCounts[1] = 11; }},
+        {"bar phase", [](VelotrineDSPKernel& kernel) { kernel.clockPhase = 0.612; }},
+        {"rotation", [](VelotrineDSPKernel& kernel) { kernel.activityPhases[4] = 0.331; }},
+        {"wobble", [](VelotrineDSPKernel& kernel) { kernel.lfoPhases[3] = 0.204; }},
+        {"spot last crossed", [](VelotrineDSPKernel& kernel) { kernel.lastSpotIndex[0] = -1; }},
+        {"where the hand stood", [](VelotrineDSPKernel& kernel) { kernel.lastRingPhase.fill(0.75); }},
+        {"rings that know where they are",
+         [](VelotrineDSPKernel& kernel) { kernel.ringInitialised.fill(false); }},
+        {"a reset", [](VelotrineDSPKernel& kernel) { kernel.reset(); }},
+    };
+    return all;
+}
+
+/// A kernel goes on from call to call without looking at the rings anew, as long as nothing has changed. A
+/// new one has to look at them.
+TEST(KernelProperties, WhatIsChangedBetweenCallsCountsFromTheNextFrameOn)
+{
+    constexpr int block = 256;
+    std::size_t notesHeard = 0;
+    for (const auto& piece : pieces())
+        for (const auto& change : changesBetweenCalls()) {
+            SCOPED_TRACE(piece.name + ", " + change.name);
+            PlayingKernel changed;
+            piece.prepare(changed.kernel);
+            for (int moment = 0; moment < 20; ++moment) {
+                piece.prepare(changed.kernel);
+                changed.run(std::int64_t{7} * block, block);
+                PlayingKernel anew;
+                piece.prepare(anew.kernel);
+                for (ParameterAddress address = 0; address < parameterCount; ++address)
+                    anew.kernel.setParameter(address, changed.kernel.parameter(address));
+                anew.kernel.rngState = changed.kernel.rngState;
+                anew.kernel.restore(changed.kernel.position());
+
+                for (auto* const playing : {&changed, &anew}) {
+                    change.prepare(playing->kernel);
+                    playing->notes.clear();
+                    playing->run(std::int64_t{8} * block, block);
+                }
+                for (auto& note : anew.notes)
+                    note.frame += changed.frames() - anew.frames();
+                ASSERT_EQ(changed.notes, anew.notes) << "moment " << moment;
+                ASSERT_EQ(changed.kernel.rngState, anew.kernel.rngState) << "moment " << moment;
+                notesHeard += anew.notes.size();
+            }
+        }
+    EXPECT_GT(notesHeard, 1000U);
+}
+
 TEST(KernelProperties, ARunIsReproducibleToTheLastBit)
 {
     constexpr std::array<int, 4> blocks{512, 33, 1, 700};
