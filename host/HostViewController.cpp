@@ -109,11 +109,12 @@ void HostViewController::instantiateAudioUnit()
     around.instantiate(velotrineComponentDescription(), AudioComponentInstantiationOptions::loadInProcess,
                        [weakSelf = weak_from_this()](std::shared_ptr<AVAudioUnit> node,
                                                      const std::optional<AUError>& error) {
-                           auto self = weakSelf.lock();
-                           if (!self || !node)
+                           if (weakSelf.expired() || !node)
                                return printInstantiationFailure(error);
-                           juce::MessageManager::callAsync([self = std::move(self), node = std::move(node)] {
-                               self->audioUnitArrived(node);
+                           // A message that is never read must not keep windows beyond their desktop.
+                           juce::MessageManager::callAsync([weakSelf, node = std::move(node)] {
+                               if (const auto self = weakSelf.lock())
+                                   self->audioUnitArrived(node);
                            });
                        });
 }

@@ -274,6 +274,14 @@ TEST_F(AppDelegateTest, AboutLeadsToTheTitleCardFromAnyPage)
     delegate.shutdown();
 }
 
+TEST_F(AppDelegateTest, ShutsDownWholeEvenBeforeTheInstrumentHasArrived)
+{
+    delegate.applicationDidFinishLaunching();
+    const std::weak_ptr<HostViewController> controller = delegate.hostVC;
+    delegate.shutdown();
+    EXPECT_TRUE(controller.expired());
+}
+
 TEST_F(AppDelegateTest, HidesAllWindowsAndShowsThemAgain)
 {
     delegate.applicationDidFinishLaunching();
