@@ -186,6 +186,40 @@ function(velotrine_correct_x11)
             XWindowSystem::getInstance()->addPendingPaintForWindow (window);]])
   velotrine_correct([[gc, xImage.get(), sx, sy, dx, dy, dw, dh, True);]]
                     [[gc, xImage.get(), sx, sy, dx, dy, dw, dh, isLastRectangleOfPaint ? True : False);]])
+
+  # What waits for the server's answer may get events with it. They are in hand then, and the connection has nothing more
+  # to read, so that the message loop would sleep on them: a key would do nothing until the mouse moves. Now whoever lets
+  # go of the connection while events are in hand, has them dispatched soon.
+  set(includes_end [[XWindowSystemUtilities::ScopedXLock::ScopedXLock()]])
+  velotrine_correct("${includes_end}
+{" "static std::atomic<bool> eventsWillBeDispatched { false };
+
+static void dispatchEventsInHand (::Display* d)
+{
+    if (QLength (d) == 0 || eventsWillBeDispatched.exchange (true))
+        return;
+
+    // Also where the message is never read.
+    struct Promise { ~Promise() { eventsWillBeDispatched = false; } };
+
+    MessageManager::callAsync ([promise = std::make_shared<Promise>()]
+    {
+        eventsWillBeDispatched = false;
+
+        if (auto* xWindow = XWindowSystem::getInstanceWithoutCreating())
+            if (auto* display = xWindow->getDisplay())
+                LinuxEventLoopInternal::invokeEventLoopCallbackForFd (X11Symbols::getInstance()->xConnectionNumber (display));
+    });
+}
+
+${includes_end}
+{")
+  velotrine_correct([[            X11Symbols::getInstance()->xUnlockDisplay (d);
+}]] [[        {
+            dispatchEventsInHand (d);
+            X11Symbols::getInstance()->xUnlockDisplay (d);
+        }
+}]])
   velotrine_write_juce()
 
   # A window's timer asks a hundred times a second whether there is something to paint, for as long as the window is
@@ -228,6 +262,8 @@ class LinuxComponentPeer  : public ComponentPeer]])
   # The module's one source, whose copy finds the corrected files beside it and all others where they are. It names them,
   # because a compiler cache does not notice when a file appears where another was found before.
   velotrine_read_juce(juce_gui_basics juce_gui_basics.cpp)
+  velotrine_correct([[#include "juce_gui_basics.h"]] [[#include "juce_gui_basics.h"
+#include <juce_events/native/juce_linux_EventLoopInternal.h>]])
   foreach(corrected native/x11/juce_linux_XWindowSystem.cpp native/juce_linux_Windowing.cpp)
     velotrine_correct("#include \"${corrected}\"" "#include \"${corrected}\" // corrected")
   endforeach()

@@ -95,7 +95,10 @@ protected:
 
     ProcessResult end()
     {
-        EXPECT_TRUE(ends());
+        const bool endsByItself = ends();
+        EXPECT_TRUE(endsByItself);
+        if (!endsByItself)
+            application->send(SIGKILL);
         return application->finish();
     }
 

@@ -42,6 +42,15 @@ TEST_F(KeysAlone, ShiftTabInANewWindowBeginsAtTheEnd)
     EXPECT_TRUE(editor().drudgeryKnob->hasKeyboardFocus(false));
 }
 
+TEST_F(KeysAlone, AKeyThatComesWithAnAnswerOfTheServersIsNotLeftLying)
+{
+    // Until the window is at rest, and nothing else comes from the server.
+    runMessagesFor(5.0);
+    pressKey("Tab");
+    (void)juce::Desktop::getMousePosition();
+    EXPECT_TRUE(runMessagesUntil([this] { return host->presetPopup->hasKeyboardFocus(false); }, 2.0));
+}
+
 TEST_F(KeysAlone, TheControlWithTheKeyboardLooksDifferent)
 {
     const auto pictureOf = [&](juce::Component& component) {
