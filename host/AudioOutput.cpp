@@ -116,7 +116,7 @@ void AudioOutput::play(const Prepare& prepare)
     prepare(device->getCurrentSampleRate());
     patience = patienceWith(*device);
     checksWithoutRequest = 0;
-    requestsAtLastCheck = requestCount;
+    requestsAtLastCheck = requests();
     noteReceiver = dynamic_cast<NoteReceiver*>(device.get());
     mixer.setSendsNotes(true);
     device->start(this);
@@ -164,8 +164,9 @@ void AudioOutput::audioDeviceIOCallbackWithContext(const float* const*, int, flo
                                                    int outputCount, int frames,
                                                    const juce::AudioIODeviceCallbackContext&)
 {
-    requestCount.fetch_add(1, std::memory_order_relaxed);
     mixer.render(outputs, outputCount, frames, {noteReceiver});
+    // Whoever reads this knows the request to be over: a device whose server has died ends without a word.
+    requestCount.fetch_add(1, std::memory_order_release);
 }
 
 } // namespace velotrine

@@ -50,8 +50,11 @@ public:
     /// Call it once an interval; it takes a few to find out whether the device still asks for sound.
     [[nodiscard]] State check();
 
-    /// How often the device has asked for sound. Any thread.
-    [[nodiscard]] std::uint32_t requests() const noexcept { return requestCount; }
+    /// How many of the device's requests for sound are over. Any thread.
+    [[nodiscard]] std::uint32_t requests() const noexcept
+    {
+        return requestCount.load(std::memory_order_acquire);
+    }
 
 private:
     [[nodiscard]] juce::String openDevice(juce::AudioIODeviceType& type, const juce::String& name,
