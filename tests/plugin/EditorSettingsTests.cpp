@@ -306,6 +306,11 @@ void pasteInto(Fixture& from, const std::string& text)
 
 TYPED_TEST(EditorSettings, WhatIsCopiedPastesIntoAnyFormat)
 {
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP()
+        << "of three formats in one process, the thread sanitizer finds no names in the VST3, by which it "
+           "would know what is not ours (tests/races-of-others)";
+#endif
     ASSERT_TRUE(
         this->plugin.load(R"({"version": 1, "preset": null, "seed": 4711, "parameters": {"bpm": 97}})"));
     this->turnKnob();

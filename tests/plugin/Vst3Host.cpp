@@ -63,13 +63,7 @@ struct Vst3Host::Implementation
 
 Vst3Host::Vst3Host() : self(std::make_unique<Implementation>())
 {
-#if defined(__SANITIZE_THREAD__)
-    // It finds no names in a file that is gone, by which it knows what is not ours (tests/races-of-others).
-    constexpr int staysLoaded = RTLD_NODELETE;
-#else
-    constexpr int staysLoaded = 0;
-#endif
-    self->library = dlopen(VELOTRINE_VST3, RTLD_NOW | RTLD_LOCAL | staysLoaded);
+    self->library = dlopen(VELOTRINE_VST3, RTLD_NOW | RTLD_LOCAL);
     if (self->library == nullptr)
         throw std::runtime_error(dlerror());
     using Entry = bool (*)(void*);
