@@ -35,6 +35,11 @@ int JackRecorder::record(jack_nframes_t frames, void* context)
     return 0;
 }
 
+double JackRecorder::seconds() const
+{
+    return static_cast<double>(count) / jack_get_sample_rate(client);
+}
+
 std::vector<float> JackRecorder::samples()
 {
     jack_deactivate(client);

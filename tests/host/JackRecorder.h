@@ -21,6 +21,9 @@ public:
     /// Whether the application was there to be connected.
     [[nodiscard]] bool isConnected() const noexcept { return connected; }
 
+    /// How much is recorded. The server's time goes slower than the clock's where the machine is busy.
+    [[nodiscard]] double seconds() const;
+
     /// Ends the recording.
     [[nodiscard]] std::vector<float> samples();
 
