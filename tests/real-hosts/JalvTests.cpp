@@ -118,6 +118,29 @@ TEST_P(Jalv, PlaysWhileJacksTransportRollsAndFollowsItsTempo)
     EXPECT_EQ(mistakeIn(take.notes), "");
 }
 
+TEST(JalvWhilePlaying, LoadsAState)
+{
+    const JalvProcess jalv(metronome(), {}, {stateWithVolume(0.0)});
+    JackConductor conductor;
+    ASSERT_TRUE(conductor.listenTo("velotrine"));
+    const auto isHeard = [&conductor] {
+        const auto end = cyclesIn(1.2);
+        const JackScore score{.start = 10, .tempoChange = end, .stop = end, .end = end};
+        return !onsetsIn(conductor.perform(score, true).left).empty();
+    };
+    const auto comesToBeHeard = [&isHeard](bool wanted) {
+        for (int tries = 0; tries < 50; ++tries)
+            if (isHeard() == wanted)
+                return true;
+        return false;
+    };
+    EXPECT_TRUE(isHeard());
+    jalv.type("preset urn:velotrine:state0");
+    EXPECT_TRUE(comesToBeHeard(false));
+    jalv.type("volume = 0.5");
+    EXPECT_TRUE(comesToBeHeard(true)) << "it only was silent";
+}
+
 INSTANTIATE_TEST_SUITE_P(InRealTimeAndFreewheeling, Jalv, testing::Bool(),
                          [](const auto& param) { return param.param ? "Freewheeling" : "InRealTime"; });
 

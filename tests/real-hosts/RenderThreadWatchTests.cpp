@@ -1,14 +1,20 @@
 // What the plug-in does on the render thread of a host that others wrote, seen by a library that is loaded
 // before all else (tests/render-thread-watch).
 
+#include "audiounit/Parameters.h"
 #include "tests/real-hosts/JackConductor.h"
 #include "tests/real-hosts/JalvProcess.h"
 #include "tests/support/RenderThreadLog.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
+#include <functional>
+#include <random>
+#include <stop_token>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -30,7 +36,21 @@ struct Watch
     bool sounded = false;
 };
 
-/// Plays in jalv for so long, with every spot firing.
+/// Gives one parameter after the other another value, and now and then loads a state.
+void moveEverything(const std::stop_token& stop, const JalvProcess& jalv)
+{
+    using Distribution = std::uniform_real_distribution<float>;
+    std::mt19937 random(1);
+    for (unsigned i = 0; !stop.stop_requested(); ++i) {
+        const auto& parameter = parameterTable()[i % parameterCount];
+        const float value = Distribution(parameter.minValue, parameter.maxValue)(random);
+        jalv.type(i % 20 != 0 ? parameter.identifier + " = " + std::to_string(value)
+                              : "preset urn:velotrine:state" + std::to_string(i / 20 % 2));
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+}
+
+/// Plays in jalv for so long, while all parameters move and states are loaded.
 /// @param plant  what the watch does itself in each call, as if the plug-in did; empty for nothing
 Watch watchJalv(int seconds, const std::string& plant)
 {
@@ -40,10 +60,12 @@ Watch watchJalv(int seconds, const std::string& plant)
         const JalvProcess jalv({{"activity", 1}, {"calories", 1}, {"probR1", 1}, {"probR2", 1}, {"bpm", 300}},
                                {{"LD_PRELOAD", VELOTRINE_RENDER_THREAD_WATCH},
                                 {"VELOTRINE_WATCH_LOG", folder.file("log")},
-                                {"VELOTRINE_WATCH_PLANT", plant}});
+                                {"VELOTRINE_WATCH_PLANT", plant}},
+                               {stateWithVolume(0.5), stateWithVolume(1.0)});
         JackConductor conductor;
         if (!conductor.listenTo("velotrine"))
             throw std::runtime_error("jalv does not come");
+        const std::jthread hand(moveEverything, std::cref(jalv));
         // The transport starts and stops every few seconds, which is as long as a take may last.
         constexpr int longestTake = 4;
         for (int done = 0; done < seconds; done += longestTake) {
