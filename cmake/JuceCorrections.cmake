@@ -42,6 +42,20 @@ function(velotrine_write_juce)
   endif()
 endfunction()
 
+# velotrine_use_corrected(FILES...): with `text` as a module's one source, which names its files, the corrected among them,
+# and is compiled in the module's place. Its copy finds the corrected files beside it and all others where they are. It
+# names them, because a compiler cache does not notice when a file appears where another was found before.
+function(velotrine_use_corrected)
+  foreach(corrected ${ARGN})
+    velotrine_correct("#include \"${corrected}\"" "#include \"${corrected}\" // corrected")
+  endforeach()
+  velotrine_write_juce()
+  get_target_property(sources ${module} INTERFACE_SOURCES)
+  list(TRANSFORM sources REPLACE "^.*/${file}$" "${VELOTRINE_CORRECTED_JUCE}/${module}/${file}")
+  set_property(TARGET ${module} PROPERTY INTERFACE_SOURCES "${sources}")
+  target_include_directories(${module} SYSTEM INTERFACE "${JUCE_MODULES_DIR}/${module}")
+endfunction()
+
 # velotrine_catch(RESULT FUNCTION PARAMETERS ARGUMENTS): lets one of the format's functions answer instead of throw.
 function(velotrine_catch result name parameters arguments)
   velotrine_correct("${result} PLUGIN_API ${name} (${parameters}) override"
@@ -81,6 +95,13 @@ function(velotrine_correct_vst3_wrapper)
     {
         return std::isfinite (value) ? EditController::setParamNormalized (id, jlimit (0.0, 1.0, value))
                                      : kInvalidArgument;
+    }
+
+    // The message thread may be speaking to the host that is let go.
+    tresult PLUGIN_API setComponentHandler (Vst::IComponentHandler* newHandler) override
+    {
+        const MessageManagerLock nobodySpeaks;
+        return EditController::setComponentHandler (newHandler);
     }
 
     ${in_controller}")
@@ -152,7 +173,6 @@ endfunction()
 # server does not know it, for its scale: by forking the host, whose threads and locks the child then has half of, and
 # waiting for up to 0.2 s each. Without them it takes the scale from the screen's size.
 function(velotrine_correct_x11)
-  set(copy "${VELOTRINE_CORRECTED_JUCE}/juce_gui_basics")
   velotrine_read_juce(juce_gui_basics native/x11/juce_linux_XWindowSystem.cpp)
   foreach(command "dconf read /com/ubuntu/user-interface/scale-factor"
                   "gsettings get org.gnome.desktop.interface scaling-factor"
@@ -259,19 +279,25 @@ class LinuxComponentPeer  : public ComponentPeer]])
         {]])
   velotrine_write_juce()
 
-  # The module's one source, whose copy finds the corrected files beside it and all others where they are. It names them,
-  # because a compiler cache does not notice when a file appears where another was found before.
   velotrine_read_juce(juce_gui_basics juce_gui_basics.cpp)
   velotrine_correct([[#include "juce_gui_basics.h"]] [[#include "juce_gui_basics.h"
 #include <juce_events/native/juce_linux_EventLoopInternal.h>]])
-  foreach(corrected native/x11/juce_linux_XWindowSystem.cpp native/juce_linux_Windowing.cpp)
-    velotrine_correct("#include \"${corrected}\"" "#include \"${corrected}\" // corrected")
-  endforeach()
+  velotrine_use_corrected(native/x11/juce_linux_XWindowSystem.cpp native/juce_linux_Windowing.cpp)
+endfunction()
+
+# The message thread's lock, which lies on the stack of whoever takes it, as hosts' threads do when they let go of a VST3
+# plug-in. It counts as taken while the message thread is still signalling that it is: whoever looked in that moment
+# could be done, and the lock gone, before the signal was over. Now the message thread's call has to be over, too.
+function(velotrine_correct_messages)
+  velotrine_read_juce(juce_events messages/juce_MessageManager.cpp)
+  velotrine_correct([[            mm->threadWithLock = Thread::getCurrentThreadId();
+            return true;]] [[            const ScopedLock callbackIsOver (blockingMessage->ownerCriticalSection);
+            mm->threadWithLock = Thread::getCurrentThreadId();
+            return true;]])
   velotrine_write_juce()
-  get_target_property(sources juce_gui_basics INTERFACE_SOURCES)
-  list(TRANSFORM sources REPLACE "^.*/juce_gui_basics\\.cpp$" "${copy}/juce_gui_basics.cpp")
-  set_property(TARGET juce_gui_basics PROPERTY INTERFACE_SOURCES "${sources}")
-  target_include_directories(juce_gui_basics SYSTEM INTERFACE "${JUCE_MODULES_DIR}/juce_gui_basics")
+
+  velotrine_read_juce(juce_events juce_events.cpp)
+  velotrine_use_corrected(messages/juce_MessageManager.cpp)
 endfunction()
 
 # The audio devices.
@@ -339,17 +365,9 @@ ${first_member}")
   velotrine_correct("#include <jack/jack.h>" "#include <jack/jack.h>
  #include <jack/midiport.h>
  #include \"audiounit/NoteOutput.h\"")
-  foreach(corrected native/juce_linux_ALSA.cpp native/juce_linux_JackAudio.cpp)
-    velotrine_correct("#include \"${corrected}\"" "#include \"${corrected}\" // corrected")
-  endforeach()
-  velotrine_write_juce()
-  set(copy "${VELOTRINE_CORRECTED_JUCE}/juce_audio_devices")
-  get_target_property(sources juce_audio_devices INTERFACE_SOURCES)
-  list(TRANSFORM sources REPLACE "^.*/juce_audio_devices\\.cpp$" "${copy}/juce_audio_devices.cpp")
-  set_property(TARGET juce_audio_devices PROPERTY INTERFACE_SOURCES "${sources}")
+  velotrine_use_corrected(native/juce_linux_ALSA.cpp native/juce_linux_JackAudio.cpp)
   # With the name under which JACK's patch bays show the application.
   set_source_files_properties(
-    "${copy}/juce_audio_devices.cpp"
-    PROPERTIES COMPILE_DEFINITIONS JUCE_JACK_CLIENT_NAME="${PROJECT_NAME}"
-               INCLUDE_DIRECTORIES "${PROJECT_SOURCE_DIR};${JUCE_MODULES_DIR}/juce_audio_devices")
+    "${VELOTRINE_CORRECTED_JUCE}/juce_audio_devices/juce_audio_devices.cpp"
+    PROPERTIES COMPILE_DEFINITIONS JUCE_JACK_CLIENT_NAME="${PROJECT_NAME}" INCLUDE_DIRECTORIES "${PROJECT_SOURCE_DIR}")
 endfunction()

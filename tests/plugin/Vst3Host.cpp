@@ -107,7 +107,7 @@ Vst3Host::~Vst3Host()
 {
     close();
     stop();
-    self->controller->setComponentHandler(nullptr);
+    stopListening();
     self->units->release();
     self->controller->terminate();
     self->controller->release();
@@ -206,6 +206,14 @@ std::vector<std::string> Vst3Host::programs() const
         names.push_back(fromUtf16(name));
     }
     return names;
+}
+
+std::uint32_t Vst3Host::programParameter() const
+{
+    for (const auto& parameter : parameters())
+        if ((parameter.flags & Vst::ParameterInfo::kIsProgramChange) != 0)
+            return parameter.id;
+    throw std::runtime_error("no program parameter");
 }
 
 bool Vst3Host::announce(double sampleRate, int maxFrames, bool isDouble) const
@@ -349,6 +357,16 @@ void Vst3Host::runLoop(std::chrono::milliseconds duration)
             if (each.revents != 0 && self->frame.loop.handlers.contains(each.fd))
                 self->frame.loop.handlers.at(each.fd)->onFDIsSet(each.fd);
     }
+}
+
+void Vst3Host::onRestart(std::function<void()> action)
+{
+    self->handler.onRestart = std::move(action);
+}
+
+void Vst3Host::stopListening()
+{
+    self->controller->setComponentHandler(nullptr);
 }
 
 const std::vector<std::string>& Vst3Host::told() const

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -71,6 +72,9 @@ public:
     [[nodiscard]] std::optional<double> valueOf(std::uint32_t id, const std::string& text) const;
     [[nodiscard]] std::vector<std::string> programs() const;
 
+    /// The parameter that chooses one of them.
+    [[nodiscard]] std::uint32_t programParameter() const;
+
     /// Whether the plug-in takes what a host announces; it does not start yet.
     bool announce(double sampleRate, int maxFrames, bool isDouble = false) const;
     bool start(double sampleRate, int maxFrames);
@@ -107,6 +111,12 @@ public:
 
     /// Edits by the index of the parameter: "begin 3", "3 = 0.25", "end 3".
     [[nodiscard]] const std::vector<std::string>& told() const;
+
+    /// What is done as the plug-in asks to be looked at anew, on whichever thread it does.
+    void onRestart(std::function<void()> action);
+
+    /// Tells the plug-in that nobody listens any more, as a host does before all else that ends it.
+    void stopListening();
 
 private:
     struct Implementation;

@@ -16,6 +16,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -328,7 +329,12 @@ public:
         return kResultOk;
     }
 
-    tresult PLUGIN_API restartComponent(int32) override { return kResultOk; }
+    tresult PLUGIN_API restartComponent(int32) override
+    {
+        if (onRestart)
+            onRestart();
+        return kResultOk;
+    }
 
     std::string nameOf(Vst::ParamID id) const
     {
@@ -338,6 +344,7 @@ public:
 
     std::map<Vst::ParamID, int> indices;
     std::vector<std::string> told;
+    std::function<void()> onRestart;
 };
 
 class RunLoop final : public Steinberg::Linux::IRunLoop

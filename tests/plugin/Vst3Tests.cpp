@@ -11,7 +11,6 @@
 #include <chrono>
 #include <cmath>
 #include <random>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -36,15 +35,6 @@ protected:
 std::uint32_t idOf(const Vst3Host& host, std::size_t index)
 {
     return host.parameters().at(index).id;
-}
-
-std::uint32_t programId(const Vst3Host& host)
-{
-    constexpr std::int32_t isProgramChange = 1 << 15;
-    for (const auto& parameter : host.parameters())
-        if ((parameter.flags & isProgramChange) != 0)
-            return parameter.id;
-    throw std::runtime_error("no program parameter");
 }
 
 TEST_F(Vst3, IsAnInstrumentWithOneOutputOfSoundAndOneOfNotesAndNoInputs)
@@ -131,7 +121,7 @@ TEST_F(Vst3, AHostThatSendsBackTheValuesThatItReadsChangesNothing)
         ASSERT_NE(saved.find(tempo), std::string::npos);
         std::vector<Vst3Automation> all;
         for (const auto& parameter : host.parameters())
-            if (parameter.id != programId(host))
+            if (parameter.id != host.programParameter())
                 all.push_back(
                     {parameter.id, static_cast<double>(static_cast<float>(host.value(parameter.id)))});
         host.process(sound.left.data(), sound.right.data(), 512, rolling, all);
@@ -142,15 +132,15 @@ TEST_F(Vst3, AHostThatSendsBackTheValuesThatItReadsChangesNothing)
 TEST_F(Vst3, AStateOutlastsTheProgramThatAHostSendsAfterIt)
 {
     const Vst3Host first;
-    first.setValue(programId(first), 3.0 / 9.0);
+    first.setValue(first.programParameter(), 3.0 / 9.0);
     first.setValue(idOf(first, 0), 0.125);
     const auto saved = first.save();
     Vst3Host second;
     EXPECT_TRUE(second.load(saved));
-    second.setValue(programId(second), 0.0);
+    second.setValue(second.programParameter(), 0.0);
     ASSERT_TRUE(second.start(sampleRate, 512));
     Sound sound(512);
-    second.process(sound.left.data(), sound.right.data(), 512, rolling, {{programId(second), 0.0}});
+    second.process(sound.left.data(), sound.right.data(), 512, rolling, {{second.programParameter(), 0.0}});
     EXPECT_EQ(second.save(), saved);
 }
 
@@ -234,7 +224,7 @@ TEST_F(Vst3, TellsTheHostWhatAProgramChanges)
     const auto parent = display.makeWindow(editorWidth, editorHeight);
     ASSERT_TRUE(host.open(parent));
     host.runLoop(100ms);
-    host.setValue(programId(host), 1.0);
+    host.setValue(host.programParameter(), 1.0);
     EXPECT_NE(host.save().find("Lazy 8"), std::string::npos);
     EXPECT_NE(std::ranges::find(host.told(), "29 = 1."), host.told().end());
     EXPECT_NEAR(host.value(idOf(host, 29)), static_cast<double>(presetTable()[9].values[29]), 1e-6);
