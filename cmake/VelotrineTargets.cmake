@@ -48,12 +48,16 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_
 endif()
 
 if(VELOTRINE_SANITIZE)
-  # JUCE's modules stay as they are, so that a compiler cache has them from other presets. The C library's checked forms
-  # (cmake/Hardening.cmake) would hide from a sanitizer what it looks for; without SHELL, the option that takes them back
-  # would be a repetition to CMake, and left out.
+  # JUCE's modules stay as they are, so that a compiler cache has them from other presets; but the thread sanitizer has to
+  # see every atomic by which threads keep apart. The C library's checked forms (cmake/Hardening.cmake) would hide from a
+  # sanitizer what it looks for; without SHELL, the option that takes them back would be a repetition to CMake, and left
+  # out.
   target_compile_options(
     velotrine_own_code INTERFACE -fsanitize=${VELOTRINE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1
                                  -g1 "SHELL:-U_FORTIFY_SOURCE")
+  if(VELOTRINE_SANITIZE STREQUAL "thread")
+    add_compile_options(-fsanitize=thread -fno-omit-frame-pointer -g1)
+  endif()
   add_link_options(-fsanitize=${VELOTRINE_SANITIZE})
 endif()
 
