@@ -317,9 +317,35 @@ function(velotrine_correct_devices)
   velotrine_read_juce(juce_audio_devices native/juce_linux_JackAudio.cpp)
   velotrine_correct([[const ScopedLock sl (callbackLock);
 
-        if (callback]] [[const ScopedTryLock sl (callbackLock);
+        if (callback]] [[if (sl.isLocked() && callback]])
 
-        if (sl.isLocked() && callback]])
+  # Which of its ports are connected changes on the message thread, and JACK's thread has to see it whole: both hold the
+  # lock. Without it, all outputs are silent.
+  velotrine_correct([[activeOutputChannels = newOutputChannels;
+            activeInputChannels  = newInputChannels;
+]] [[{
+                const ScopedLock sl (callbackLock);
+                activeOutputChannels = newOutputChannels;
+                activeInputChannels  = newInputChannels;
+            }
+]])
+  velotrine_correct("if (activeInputChannels[i])" "if (sl.isLocked() && activeInputChannels[i])")
+  velotrine_correct("if (activeOutputChannels[i])" "if (! sl.isLocked() || activeOutputChannels[i])")
+
+  # When the server ends, JACK says so on a thread of its own, which would close the device while the message thread uses
+  # it. That one closes it, when it next asks.
+  velotrine_correct([[device->client = nullptr;
+            device->close();]] [[device->serverIsGone = true;]])
+  velotrine_correct("return deviceIsOpen; }" "return deviceIsOpen && ! serverIsGone; }")
+  velotrine_correct("return callback != nullptr; }" "return callback != nullptr && ! serverIsGone; }")
+  velotrine_correct([[        stop();
+
+        if (client != nullptr)]] [[        if (serverIsGone.exchange (false))
+            client = nullptr;
+
+        stop();
+
+        if (client != nullptr)]])
 
   # JACK's knows only sound; the notes' port has to be of the same client, or the two would be cycles apart. So the device
   # takes notes as well (audiounit/NoteOutput.h), while it asks for sound. It asks in every cycle, whether or not a port
@@ -337,7 +363,8 @@ JUCE_DECL_JACK_FUNCTION (int, jack_midi_event_write, (void* buffer, jack_nframes
 
             ${after_ports}")
   velotrine_correct([[int numActiveInChans = 0, numActiveOutChans = 0;
-]] [[int numActiveInChans = 0, numActiveOutChans = 0;
+]] [[const ScopedTryLock sl (callbackLock);
+        int numActiveInChans = 0, numActiveOutChans = 0;
 
         noteBuffer = notePort != nullptr ? juce::jack_port_get_buffer (notePort, static_cast<jack_nframes_t> (numSamples))
                                          : nullptr;
@@ -356,6 +383,7 @@ JUCE_DECL_JACK_FUNCTION (int, jack_midi_event_write, (void* buffer, jack_nframes
                                                 bytes.data(), bytes.size()) == 0;
     }
 
+    std::atomic<bool> serverIsGone { false };
     jack_port_t* notePort = nullptr;
     void* noteBuffer = nullptr; // of the cycle that is being processed
 ${first_member}")
