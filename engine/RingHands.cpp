@@ -8,7 +8,7 @@
 
 #include <hwy/highway.h>
 
-#include "engine/SineOfTurns-inl.h"
+#include "engine/SineOfHalfTurns-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 
@@ -40,8 +40,8 @@ void Find(RingHands& hands, const ClockPhases& phases)
 
     Vector sines[count];
     for (std::size_t i = 0; i < count; ++i)
-        sines[i] = hn::Load(d, phases.rising.data() + i * lanes);
-    SinesOfTurns(d, sines);
+        sines[i] = hn::Mul(hn::Load(d, phases.rising.data() + i * lanes), hn::Set(d, 2.0));
+    SinesOfHalfTurns(d, sines);
 
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t place = i * lanes;

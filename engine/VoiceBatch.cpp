@@ -9,7 +9,7 @@
 
 #include <hwy/highway.h>
 
-#include "engine/SineOfTurns-inl.h"
+#include "engine/SineOfHalfTurns-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 
@@ -25,7 +25,7 @@ using FloatVector = hn::Vec<Floats>;
 
 /// Phase offset, in radians, of a modulator that feeds back fully at full output: 3π/2.
 constexpr float feedbackScale = 4.712389f;
-constexpr double turnsPerRadian = 0.15915494309189535;
+constexpr double halfTurnsPerRadian = 0.3183098861837907;
 
 /// Voices side by side in memory, one lane each, and silent ones to the end of a vector.
 struct VoiceLanes
@@ -85,11 +85,11 @@ struct VoiceLanes
     }
 };
 
-/// A phase pushed on by an angle in radians, in turns.
-HWY_INLINE DoubleVector PushedOn(DoubleVector phaseTurns, FloatVector radians)
+/// A phase pushed on by an angle in radians.
+HWY_INLINE DoubleVector PushedOn(DoubleVector phase, FloatVector radians)
 {
     const Doubles d;
-    return hn::MulAdd(hn::PromoteTo(d, radians), hn::Set(d, turnsPerRadian), phaseTurns);
+    return hn::MulAdd(hn::PromoteTo(d, radians), hn::Set(d, halfTurnsPerRadian), phase);
 }
 
 HWY_INLINE DoubleVector FractionOf(DoubleVector turns)
@@ -102,12 +102,23 @@ HWY_INLINE DoubleVector FractionOf(DoubleVector turns)
 HWY_INLINE DoubleVector MovedOn(DoubleVector phase, DoubleVector step)
 {
     const Doubles d;
-    const auto one = hn::Set(d, 1.0);
+    const auto turn = hn::Set(d, 2.0);
     const auto next = hn::Add(phase, step);
-    return hn::Sub(next, hn::IfThenElseZero(hn::Ge(next, one), one));
+    return hn::Sub(next, hn::IfThenElseZero(hn::Ge(next, turn), turn));
 }
 
-/// A vector of voices, in registers.
+HWY_INLINE DoubleVector HalfTurnsOf(DoubleVector turns)
+{
+    return hn::Mul(turns, hn::Set(Doubles(), 2.0));
+}
+
+HWY_INLINE DoubleVector TurnsOf(DoubleVector halfTurns)
+{
+    return hn::Mul(halfTurns, hn::Set(Doubles(), 0.5));
+}
+
+/// A vector of voices, in registers. Phases are in half turns, as the sine takes them; to double and to halve
+/// rounds nothing.
 struct VoiceVector
 {
     DoubleVector carrierPhase;
@@ -127,13 +138,13 @@ struct VoiceVector
     {
         const Doubles d;
         const Floats f;
-        carrierPhase = hn::Load(d, lanes.carrierPhase + lane);
-        modPhase = hn::Load(d, lanes.modPhase + lane);
+        carrierPhase = HalfTurnsOf(hn::Load(d, lanes.carrierPhase + lane));
+        modPhase = HalfTurnsOf(hn::Load(d, lanes.modPhase + lane));
         // A fast modulator at a low rate makes more than a turn a sample, of which only the fraction is
         // heard. Whole turns would pile up, since MovedOn takes off one, and cost digits of the sine.
         const auto sampleRate = hn::Load(d, lanes.sampleRate + lane);
-        carrierStep = FractionOf(hn::Div(hn::Load(d, lanes.carrierFreq + lane), sampleRate));
-        modStep = FractionOf(hn::Div(hn::Load(d, lanes.modFreq + lane), sampleRate));
+        carrierStep = HalfTurnsOf(FractionOf(hn::Div(hn::Load(d, lanes.carrierFreq + lane), sampleRate)));
+        modStep = HalfTurnsOf(FractionOf(hn::Div(hn::Load(d, lanes.modFreq + lane), sampleRate)));
         amplitude = hn::Load(f, lanes.amplitude + lane);
         decayRate = hn::Load(f, lanes.decayRate + lane);
         gain = hn::Load(f, lanes.gain + lane);
@@ -148,8 +159,8 @@ struct VoiceVector
     {
         const Doubles d;
         const Floats f;
-        hn::Store(carrierPhase, d, lanes.carrierPhase + lane);
-        hn::Store(modPhase, d, lanes.modPhase + lane);
+        hn::Store(TurnsOf(carrierPhase), d, lanes.carrierPhase + lane);
+        hn::Store(TurnsOf(modPhase), d, lanes.modPhase + lane);
         hn::Store(amplitude, f, lanes.amplitude + lane);
         hn::Store(modIndex, f, lanes.modIndex + lane);
         hn::Store(lastMod1, f, lanes.lastMod1 + lane);
@@ -157,13 +168,13 @@ struct VoiceVector
     }
 
     /// Where the modulators stand, pushed on by their own last two samples.
-    [[nodiscard]] HWY_INLINE DoubleVector ModTurns() const
+    [[nodiscard]] HWY_INLINE DoubleVector ModHalfTurns() const
     {
         return PushedOn(modPhase, hn::Mul(halfFeedback, hn::Add(lastMod2, lastMod1)));
     }
 
     /// Where the carriers stand, pushed on by the modulators' last samples.
-    [[nodiscard]] HWY_INLINE DoubleVector CarrierTurns() const
+    [[nodiscard]] HWY_INLINE DoubleVector CarrierHalfTurns() const
     {
         return PushedOn(carrierPhase, hn::Mul(modIndex, lastMod1));
     }
@@ -208,8 +219,8 @@ HWY_NOINLINE void RenderVectors(VoiceLanes& lanes, std::size_t firstLane, float*
 
     DoubleVector modSines[count];
     for (std::size_t v = 0; v < count; ++v)
-        modSines[v] = voices[v].ModTurns();
-    SinesOfTurns(d, modSines);
+        modSines[v] = voices[v].ModHalfTurns();
+    SinesOfHalfTurns(d, modSines);
     for (std::size_t v = 0; v < count; ++v)
         voices[v].MoveModsOn(modSines[v]);
 
@@ -217,10 +228,10 @@ HWY_NOINLINE void RenderVectors(VoiceLanes& lanes, std::size_t firstLane, float*
     for (int frame = 0; frame < lastFrame; ++frame) {
         DoubleVector sines[2 * count];
         for (std::size_t v = 0; v < count; ++v) {
-            sines[v] = voices[v].ModTurns();
-            sines[count + v] = voices[v].CarrierTurns();
+            sines[v] = voices[v].ModHalfTurns();
+            sines[count + v] = voices[v].CarrierHalfTurns();
         }
-        SinesOfTurns(d, sines);
+        SinesOfHalfTurns(d, sines);
         auto mix = hn::Zero(f);
         for (std::size_t v = 0; v < count; ++v) {
             voices[v].MoveModsOn(sines[v]);
@@ -231,8 +242,8 @@ HWY_NOINLINE void RenderVectors(VoiceLanes& lanes, std::size_t firstLane, float*
 
     DoubleVector carrierSines[count];
     for (std::size_t v = 0; v < count; ++v)
-        carrierSines[v] = voices[v].CarrierTurns();
-    SinesOfTurns(d, carrierSines);
+        carrierSines[v] = voices[v].CarrierHalfTurns();
+    SinesOfHalfTurns(d, carrierSines);
     auto mix = hn::Zero(f);
     for (std::size_t v = 0; v < count; ++v)
         voices[v].MoveCarriersOn(carrierSines[v], mix);
