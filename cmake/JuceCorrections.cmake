@@ -242,7 +242,7 @@ ${includes_end}
 }]])
   velotrine_write_juce()
 
-  # A window's timer asks a hundred times a second whether there is something to paint, for as long as the window is
+  # A window's timer asks at every refresh of the screen whether there is something to paint, for as long as the window is
   # there. Here it ends once all is painted, nobody asks for the screen's refreshes and the image that was painted with
   # is gone (three seconds later); what is to be painted next starts it again.
   velotrine_read_juce(juce_gui_basics native/juce_linux_Windowing.cpp)
@@ -257,6 +257,8 @@ ${includes_end}
         if (vBlankListeners.isEmpty() && (repainter == nullptr || repainter->isAtRest()))
             vBlankManager.stopTimer();
     }]])
+  # A screen that does not tell its rate, as virtual ones do not, is a slow one rather than a fast one.
+  velotrine_correct("newIntFrequencyHz : 100;" "newIntFrequencyHz : 50;")
   # It empties what an opaque window paints over anyway.
   velotrine_correct([[if (XWindowSystem::getInstance()->canUseARGBImages())
                     for]] [[if (XWindowSystem::getInstance()->canUseARGBImages() && ! peer.getComponent().isOpaque())
@@ -279,10 +281,22 @@ class LinuxComponentPeer  : public ComponentPeer]])
         {]])
   velotrine_write_juce()
 
+  # While somebody listens to the mouse wherever it is, as each text field does, it asks the server ten times a second
+  # whether the mouse has moved over others' windows, which concerns nobody here.
+  velotrine_read_juce(juce_gui_basics desktop/juce_Desktop.cpp)
+  velotrine_correct([[    if (mouseListeners.size() == 0)
+        stopTimer();
+    else
+        startTimer (100);
+]] [[    stopTimer();
+]])
+  velotrine_write_juce()
+
   velotrine_read_juce(juce_gui_basics juce_gui_basics.cpp)
   velotrine_correct([[#include "juce_gui_basics.h"]] [[#include "juce_gui_basics.h"
 #include <juce_events/native/juce_linux_EventLoopInternal.h>]])
-  velotrine_use_corrected(native/x11/juce_linux_XWindowSystem.cpp native/juce_linux_Windowing.cpp)
+  velotrine_use_corrected(desktop/juce_Desktop.cpp native/x11/juce_linux_XWindowSystem.cpp
+                          native/juce_linux_Windowing.cpp)
 endfunction()
 
 # The message thread's lock, which lies on the stack of whoever takes it, as hosts' threads do when they let go of a VST3
@@ -296,8 +310,39 @@ function(velotrine_correct_messages)
             return true;]])
   velotrine_write_juce()
 
+  velotrine_correct_timers()
+
   velotrine_read_juce(juce_events juce_events.cpp)
-  velotrine_use_corrected(messages/juce_MessageManager.cpp)
+  velotrine_correct("#include <unistd.h>" "#include <unistd.h>
+ #include <sys/timerfd.h>")
+  velotrine_use_corrected(messages/juce_MessageManager.cpp timers/juce_Timer.cpp native/juce_linux_Messaging.cpp)
+  set_source_files_properties("${VELOTRINE_CORRECTED_JUCE}/juce_events/juce_events.cpp"
+                              PROPERTIES INCLUDE_DIRECTORIES "${PROJECT_SOURCE_DIR}")
+endfunction()
+
+# A thread of the toolkit's own waits for the next timer, tells the message thread, and waits until that has answered: a
+# processor wakes four times for each time that a timer comes, and one that is started meanwhile can come 100 ms too
+# early. cmake/JuceTimers.h does without the thread.
+function(velotrine_correct_timers)
+  velotrine_read_juce(juce_events timers/juce_Timer.cpp)
+  set(begin "class Timer::TimerThread  : private Thread,")
+  set(end "Timer::TimerThread::LockType Timer::TimerThread::lock;")
+  string(FIND "${text}" "${begin}" place)
+  string(SUBSTRING "${text}" ${place} -1 class)
+  string(FIND "${class}" "${end}" length)
+  string(SUBSTRING "${class}" 0 ${length} class)
+  velotrine_correct("${class}" "#include \"cmake/JuceTimers.h\"\n\n")
+  velotrine_correct([[    if (TimerThread::instance != nullptr)
+        TimerThread::instance->callTimersSynchronously();]] [[    if (auto* alarm = TimerAlarm::getInstanceWithoutCreating())
+        alarm->callDueTimers();]])
+  velotrine_write_juce()
+
+  velotrine_read_juce(juce_events native/juce_linux_Messaging.cpp)
+  velotrine_correct("    InternalMessageQueue::getInstance();" "    InternalMessageQueue::getInstance();
+    TimerAlarm::getInstance();")
+  velotrine_correct("    InternalMessageQueue::deleteInstance();" "    TimerAlarm::deleteInstance();
+    InternalMessageQueue::deleteInstance();")
+  velotrine_write_juce()
 endfunction()
 
 # The audio devices.

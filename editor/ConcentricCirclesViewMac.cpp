@@ -250,23 +250,11 @@ void ConcentricCirclesViewMac::wake()
 
 void ConcentricCirclesViewMac::screenIsReady()
 {
-    // The toolkit asks 100 times a second where a screen does not tell its rate; every other time is enough.
-    constexpr double shortestPause = 0.015;
-    const auto now = juce::Time::getMillisecondCounterHiRes() * 1.0e-3;
-    if (now - lastLookSeconds < shortestPause && !screenTellsItsRate())
-        return;
-    lastLookSeconds = now;
     if (!canBeSeen(*this))
         return rest();
+    const auto now = juce::Time::getMillisecondCounterHiRes() * 1.0e-3;
     screenRefreshed(now);
     restIfQuiet(now);
-}
-
-bool ConcentricCirclesViewMac::screenTellsItsRate() const
-{
-    const auto* const display =
-        juce::Desktop::getInstance().getDisplays().getDisplayForRect(getScreenBounds());
-    return display != nullptr && display->verticalFrequencyHz.value_or(0.0) > 0.0;
 }
 
 /// Being asked by the screen costs more than anything else while the rings stand still.

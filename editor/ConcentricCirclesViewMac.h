@@ -123,7 +123,6 @@ private:
     [[nodiscard]] juce::String valueText() const;
     [[nodiscard]] double livePhase() const;
     void screenIsReady();
-    [[nodiscard]] bool screenTellsItsRate() const;
     void restIfQuiet(double nowSeconds);
     void rest();
     void timerCallback() override;

@@ -6,7 +6,7 @@ namespace velotrine {
 
 HostedEditor::HostedEditor(HostedInstrument& instrument) : hostedInstrument(instrument)
 {
-    constexpr int followRateInHz = 60;
+    constexpr int followRateInHz = 50;
     controller.audioUnit = instrument.audioUnit();
     controller.history = instrument.undoHistory();
     controller.settingsAccess = {
