@@ -133,7 +133,6 @@ private:
     RingsFrame frame; ///< kept for its memory
     RingsPicture picture;
     double nextTickSeconds = 0.0; ///< on the way home
-    double lastLookSeconds = 0.0;
     bool isMoving = false;   ///< at the last tick, or flashing
     bool isFlashing = false; ///< at the last tick
     std::optional<double> quietSince;
