@@ -133,8 +133,8 @@ private:
     RingsFrame frame; ///< kept for its memory
     RingsPicture picture;
     double nextTickSeconds = 0.0; ///< on the way home
-    bool isMoving = false;   ///< at the last tick, or flashing
-    bool isFlashing = false; ///< at the last tick
+    bool isMoving = false;        ///< at the last tick, or flashing
+    bool isFlashing = false;      ///< at the last tick
     std::optional<double> quietSince;
     std::optional<juce::VBlankAttachment> screen; ///< none while at rest
 };
