@@ -23,7 +23,7 @@ public:
     {
         const ScopedLock scopedLock(lock);
         stop(timer);
-        timers.push_back({&timer, interval, withOthers(Clock::now() + interval, interval)});
+        timers.push_back({&timer, interval, Clock::now() + interval});
         setForNext();
     }
 
@@ -44,11 +44,10 @@ public:
         Time::getMillisecondCounter();
         const auto now = Clock::now();
         const ScopedLock scopedLock(lock);
-        for (auto next = findNext(); next != timers.end() && next->due <= now; next = findNext()) {
+        for (auto next = findNext(); next != timers.end() && next->call() <= now; next = findNext()) {
             auto* const timer = next->timer;
             // Regular in the long run, unless it is far behind.
             next->due = std::max(next->due, now - next->interval + Resolution(1)) + next->interval;
-            next->due = withOthers(next->due, next->interval);
             // The callback may wait for messages.
             setForNext();
             const ScopedUnlock scopedUnlock(lock);
@@ -72,22 +71,22 @@ private:
         Timer* timer;
         std::chrono::milliseconds interval;
         Clock::time_point due;
-    };
 
-    /// Slow ones come at whole tenths of a second, others at whole fiftieths, so that one waking does for
-    /// all; but not the fast, which that would slow down.
-    static Clock::time_point withOthers(Clock::time_point due, std::chrono::milliseconds interval)
-    {
-        constexpr std::chrono::milliseconds tenth(100);
-        constexpr std::chrono::milliseconds fiftieth(20);
-        const auto whole = interval >= tenth ? tenth : fiftieth;
-        return interval < fiftieth ? due : due + (whole - due.time_since_epoch() % whole) % whole;
-    }
+        /// When it is called: slow ones at the next whole tenth of a second, others at the next whole
+        /// fiftieth, so that one waking does for all; the fast when they are due.
+        Clock::time_point call() const
+        {
+            constexpr std::chrono::milliseconds tenth(100);
+            constexpr std::chrono::milliseconds fiftieth(20);
+            const auto whole = interval >= tenth ? tenth : fiftieth;
+            return interval < fiftieth ? due : due + (whole - due.time_since_epoch() % whole) % whole;
+        }
+    };
 
     std::vector<Entry>::iterator findNext()
     {
         return std::min_element(timers.begin(), timers.end(),
-                                [](const Entry& a, const Entry& b) { return a.due < b.due; });
+                                [](const Entry& a, const Entry& b) { return a.call() < b.call(); });
     }
 
     void setForNext()
@@ -95,9 +94,9 @@ private:
         const auto next = findNext();
         if (next == timers.end())
             return;
-        const auto due = std::chrono::duration_cast<Resolution>(next->due.time_since_epoch()).count();
+        const auto call = std::chrono::duration_cast<Resolution>(next->call().time_since_epoch()).count();
         constexpr auto second = 1000000000;
-        const itimerspec time{{0, 0}, {due / second, due % second}};
+        const itimerspec time{{0, 0}, {call / second, call % second}};
         timerfd_settime(descriptor, TFD_TIMER_ABSTIME, &time, nullptr);
     }
 

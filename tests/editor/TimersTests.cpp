@@ -97,6 +97,21 @@ TEST(Timers, ThatAreSlowComeTogether)
     EXPECT_PRED1(closeTogether, distanceOf(20, 100));
 }
 
+TEST(Timers, AreNotSlowedDownByComingTogether)
+{
+    auto last = steady_clock::now();
+    bool isRegular = false;
+    CalledTimer timer([&] {
+        const auto now = steady_clock::now();
+        isRegular = isRegular || now - last < milliseconds(35);
+        last = now;
+    });
+    timer.startTimer(30);
+    runMessagesFor(0.1);
+    isRegular = false;
+    EXPECT_TRUE(runMessagesUntil([&] { return isRegular; }, 5.0));
+}
+
 TEST(Timers, StartedOnAnotherThreadComeOnTheMessageThread)
 {
     std::thread::id caller;
